@@ -1,0 +1,16 @@
+# quill_idl(<target> <file.idl>): compiles an IDL file to <name>.h, <name>_i.c and <name>.tlb and
+# offers them as the interface library <target>. A warning of the compiler fails the build.
+find_program(WIDL i686-w64-mingw32-widl REQUIRED)
+
+function(quill_idl target idl)
+  get_filename_component(name ${idl} NAME_WE)
+  set(out ${CMAKE_BINARY_DIR}/idl)
+  add_custom_command(
+    OUTPUT ${out}/${name}.h ${out}/${name}_i.c ${out}/${name}.tlb
+    COMMAND ${CMAKE_COMMAND} -DWIDL=${WIDL} -DIDL=${idl} -DNAME=${name} -DOUT=${out}
+            -P ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
+    DEPENDS ${idl} ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
+    VERBATIM)
+  add_library(${target} STATIC ${out}/${name}_i.c ${out}/${name}.h ${out}/${name}.tlb)
+  target_include_directories(${target} SYSTEM PUBLIC ${out})
+endfunction()

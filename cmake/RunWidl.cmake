@@ -1,0 +1,12 @@
+file(MAKE_DIRECTORY ${OUT})
+execute_process(
+  COMMAND ${WIDL} -I/usr/include/wine/wine/windows -L/usr/lib/i386-linux-gnu/wine/i386-windows
+          -t -h -H ${NAME}.h -u -U ${NAME}_i.c ${IDL}
+  WORKING_DIRECTORY ${OUT}
+  RESULT_VARIABLE result
+  ERROR_VARIABLE said
+  OUTPUT_VARIABLE said)
+if(NOT result EQUAL 0 OR said MATCHES "warning")
+  file(REMOVE ${OUT}/${NAME}.h)
+  message(FATAL_ERROR "${said}")
+endif()

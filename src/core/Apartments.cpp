@@ -1,0 +1,130 @@
+#include "core/Apartments.h"
+
+#include <algorithm>
+#include <new>
+
+#include "core/AutomationError.h"
+#include "core/MessagePump.h"
+#include "core/StartUp.h"
+
+namespace quill {
+
+namespace {
+
+constexpr UINT kCreateObject = WM_APP; // lParam: the Request
+
+thread_local std::atomic<int>* loadOfThread = nullptr; // null on the main thread
+
+} // namespace
+
+ApartmentLoad::ApartmentLoad() noexcept
+{
+    if (loadOfThread) ++*loadOfThread;
+}
+
+ApartmentLoad::~ApartmentLoad()
+{
+    if (loadOfThread) --*loadOfThread;
+}
+
+// A creation on its way to another apartment; lives on the stack of the thread that waits for it.
+struct ApartmentPool::Request {
+    const CatalogueRow& row;
+    REFIID id;
+    Event done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    HRESULT result = E_UNEXPECTED;
+    IStream* marshalled = nullptr;
+
+    void CarryOut() noexcept
+    {
+        ComPtr<IUnknown> object;
+        result = CreateHere(row, IID_IUnknown, &object);
+        if (SUCCEEDED(result))
+            result = CoMarshalInterThreadInterfaceInStream(id, object.Get(), &marshalled);
+        SetEvent(done.get());
+    }
+
+    // Serves incoming calls until the creation is done.
+    void Wait() noexcept
+    {
+        HANDLE event = done.get();
+        DWORD index;
+        const HRESULT waited = CoWaitForMultipleHandles(0, INFINITE, 1, &event, &index);
+        if (FAILED(waited)) WaitForSingleObject(event, INFINITE);
+    }
+};
+
+struct ApartmentPool::Apartment {
+    std::atomic<int> load{0}; // objects that live here, or are about to
+    HWND window = nullptr;
+    Event ready{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    std::thread thread{[this] { Run(); }};
+
+    Apartment() { WaitForSingleObject(ready.get(), INFINITE); }
+    ~Apartment()
+    {
+        PostMessageW(window, WM_CLOSE, 0, 0);
+        thread.join();
+    }
+
+private:
+    void Run() noexcept
+    {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        try {
+            StartUp();
+            loadOfThread = &load;
+            window = CreateHiddenWindow(L"quill.Apartment", WindowProcedure, nullptr, true);
+        } catch (...) {
+            window = nullptr; // requests to this apartment are refused
+        }
+        SetEvent(ready.get());
+        if (window) RunMessageLoop();
+        CoUninitialize();
+    }
+};
+
+LRESULT CALLBACK ApartmentPool::WindowProcedure(HWND window, UINT message, WPARAM wParam,
+                                                LPARAM lParam) noexcept
+{
+    switch (message) {
+    case kCreateObject: reinterpret_cast<Request*>(lParam)->CarryOut(); return 0;
+    case WM_DESTROY: PostQuitMessage(0); return 0;
+    default: return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+ApartmentPool::ApartmentPool() = default;
+ApartmentPool::~ApartmentPool() = default;
+
+ApartmentPool::Apartment& ApartmentPool::Choose()
+{
+    Apartment* least = nullptr;
+    for (auto& apartment : apartments_) {
+        if (!apartment) { // all before it have objects
+            apartment = std::make_unique<Apartment>();
+            return *apartment;
+        }
+        if (apartment->load == 0) return *apartment;
+        if (!least || apartment->load < least->load) least = apartment.get();
+    }
+    return *least;
+}
+
+HRESULT ApartmentPool::Create(const CatalogueRow& row, REFIID id, void** object) noexcept
+{
+    try {
+        Apartment& apartment = Choose();
+        Request request{row, id};
+        ++apartment.load; // a creation that comes in during the wait goes elsewhere
+        if (PostMessageW(apartment.window, kCreateObject, 0, reinterpret_cast<LPARAM>(&request)))
+            request.Wait();
+        --apartment.load;
+        if (FAILED(request.result)) return request.result;
+        return CoGetInterfaceAndReleaseStream(request.marshalled, id, object);
+    } catch (...) {
+        return ReportException(IID_IClassFactory, std::wstring());
+    }
+}
+
+} // namespace quill

@@ -1,0 +1,62 @@
+// What goes wrong, as scripts see it: numbers, sources and texts, and the exception that carries
+// them to the boundary.
+#pragma once
+
+#include "core/Platform.h"
+
+namespace quill {
+
+// An error on its way to the script. Thrown by Raise, RaiseRuntimeError and Check; caught only by
+// the automation boundary. An empty source stands for the class whose method failed.
+struct AutomationError {
+    HRESULT number;
+    std::wstring source;
+    std::wstring description;
+};
+
+// One of the system's own errors. A description that ends in a colon is followed by the value that
+// was at fault.
+struct ErrorEntry {
+    HRESULT number;
+    const wchar_t* source;
+    const wchar_t* description;
+};
+
+constexpr HRESULT ErrorNumber(unsigned number)
+{
+    return static_cast<HRESULT>(number);
+}
+
+// Every error that the system raises of its own, of all classes.
+namespace error {
+inline constexpr ErrorEntry kProfileNotFound{ErrorNumber(0x8004033F), L"Quill.Profile",
+                                             L"Profile not found: "};
+inline constexpr ErrorEntry kNoProfile{ErrorNumber(0x80040340), L"Quill.Profile",
+                                       L"No Profile defined."};
+inline constexpr ErrorEntry kValueTooLong{ErrorNumber(0x80040341), L"Quill.Profile",
+                                          L"Key value length is beyond maximum (0x2000)."};
+inline constexpr ErrorEntry kSectionTooLong{ErrorNumber(0x80040341), L"Quill.Profile",
+                                            L"Section entries beyond maximum (0x8000)."};
+} // namespace error
+
+// Classic run-time errors of scripting languages. `Err.Number` reads these very numbers.
+enum class RuntimeError : unsigned {
+    InvalidCall = 5,
+    Overflow = 6,
+    TypeMismatch = 13,
+};
+
+// Raises a run-time error of the language, with its classic text.
+[[noreturn]] void RaiseRuntimeError(RuntimeError error);
+
+// Turns a failing HRESULT of the platform into an error with the platform's own text.
+void Check(HRESULT result);
+
+// The same for a platform function that reports through GetLastError.
+[[noreturn]] void RaiseLastError();
+
+// Called in a catch block: turns the exception in flight into the thread's error information and
+// its HRESULT. `interfaceId` and `source` name the interface and class whose method failed.
+HRESULT ReportException(const IID& interfaceId, const std::wstring& source) noexcept;
+
+} // namespace quill

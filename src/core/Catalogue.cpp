@@ -1,0 +1,36 @@
+#include "core/Catalogue.h"
+
+#include <iterator>
+
+#include "core/AutomationError.h"
+
+namespace quill {
+
+namespace {
+
+const CatalogueRow kRows[] = {
+    {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
+};
+
+} // namespace
+
+const CatalogueRow* Catalogue::begin() const noexcept
+{
+    return std::begin(kRows);
+}
+
+const CatalogueRow* Catalogue::end() const noexcept
+{
+    return std::end(kRows);
+}
+
+HRESULT CreateHere(const CatalogueRow& row, REFIID id, void** object) noexcept
+{
+    try {
+        return ComPtr<IDispatch>(row.create())->QueryInterface(id, object);
+    } catch (...) {
+        return ReportException(IID_IClassFactory, std::wstring());
+    }
+}
+
+} // namespace quill

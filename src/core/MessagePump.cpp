@@ -1,0 +1,70 @@
+#include "core/MessagePump.h"
+
+#include "core/AutomationError.h"
+
+namespace quill {
+
+namespace {
+
+thread_local MessagePreview previewOfThread = nullptr;
+
+void Dispatch(MSG& message)
+{
+    if (previewOfThread && previewOfThread(message)) return;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+}
+
+} // namespace
+
+void SetMessagePreview(MessagePreview preview) noexcept
+{
+    previewOfThread = preview;
+}
+
+bool DispatchPending()
+{
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return false;
+        }
+        Dispatch(message);
+    }
+    return true;
+}
+
+bool WaitForMessages(DWORD milliseconds)
+{
+    if (!DispatchPending()) return false;
+    MsgWaitForMultipleObjectsEx(0, nullptr, milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    return true;
+}
+
+int RunMessageLoop()
+{
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        Dispatch(message);
+    return static_cast<int>(message.wParam);
+}
+
+HWND CreateHiddenWindow(const wchar_t* className, WNDPROC procedure, void* parameter,
+                        bool messageOnly)
+{
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof windowClass;
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.lpszClassName = className;
+    RegisterClassExW(&windowClass); // fails when the class is there already, and then it is
+    const HWND window =
+        CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0,
+                        messageOnly ? HWND_MESSAGE : nullptr, nullptr, windowClass.hInstance,
+                        parameter);
+    if (!window) RaiseLastError();
+    return window;
+}
+
+} // namespace quill

@@ -1,0 +1,202 @@
+#include "core/Module.h"
+
+#include <deque>
+#include <utility>
+
+#include "core/Apartments.h"
+#include "core/AutomationError.h"
+#include "core/Catalogue.h"
+#include "core/MessagePump.h"
+
+namespace quill {
+
+namespace {
+
+// How long the server stays after the last object is gone: a script that makes one object after
+// another does not pay for a start each time. A server that was just started waits longer for the
+// client that had it started.
+constexpr UINT kLingerMilliseconds = 5'000;
+constexpr UINT kFirstClientMilliseconds = 30'000;
+// How long a client may sit on a class object alone while the server ends.
+constexpr UINT kLastCallMilliseconds = 10'000;
+
+constexpr UINT kUnlocked = WM_APP; // the last lock is gone
+constexpr UINT_PTR kTimer = 1;
+
+std::atomic<long> locks{0};
+std::atomic<HWND> mainWindow{nullptr}; // hears of the last unlock; null while there is no server
+
+void Lock() noexcept
+{
+    ++locks;
+    CoAddRefServerProcess();
+}
+
+void Unlock() noexcept
+{
+    CoReleaseServerProcess();
+    if (--locks == 0 && mainWindow) PostMessageW(mainWindow, kUnlocked, 0, 0);
+}
+
+// The class object of one catalogue row. Lives as long as the server.
+class ClassObject final : public IClassFactory, public IExternalConnection {
+public:
+    ClassObject(const CatalogueRow& row, ApartmentPool& pool) : row_(row), pool_(pool) {}
+
+    HRESULT Register() noexcept
+    {
+        return CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
+                                     REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
+    }
+    void Revoke() noexcept
+    {
+        if (registration_ != 0) CoRevokeClassObject(std::exchange(registration_, 0));
+    }
+    bool HasClients() const noexcept { return clients_.Count() != 0; }
+
+    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
+    {
+        if (!object) return E_POINTER;
+        *object = nullptr;
+        if (id == IID_IUnknown || id == IID_IClassFactory)
+            *object = static_cast<IClassFactory*>(this);
+        else if (id == IID_IExternalConnection)
+            *object = static_cast<IExternalConnection*>(this);
+        return *object ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+
+    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) noexcept override
+    {
+        if (!object) return E_POINTER;
+        *object = nullptr;
+        if (outer) return CLASS_E_NOAGGREGATION;
+        const ServerLock during;
+        return row_.home == Home::Main ? CreateHere(row_, id, object)
+                                       : pool_.Create(row_, id, object);
+    }
+    STDMETHODIMP LockServer(BOOL lock) noexcept override
+    {
+        if (lock)
+            Lock();
+        else
+            Unlock();
+        return S_OK;
+    }
+
+    STDMETHODIMP_(DWORD) AddConnection(DWORD type, DWORD) noexcept override
+    {
+        return type & EXTCONN_STRONG ? clients_.Add() : 0;
+    }
+    STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD, BOOL) noexcept override
+    {
+        return type & EXTCONN_STRONG ? clients_.Remove() : 0;
+    }
+
+private:
+    const CatalogueRow& row_;
+    ApartmentPool& pool_;
+    ClientCount clients_;
+    DWORD registration_ = 0;
+};
+
+class Server {
+public:
+    int Run()
+    {
+        window_ = CreateHiddenWindow(L"quill.Server", WindowProcedure, this, false);
+        CoAddRefServerProcess(); // keeps the class objects open while the server lingers
+        for (const CatalogueRow& row : kCatalogue)
+            Check(classes_.emplace_back(row, pool_).Register());
+        SetTimer(window_, kTimer, kFirstClientMilliseconds, nullptr);
+        mainWindow = window_;
+        Check(CoResumeClassObjects());
+        const int exitCode = RunMessageLoop();
+        mainWindow = nullptr;
+        Revoke();
+        DestroyWindow(window_);
+        return exitCode;
+    }
+
+private:
+    static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam,
+                                            LPARAM lParam) noexcept
+    {
+        if (message == WM_NCCREATE) {
+            const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+            SetWindowLongPtrW(window, GWLP_USERDATA,
+                              reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+        }
+        auto* self = reinterpret_cast<Server*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        switch (message) {
+        case kUnlocked:
+            SetTimer(window, kTimer, self->closed_ ? 0 : kLingerMilliseconds, nullptr);
+            return 0;
+        case WM_TIMER: self->EndIfIdle(); return 0;
+        case WM_QUERYENDSESSION: return TRUE;
+        case WM_ENDSESSION:
+            if (wParam) PostQuitMessage(0);
+            return 0;
+        default: return DefWindowProcW(window, message, wParam, lParam);
+        }
+    }
+
+    void EndIfIdle() noexcept
+    {
+        KillTimer(window_, kTimer);
+        if (locks != 0) return;
+        if (!closed_) {
+            // At zero the platform turns new clients to a new server, in the same step.
+            if (CoReleaseServerProcess() != 0) {
+                CoAddRefServerProcess();
+                return;
+            }
+            closed_ = true;
+            Revoke();
+            // A client that came in just before still gets its object; the server ends after it.
+            if (HasClients()) {
+                SetTimer(window_, kTimer, kLastCallMilliseconds, nullptr);
+                return;
+            }
+        }
+        PostQuitMessage(0);
+    }
+
+    bool HasClients() const noexcept
+    {
+        for (const ClassObject& object : classes_)
+            if (object.HasClients()) return true;
+        return false;
+    }
+
+    void Revoke() noexcept
+    {
+        for (ClassObject& object : classes_)
+            object.Revoke();
+    }
+
+    HWND window_ = nullptr;
+    ApartmentPool pool_;
+    std::deque<ClassObject> classes_;
+    bool closed_ = false; // no new clients come in any more
+};
+
+} // namespace
+
+ServerLock::ServerLock() noexcept
+{
+    Lock();
+}
+
+ServerLock::~ServerLock()
+{
+    Unlock();
+}
+
+int RunServer()
+{
+    return Server().Run();
+}
+
+} // namespace quill

@@ -1,0 +1,271 @@
+#include "core/Registration.h"
+
+#include <vector>
+
+#include "core/AutomationError.h"
+#include "core/Catalogue.h"
+#include "core/TypeLibrary.h"
+
+namespace quill {
+
+namespace {
+
+constexpr wchar_t kDualProxy[] = L"{00020424-0000-0000-C000-000000000046}";
+constexpr wchar_t kDispatchProxy[] = L"{00020420-0000-0000-C000-000000000046}";
+
+struct RegistryValue {
+    std::wstring key; // below Software\Classes
+    std::wstring name; // empty: the key's default value
+    std::wstring text;
+};
+
+// Software\Classes of all users or of the current one, as 32-bit or as 64-bit programs see it.
+struct ClassesRoot {
+    HKEY hive;
+    REGSAM view;
+};
+
+std::vector<ClassesRoot> RootsOf(HKEY hive)
+{
+    BOOL on64BitWindows = FALSE;
+    IsWow64Process(GetCurrentProcess(), &on64BitWindows);
+    if (!on64BitWindows) return {{hive, 0}};
+    return {{hive, KEY_WOW64_32KEY}, {hive, KEY_WOW64_64KEY}};
+}
+
+void CheckWin32(LSTATUS status)
+{
+    Check(HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
+}
+
+std::wstring Braced(const GUID& id)
+{
+    wchar_t text[39];
+    StringFromGUID2(id, text, static_cast<int>(std::size(text)));
+    return text;
+}
+
+std::wstring TextOf(BSTR text)
+{
+    const Bstr owned(text);
+    return text ? text : L"";
+}
+
+std::wstring FolderOf(const std::wstring& program)
+{
+    return program.substr(0, program.find_last_of(L'\\'));
+}
+
+// The keys that hold the path of the executable: who owns a registration is read there.
+std::wstring ClassKey(const CatalogueRow& row)
+{
+    return L"CLSID\\" + Braced(row.id);
+}
+
+std::wstring LibraryKey(const TLIBATTR& library)
+{
+    return L"TypeLib\\" + Braced(library.guid);
+}
+
+std::wstring LibraryVersion(const TLIBATTR& library)
+{
+    return std::to_wstring(library.wMajorVerNum) + L'.' + std::to_wstring(library.wMinorVerNum);
+}
+
+std::wstring LibraryFileKey(const TLIBATTR& library)
+{
+    return LibraryKey(library) + L'\\' + LibraryVersion(library) + L"\\0\\win32";
+}
+
+TLIBATTR LibraryAttributes()
+{
+    TLIBATTR* attributes = nullptr;
+    Check(TypeLibrary()->GetLibAttr(&attributes));
+    const TLIBATTR copy = *attributes;
+    TypeLibrary()->ReleaseTLibAttr(attributes);
+    return copy;
+}
+
+struct PublishedInterface {
+    IID id;
+    std::wstring name;
+    bool dual;
+};
+
+std::vector<PublishedInterface> PublishedInterfaces()
+{
+    std::vector<PublishedInterface> interfaces;
+    ITypeLib* library = TypeLibrary();
+    for (UINT index = 0; index < library->GetTypeInfoCount(); ++index) {
+        ComPtr<ITypeInfo> info;
+        TYPEATTR* attributes = nullptr;
+        BSTR name = nullptr;
+        Check(library->GetTypeInfo(index, &info));
+        Check(info->GetTypeAttr(&attributes));
+        const TYPEATTR copy = *attributes;
+        info->ReleaseTypeAttr(attributes);
+        if (copy.typekind != TKIND_DISPATCH && copy.typekind != TKIND_INTERFACE) continue;
+        Check(info->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr));
+        interfaces.push_back({copy.guid, TextOf(name), (copy.wTypeFlags & TYPEFLAG_FDUAL) != 0});
+    }
+    return interfaces;
+}
+
+std::vector<RegistryValue> Values(const std::wstring& program)
+{
+    const TLIBATTR library = LibraryAttributes();
+    const std::wstring libraryId = Braced(library.guid);
+    const std::wstring version = LibraryVersion(library);
+    std::vector<RegistryValue> values;
+
+    for (const CatalogueRow& row : kCatalogue) {
+        const std::wstring progId = std::wstring(L"Quill.") + row.name;
+        const std::wstring versioned = progId + L".1";
+        const std::wstring key = ClassKey(row);
+        values.push_back({key, L"", progId});
+        values.push_back({key + L"\\LocalServer32", L"", L'"' + program + L'"'});
+        values.push_back({key + L"\\LocalServer32", L"ServerExecutable", program});
+        values.push_back({key + L"\\ProgID", L"", versioned});
+        values.push_back({key + L"\\VersionIndependentProgID", L"", progId});
+        values.push_back({key + L"\\Programmable", L"", L""});
+        values.push_back({key + L"\\TypeLib", L"", libraryId});
+        values.push_back({key + L"\\Version", L"", version});
+        for (const std::wstring& name : {progId, versioned}) {
+            values.push_back({name, L"", progId});
+            values.push_back({name + L"\\CLSID", L"", Braced(row.id)});
+        }
+        values.push_back({progId + L"\\CurVer", L"", versioned});
+    }
+
+    BSTR description = nullptr;
+    Check(TypeLibrary()->GetDocumentation(-1, nullptr, &description, nullptr, nullptr));
+    const std::wstring libraryKey = LibraryKey(library) + L'\\' + version;
+    values.push_back({libraryKey, L"", TextOf(description)});
+    values.push_back({libraryKey + L"\\FLAGS", L"", std::to_wstring(library.wLibFlags)});
+    values.push_back({libraryKey + L"\\HELPDIR", L"", FolderOf(program)});
+    values.push_back({LibraryFileKey(library), L"", program});
+
+    for (const PublishedInterface& published : PublishedInterfaces()) {
+        const std::wstring key = L"Interface\\" + Braced(published.id);
+        values.push_back({key, L"", published.name});
+        values.push_back(
+            {key + L"\\ProxyStubClsid32", L"", published.dual ? kDualProxy : kDispatchProxy});
+        values.push_back({key + L"\\TypeLib", L"", libraryId});
+        values.push_back({key + L"\\TypeLib", L"Version", version});
+    }
+    return values;
+}
+
+std::wstring BelowClasses(const std::wstring& key)
+{
+    return L"Software\\Classes\\" + key;
+}
+
+void Write(const ClassesRoot& root, const RegistryValue& value)
+{
+    HKEY key = nullptr;
+    CheckWin32(RegCreateKeyExW(root.hive, BelowClasses(value.key).c_str(), 0, nullptr, 0,
+                               KEY_SET_VALUE | root.view, nullptr, &key, nullptr));
+    const RegistryKey owned(key);
+    const auto bytes = static_cast<DWORD>((value.text.size() + 1) * sizeof(wchar_t));
+    CheckWin32(RegSetValueExW(key, value.name.c_str(), 0, REG_SZ,
+                              reinterpret_cast<const BYTE*>(value.text.c_str()), bytes));
+}
+
+// The default value of a key; empty when there is none.
+std::wstring Read(const ClassesRoot& root, const std::wstring& name)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_QUERY_VALUE | root.view, &key))
+        return {};
+    const RegistryKey owned(key);
+    std::wstring text(4096, L'\0');
+    auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    if (RegGetValueW(key, nullptr, nullptr, RRF_RT_REG_SZ, nullptr, text.data(), &bytes)) return {};
+    text.resize(bytes / sizeof(wchar_t) - 1);
+    return text;
+}
+
+// Removes a key with all below it; a key that is not there is as good.
+void Remove(const ClassesRoot& root, const std::wstring& name)
+{
+    HKEY key = nullptr;
+    LSTATUS status = RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0,
+                                   KEY_ALL_ACCESS | root.view, &key);
+    if (status == ERROR_FILE_NOT_FOUND) return;
+    CheckWin32(status);
+    const RegistryKey owned(key);
+    CheckWin32(RegDeleteTreeW(key, nullptr));
+    status = RegDeleteKeyExW(root.hive, BelowClasses(name).c_str(), root.view, 0);
+    if (status != ERROR_FILE_NOT_FOUND) CheckWin32(status);
+}
+
+// The same, but only where nothing is below it.
+void RemoveIfEmpty(const ClassesRoot& root, const std::wstring& name)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_READ | root.view, &key)) return;
+    const RegistryKey owned(key);
+    DWORD keys = 0;
+    DWORD values = 0;
+    CheckWin32(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values,
+                                nullptr, nullptr, nullptr, nullptr));
+    if (keys == 0 && values == 0) Remove(root, name);
+}
+
+bool SamePath(const std::wstring& left, const std::wstring& right)
+{
+    return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
+void RemoveFrom(const ClassesRoot& root, const std::wstring& program)
+{
+    for (const CatalogueRow& row : kCatalogue) {
+        const std::wstring server = Read(root, ClassKey(row) + L"\\LocalServer32");
+        if (!SamePath(server, L'"' + program + L'"')) continue;
+        const std::wstring progId = std::wstring(L"Quill.") + row.name;
+        Remove(root, progId);
+        Remove(root, progId + L".1");
+        Remove(root, ClassKey(row));
+    }
+    const TLIBATTR library = LibraryAttributes();
+    for (const PublishedInterface& published : PublishedInterfaces()) {
+        // Interfaces do not name the executable; they go with its type library.
+        const std::wstring file = Read(root, LibraryFileKey(library));
+        if (file.empty() || SamePath(file, program))
+            Remove(root, L"Interface\\" + Braced(published.id));
+    }
+    if (SamePath(Read(root, LibraryFileKey(library)), program)) {
+        Remove(root, LibraryKey(library) + L'\\' + LibraryVersion(library));
+        RemoveIfEmpty(root, LibraryKey(library));
+    }
+}
+
+} // namespace
+
+RegistrationScope DefaultRegistrationScope() noexcept
+{
+    BYTE identifier[SECURITY_MAX_SID_SIZE];
+    DWORD size = sizeof identifier;
+    BOOL administrator = FALSE;
+    if (CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, identifier, &size))
+        CheckTokenMembership(nullptr, identifier, &administrator);
+    return administrator ? RegistrationScope::AllUsers : RegistrationScope::CurrentUser;
+}
+
+void RegisterServer(RegistrationScope scope, const std::wstring& program)
+{
+    const HKEY hive = scope == RegistrationScope::AllUsers ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    for (const ClassesRoot& root : RootsOf(hive))
+        for (const RegistryValue& value : Values(program))
+            Write(root, value);
+}
+
+void UnregisterServer(const std::wstring& program)
+{
+    for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+        for (const ClassesRoot& root : RootsOf(hive))
+            RemoveFrom(root, program);
+}
+
+} // namespace quill

@@ -1,0 +1,21 @@
+// Registration of the server: classes, programmatic identifiers, type library and interfaces.
+#pragma once
+
+#include <string>
+
+namespace quill {
+
+enum class RegistrationScope { AllUsers, CurrentUser };
+
+// For all users when the process has administrator rights, else for the current one.
+RegistrationScope DefaultRegistrationScope() noexcept;
+
+// Writes the registration of the executable at `program` (a full path), readable by 32-bit and
+// 64-bit clients. Doing it again renews it. Throws AutomationError.
+void RegisterServer(RegistrationScope scope, const std::wstring& program);
+
+// Removes what was written for the executable at `program`, for all users and for the current one;
+// what points at another executable stays. Throws AutomationError.
+void UnregisterServer(const std::wstring& program);
+
+} // namespace quill

@@ -1,0 +1,39 @@
+#include "core/StartUp.h"
+
+#include <vector>
+
+#include "core/Platform.h"
+
+namespace quill {
+
+ApartmentData& ThisApartment() noexcept
+{
+    thread_local ApartmentData data;
+    return data;
+}
+
+void StartUp()
+{
+    InitCommonControls();
+    INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | 0x1FF};
+    InitCommonControlsEx(&classes);
+
+    std::vector<wchar_t> path(4096);
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    ThisApartment().programPath.assign(path.data(), length);
+    ThisApartment().osVersion = QueryOsVersion();
+}
+
+int QueryOsVersion() noexcept
+{
+    using RtlGetVersionFunction = LONG WINAPI(OSVERSIONINFOEXW*);
+    static const auto rtlGetVersion =
+        FindSystemFunction<RtlGetVersionFunction>(L"ntdll.dll", "RtlGetVersion");
+    OSVERSIONINFOEXW version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    static_assert(sizeof version == 284);
+    if (!rtlGetVersion || rtlGetVersion(&version) != 0) return 0;
+    return static_cast<int>(version.dwMajorVersion * 100 + version.dwMinorVersion);
+}
+
+} // namespace quill

@@ -1,0 +1,22 @@
+// The published type library, as it lies in the executable's resources.
+#pragma once
+
+#include "core/Platform.h"
+
+namespace quill {
+
+// What the type library says of a class, found by its default interface.
+struct PublishedClass {
+    ComPtr<ITypeInfo> interfaceInfo; // carries out late-bound calls
+    ComPtr<ITypeInfo> classInfo;
+    IID eventsId;        // the default source interface; GUID_NULL where the class raises no events
+    std::wstring source; // "Quill.<Class>", the source of its errors
+};
+
+// The type library; loaded once. Throws AutomationError.
+ITypeLib* TypeLibrary();
+
+// Throws AutomationError when no class has this default interface.
+const PublishedClass& FindPublishedClass(const IID& interfaceId);
+
+} // namespace quill

@@ -1,0 +1,38 @@
+// Shared routines that several classes use.
+#pragma once
+
+#include "core/AutomationError.h"
+
+namespace quill {
+
+// The one operation that raises an error of the system's own: exactly this number, source and
+// description reach the script.
+[[noreturn]] void Raise(HRESULT number, const std::wstring& source, const std::wstring& description);
+
+// Raises an entry of the error table, followed by the value at fault where its text asks for one.
+[[noreturn]] void Raise(const ErrorEntry& entry, const std::wstring& value = {});
+
+// Elements of a zero-based array of any type: 0 for anything else and for other lower bounds.
+// Only dimension 1 counts. Raises overflow beyond 32767.
+short ElementCount(const VARIANT& array);
+
+// True for an array that was passed by reference.
+bool IsArrayByReference(const VARIANT& value) noexcept;
+
+// True when the path names something, folders included. With `resolve`, a bare file name is first
+// rewritten in `path` to lie in the program's folder (or the current directory). The question goes
+// to GetFileAttributesA, so a name outside the ANSI code page does not exist.
+bool FileExists(std::wstring& path, bool resolve) noexcept;
+
+// The folder with a backslash at its end; an empty string stays empty.
+std::wstring WithTrailingBackslash(std::wstring folder);
+
+// True when the value is numeric and lies within both limits, compared as automation does.
+bool InRange(const VARIANT& value, const VARIANT& low, const VARIANT& high) noexcept;
+
+constexpr bool InRange(long value, long low, long high) noexcept
+{
+    return low <= value && value <= high;
+}
+
+} // namespace quill
