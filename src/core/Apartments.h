@@ -1,5 +1,5 @@
-// The pool of single-threaded apartments for objects whose calls wait. Waits on one thread nest: the
-// one that began last must end first. In apartments of their own, each ends when its own user
+// The pool of single-threaded apartments for objects whose calls wait. Waits on one thread nest:
+// the one that began last must end first. In apartments of their own, each ends when its own user
 // answers.
 #pragma once
 

@@ -3,14 +3,17 @@
 //     class Profile final : public Automation<_Profile> {
 //     public:
 //         STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
-//         STDMETHODIMP put_File(BSTR value) noexcept override { return Call(&Profile::SetFile, value); }
+//         STDMETHODIMP put_File(BSTR value) noexcept override
+//         {
+//             return Call(&Profile::SetFile, value);
+//         }
 //     private:
 //         void SetFile(const std::wstring& path);
 //         std::wstring file_;
 //     };
 //
 // A published method is one line that names the plain method behind it. The plain method takes and
-// returns the types of Conversions.h and throws AutomationError; nothing thrown passes the boundary.
+// returns the types of Conversions.h and throws AutomationError; nothing thrown gets further.
 #pragma once
 
 #include <functional>
@@ -131,7 +134,8 @@ protected:
         });
     }
 
-    // The same for a method without a result, and for the put of a property that is more than stored.
+    // The same for a method without a result, and for the put of a property that is more than
+    // stored.
     template <class Class, class Method, class... Arguments>
     HRESULT Call(Method Class::*method, Arguments... arguments) noexcept
     {
@@ -153,7 +157,8 @@ protected:
     template <class Rule = AsGiven, class Field, class Value>
     HRESULT Put(Field& field, Value value) noexcept
     {
-        return Guarded([&] { field = Rule::Apply(field, static_cast<Field>(Argument<Value>{value})); });
+        return Guarded(
+            [&] { field = Rule::Apply(field, static_cast<Field>(Argument<Value>{value})); });
     }
 
     // True when the clients that held this object are gone, killed ones as soon as the platform

@@ -19,10 +19,9 @@ constexpr const wchar_t* RuntimeErrorText(RuntimeError error)
 std::wstring PlatformText(HRESULT result)
 {
     wchar_t text[512];
-    DWORD length =
-        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                       static_cast<DWORD>(result), 0, text, static_cast<DWORD>(std::size(text)),
-                       nullptr);
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                  nullptr, static_cast<DWORD>(result), 0, text,
+                                  static_cast<DWORD>(std::size(text)), nullptr);
     while (length > 0 && text[length - 1] <= L' ')
         --length;
     return {text, length};
@@ -46,7 +45,8 @@ HRESULT SetError(const IID& interfaceId, const std::wstring& source, const Autom
 
 void RaiseRuntimeError(RuntimeError error)
 {
-    const auto number = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, static_cast<unsigned>(error));
+    const auto number =
+        MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, static_cast<unsigned>(error));
     throw AutomationError{number, {}, RuntimeErrorText(error)};
 }
 

@@ -59,10 +59,9 @@ HWND CreateHiddenWindow(const wchar_t* className, WNDPROC procedure, void* param
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.lpszClassName = className;
     RegisterClassExW(&windowClass); // fails when the class is there already, and then it is
-    const HWND window =
-        CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0,
-                        messageOnly ? HWND_MESSAGE : nullptr, nullptr, windowClass.hInstance,
-                        parameter);
+    const HWND window = CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0,
+                                        messageOnly ? HWND_MESSAGE : nullptr, nullptr,
+                                        windowClass.hInstance, parameter);
     if (!window) RaiseLastError();
     return window;
 }

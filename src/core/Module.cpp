@@ -45,8 +45,9 @@ public:
 
     HRESULT Register() noexcept
     {
-        return CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
-                                     REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
+        return CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this),
+                                     CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED,
+                                     &registration_);
     }
     void Revoke() noexcept
     {

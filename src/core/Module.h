@@ -33,8 +33,8 @@ private:
     std::atomic<bool> known_{false};
 };
 
-// Serves objects of all catalogued classes on the calling thread and on apartments of its own, until
-// no client has needed the server for a while. Returns the process's exit code.
+// Serves objects of all catalogued classes on the calling thread and on apartments of its own,
+// until no client has needed the server for a while. Returns the process's exit code.
 int RunServer();
 
 } // namespace quill

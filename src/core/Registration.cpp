@@ -14,7 +14,7 @@ constexpr wchar_t kDualProxy[] = L"{00020424-0000-0000-C000-000000000046}";
 constexpr wchar_t kDispatchProxy[] = L"{00020420-0000-0000-C000-000000000046}";
 
 struct RegistryValue {
-    std::wstring key; // below Software\Classes
+    std::wstring key;  // below Software\Classes
     std::wstring name; // empty: the key's default value
     std::wstring text;
 };
@@ -190,8 +190,8 @@ std::wstring Read(const ClassesRoot& root, const std::wstring& name)
 void Remove(const ClassesRoot& root, const std::wstring& name)
 {
     HKEY key = nullptr;
-    LSTATUS status = RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0,
-                                   KEY_ALL_ACCESS | root.view, &key);
+    LSTATUS status =
+        RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_ALL_ACCESS | root.view, &key);
     if (status == ERROR_FILE_NOT_FOUND) return;
     CheckWin32(status);
     const RegistryKey owned(key);

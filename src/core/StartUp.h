@@ -7,7 +7,7 @@ namespace quill {
 
 struct ApartmentData {
     std::wstring programPath; // full path of the executable; empty when the platform did not tell
-    int osVersion = 0;        // major x 100 + minor: 601 is Windows 7; 0 when the platform did not tell
+    int osVersion = 0; // major x 100 + minor: 601 is Windows 7; 0 when the platform did not tell
 };
 
 // The calling thread's own data; empty before its StartUp.

@@ -17,7 +17,8 @@ enum class StartMode { Serve, Help, Register, Unregister, Nothing };
 bool HasSwitch(const std::vector<std::wstring>& arguments, const wchar_t* name)
 {
     for (const std::wstring& argument : arguments)
-        if ((argument[0] == L'/' || argument[0] == L'-') && _wcsicmp(argument.c_str() + 1, name) == 0)
+        if ((argument[0] == L'/' || argument[0] == L'-') &&
+            _wcsicmp(argument.c_str() + 1, name) == 0)
             return true;
     return false;
 }

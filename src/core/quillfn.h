@@ -7,7 +7,8 @@ namespace quill {
 
 // The one operation that raises an error of the system's own: exactly this number, source and
 // description reach the script.
-[[noreturn]] void Raise(HRESULT number, const std::wstring& source, const std::wstring& description);
+[[noreturn]] void Raise(HRESULT number, const std::wstring& source,
+                        const std::wstring& description);
 
 // Raises an entry of the error table, followed by the value at fault where its text asks for one.
 [[noreturn]] void Raise(const ErrorEntry& entry, const std::wstring& value = {});

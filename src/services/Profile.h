@@ -27,7 +27,8 @@ public:
     {
         return Call(result, &Profile::ReadSectionNames, cvt);
     }
-    STDMETHODIMP SetValue(BSTR section, BSTR key, BSTR entry, VARIANT_BOOL* result) noexcept override
+    STDMETHODIMP SetValue(BSTR section, BSTR key, BSTR entry,
+                          VARIANT_BOOL* result) noexcept override
     {
         return Call(result, &Profile::WriteValue, section, key, entry);
     }
@@ -42,7 +43,8 @@ private:
     std::wstring ReadValue(const std::wstring& section, const std::wstring& key) const;
     std::wstring ReadSection(const std::wstring& section, bool convert) const;
     std::wstring ReadSectionNames(bool convert) const;
-    bool WriteValue(const std::wstring& section, const std::wstring& key, const std::wstring& entry);
+    bool WriteValue(const std::wstring& section, const std::wstring& key,
+                    const std::wstring& entry);
     bool WriteSection(const std::wstring& section, const std::wstring& entries, bool convert);
 
     bool HasFile() const;
