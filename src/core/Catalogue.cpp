@@ -9,6 +9,7 @@ namespace quill {
 namespace {
 
 const CatalogueRow kRows[] = {
+    {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
 };
 

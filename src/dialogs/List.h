@@ -1,0 +1,30 @@
+// Quill.List: lets the user choose one or several of a script's lines.
+#pragma once
+
+#include "dialogs/Dialog.h"
+
+namespace quill {
+
+// Raises no errors of its own.
+class List final : public WithCancelEsc<WithFonts<Dialog<_List, 256>>> {
+public:
+    STDMETHODIMP get_MultiSel(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, multiSel_);
+    }
+    STDMETHODIMP put_MultiSel(VARIANT_BOOL value) noexcept override
+    {
+        return Put(multiSel_, value);
+    }
+    STDMETHODIMP Selection(BSTR items, LONG Index, BSTR Title, BSTR* result) noexcept override
+    {
+        return Call(result, &List::Choose, items, Index, Title);
+    }
+
+private:
+    std::wstring Choose(const std::wstring& items, LONG index, const std::wstring& title);
+
+    bool multiSel_ = false;
+};
+
+} // namespace quill

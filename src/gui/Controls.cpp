@@ -1,0 +1,206 @@
+#include "gui/Controls.h"
+
+#include <algorithm>
+
+#include "core/AutomationError.h"
+
+namespace quill {
+
+namespace {
+
+// After this pause, what is typed begins a new search.
+constexpr DWORD kTypingPauseMilliseconds = 1000;
+
+// How many of the longest lines are measured to find the widest.
+constexpr size_t kMeasuredLines = 16;
+
+constexpr UINT kFirstControlId = 100;
+
+} // namespace
+
+Control::Control(Form& form, const TwipRect& place, const wchar_t* windowClass, const wchar_t* text,
+                 DWORD style, DWORD extendedStyle)
+    : form_(form), place_(place)
+{
+    const UINT_PTR id = style == (style | BS_DEFPUSHBUTTON) && wcscmp(windowClass, WC_BUTTONW) == 0
+                            ? IDOK
+                            : kFirstControlId + form.controls_.size();
+    window_ = CreateWindowExW(extendedStyle, windowClass, text, style | WS_CHILD | WS_VISIBLE, 0, 0,
+                              0, 0, form.Window(), reinterpret_cast<HMENU>(id),
+                              GetModuleHandleW(nullptr), nullptr);
+    if (!window_) RaiseLastError();
+    form.controls_.push_back(this);
+    SetFont(form.CurrentFont());
+    Move(place);
+}
+
+Control::~Control()
+{
+    std::erase(form_.controls_, this);
+    if (window_) DestroyWindow(window_);
+}
+
+void Control::Move(const TwipRect& place)
+{
+    place_ = place;
+    const int left = form_.ToPixels(place.left);
+    const int top = form_.ToPixels(place.top);
+    MoveWindow(window_, left, top, form_.ToPixels(place.left + place.width) - left,
+               form_.ToPixels(place.top + place.height) - top, TRUE);
+}
+
+void Control::SetText(const std::wstring& text)
+{
+    SetWindowTextW(window_, text.c_str());
+}
+
+void Control::Enable(bool enabled)
+{
+    EnableWindow(window_, enabled);
+}
+
+void Control::SetVisible(bool visible)
+{
+    ShowWindow(window_, visible ? SW_SHOWNA : SW_HIDE);
+}
+
+void Control::Focus()
+{
+    SetFocus(window_);
+}
+
+void Control::SetFont(const FontSpec& font)
+{
+    font_ = font;
+    Send(WM_SETFONT, reinterpret_cast<WPARAM>(form_.FontHandle(font)), TRUE);
+}
+
+Label::Label(Form& form, const TwipRect& place, const wchar_t* text)
+    : Control(form, place, WC_STATICW, text, SS_LEFT | SS_NOPREFIX)
+{
+}
+
+Button::Button(Form& form, const TwipRect& place, const wchar_t* text,
+               std::function<void()> onClick, Kind kind)
+    : Control(form, place, WC_BUTTONW, text,
+              WS_TABSTOP | (kind == Kind::Default ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON)),
+      onClick_(std::move(onClick))
+{
+}
+
+void Button::OnCommand(WORD code)
+{
+    if (code == BN_CLICKED) onClick_();
+}
+
+ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick)
+    : Control(form, place, WC_LISTBOXW, L"",
+              WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT |
+                  LBS_USETABSTOPS | (kind == Kind::Multiple ? LBS_EXTENDEDSEL : 0),
+              WS_EX_CLIENTEDGE),
+      kind_(kind), onDoubleClick_(std::move(onDoubleClick))
+{
+    SetWindowSubclass(Window(), Subclass, 0, reinterpret_cast<DWORD_PTR>(this));
+}
+
+ListBox::~ListBox()
+{
+    if (Window()) RemoveWindowSubclass(Window(), Subclass, 0);
+}
+
+void ListBox::Fill(const std::vector<std::wstring>& lines)
+{
+    size_t units = 0;
+    for (const std::wstring& line : lines)
+        units += line.size() + 1;
+    Send(WM_SETREDRAW, FALSE);
+    Send(LB_RESETCONTENT);
+    Send(LB_INITSTORAGE, lines.size(), static_cast<LPARAM>(units * sizeof(wchar_t)));
+    for (const std::wstring& line : lines)
+        Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
+    Send(WM_SETREDRAW, TRUE);
+
+    longest_.resize(std::min(kMeasuredLines, lines.size()));
+    std::partial_sort_copy(
+        lines.begin(), lines.end(), longest_.begin(), longest_.end(),
+        [](const std::wstring& a, const std::wstring& b) { return a.size() > b.size(); });
+    FitScrollBar();
+}
+
+void ListBox::Select(int index)
+{
+    if (kind_ == Kind::Single) {
+        Send(LB_SETCURSEL, static_cast<WPARAM>(index));
+    } else {
+        Send(LB_SETSEL, FALSE, -1);
+        if (index < 0) return;
+        Send(LB_SETSEL, TRUE, index);
+        Send(LB_SETANCHORINDEX, static_cast<WPARAM>(index));
+        Send(LB_SETCARETINDEX, static_cast<WPARAM>(index));
+    }
+}
+
+std::vector<int> ListBox::Selected() const
+{
+    if (kind_ == Kind::Single) {
+        const auto current = static_cast<int>(Send(LB_GETCURSEL));
+        return current == LB_ERR ? std::vector<int>() : std::vector<int>{current};
+    }
+    std::vector<int> indices(static_cast<size_t>(Send(LB_GETSELCOUNT)));
+    Send(LB_GETSELITEMS, indices.size(), reinterpret_cast<LPARAM>(indices.data()));
+    return indices;
+}
+
+void ListBox::OnCommand(WORD code)
+{
+    if (code == LBN_DBLCLK && onDoubleClick_) onDoubleClick_();
+}
+
+LRESULT CALLBACK ListBox::Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
+                                   UINT_PTR, DWORD_PTR reference) noexcept
+{
+    auto* self = reinterpret_cast<ListBox*>(reference);
+    if (message == WM_CHAR && self->FindTyped(static_cast<wchar_t>(wParam))) return 0;
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_SETFONT) self->FitScrollBar();
+    return result;
+}
+
+// Adds what was typed to the search and goes to the line that begins with it. The control's own
+// search knows the last character only. False leaves the character to the control.
+bool ListBox::FindTyped(wchar_t unit)
+{
+    const auto now = static_cast<DWORD>(GetMessageTime());
+    if (now - typedAt_ > kTypingPauseMilliseconds) typed_.clear();
+    typedAt_ = now;
+    if (unit < L' ' || (unit == L' ' && typed_.empty())) return false; // space toggles a line
+    typed_ += unit;
+
+    // The same character again and again goes from line to line; a longer beginning may stay.
+    const bool repeated = typed_.find_first_not_of(unit) == std::wstring::npos;
+    const std::wstring beginning = repeated ? std::wstring(1, unit) : typed_;
+    const auto current = Send(kind_ == Kind::Single ? LB_GETCURSEL : LB_GETCARETINDEX);
+    const auto after = repeated ? current : current - 1;
+    const auto found = Send(LB_FINDSTRING, static_cast<WPARAM>(std::max<LRESULT>(after, -1)),
+                            reinterpret_cast<LPARAM>(beginning.c_str()));
+    if (found != LB_ERR) Select(static_cast<int>(found));
+    return true;
+}
+
+// Lets the user scroll to the end of the widest line.
+void ListBox::FitScrollBar() noexcept
+{
+    const HDC device = GetDC(Window());
+    const HGDIOBJ old = SelectObject(device, reinterpret_cast<HFONT>(Send(WM_GETFONT)));
+    int widest = 0;
+    for (const std::wstring& line : longest_)
+        widest = std::max<int>(
+            widest, LOWORD(GetTabbedTextExtentW(device, line.c_str(), static_cast<int>(line.size()),
+                                                0, nullptr)));
+    SelectObject(device, old);
+    ReleaseDC(Window(), device);
+    const int margin = GetSystemMetrics(SM_CXEDGE) * 2;
+    Send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin));
+}
+
+} // namespace quill

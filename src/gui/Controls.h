@@ -1,0 +1,95 @@
+// The native controls that forms are made of. A control is a value member of its form; the order of
+// the members is the order of the tab key, and a label names the control that follows it.
+#pragma once
+
+#include "gui/Form.h"
+
+namespace quill {
+
+class Control {
+public:
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+
+    HWND Window() const noexcept { return window_; } // null once the form is closed
+    const TwipRect& Place() const noexcept { return place_; }
+    void Move(const TwipRect& place);
+    void SetText(const std::wstring& text);
+    void Enable(bool enabled);
+    void SetVisible(bool visible);
+    void Focus();
+    const FontSpec& CurrentFont() const noexcept { return font_; }
+    void SetFont(const FontSpec& font);
+
+protected:
+    Control(Form& form, const TwipRect& place, const wchar_t* windowClass, const wchar_t* text,
+            DWORD style, DWORD extendedStyle = 0);
+    virtual ~Control();
+
+    // A notification of the native control (the high word of WM_COMMAND).
+    virtual void OnCommand(WORD) {}
+
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const noexcept
+    {
+        return SendMessageW(window_, message, wParam, lParam);
+    }
+
+private:
+    friend class Form;
+
+    Form& form_;
+    HWND window_ = nullptr;
+    TwipRect place_;
+    FontSpec font_;
+};
+
+// Text that wraps; "&" is shown as it is.
+class Label : public Control {
+public:
+    Label(Form& form, const TwipRect& place, const wchar_t* text = L"");
+};
+
+// A push button. The first default button of a form is the one that Enter presses.
+class Button : public Control {
+public:
+    enum class Kind { Plain, Default };
+
+    Button(Form& form, const TwipRect& place, const wchar_t* text, std::function<void()> onClick,
+           Kind kind = Kind::Plain);
+
+private:
+    void OnCommand(WORD code) override;
+
+    std::function<void()> onClick_;
+};
+
+// A list box. Typing finds the line that begins with what was typed.
+class ListBox : public Control {
+public:
+    enum class Kind { Single, Multiple }; // Multiple: Shift and Ctrl extend the selection
+
+    ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick);
+    ~ListBox() override;
+
+    // Shows these lines in place of the old ones, in this order.
+    void Fill(const std::vector<std::wstring>& lines);
+    // Selects one line and scrolls to it; -1 selects none.
+    void Select(int index);
+    // The selected lines, from the first to the last.
+    std::vector<int> Selected() const;
+
+private:
+    static LRESULT CALLBACK Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
+                                     UINT_PTR id, DWORD_PTR self) noexcept;
+    void OnCommand(WORD code) override;
+    bool FindTyped(wchar_t unit);
+    void FitScrollBar() noexcept;
+
+    const Kind kind_;
+    std::function<void()> onDoubleClick_;
+    std::wstring typed_;                // by the user, to find a line
+    DWORD typedAt_ = 0;                 // milliseconds, by the message clock
+    std::vector<std::wstring> longest_; // lines that may be the widest, in any font
+};
+
+} // namespace quill

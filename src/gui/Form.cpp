@@ -1,0 +1,271 @@
+#include "gui/Form.h"
+
+#include <cmath>
+
+#include "core/AutomationError.h"
+#include "core/MessagePump.h"
+#include "gui/Controls.h"
+#include "gui/guifn.h"
+#include "gui/windowfn.h"
+
+namespace quill {
+
+namespace {
+
+constexpr float kTwipsPerInch = 1440;
+// Pixels per inch of the window's monitor; of the whole system before Windows 10.
+int ResolutionOf(HWND window) noexcept
+{
+    using GetDpiForWindowFunction = UINT WINAPI(HWND);
+    static const auto getDpiForWindow =
+        FindSystemFunction<GetDpiForWindowFunction>(L"user32.dll", "GetDpiForWindow");
+    if (getDpiForWindow) return static_cast<int>(getDpiForWindow(window));
+    const HDC screen = GetDC(nullptr);
+    const int resolution = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return resolution;
+}
+
+} // namespace
+
+ATOM Form::WindowClass()
+{
+    static const ATOM atom = [] {
+        const HINSTANCE module = GetModuleHandleW(nullptr);
+        WNDCLASSEXW windowClass{};
+        windowClass.cbSize = sizeof windowClass;
+        windowClass.lpfnWndProc = WindowProcedure;
+        windowClass.hInstance = module;
+        windowClass.hIcon = LoadIconW(module, MAKEINTRESOURCEW(1));
+        windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+        windowClass.lpszClassName = L"quill.Form";
+        return RegisterClassExW(&windowClass);
+    }();
+    return atom;
+}
+
+Form::Form(const wchar_t* caption, TwipSize outer, DWORD style) : font_(kDesignFont)
+{
+    SetMessagePreview(PreviewMessage);
+    CreateWindowExW(WS_EX_CONTROLPARENT, MAKEINTATOM(WindowClass()), caption, style, 0, 0, 0, 0,
+                    nullptr, nullptr, GetModuleHandleW(nullptr), this);
+    if (!window_) RaiseLastError();
+    resolution_ = ResolutionOf(window_);
+    SetOuterSize(outer);
+    Centre();
+}
+
+Form::~Form()
+{
+    Unload();
+}
+
+void Form::SetCaption(const std::wstring& caption)
+{
+    SetWindowTextW(window_, caption.c_str());
+}
+
+int Form::ToPixels(float twips) const noexcept
+{
+    return static_cast<int>(std::lround(twips * static_cast<float>(resolution_) / kTwipsPerInch));
+}
+
+float Form::ToTwips(int pixels) const noexcept
+{
+    return static_cast<float>(pixels) * kTwipsPerInch / static_cast<float>(resolution_);
+}
+
+RECT Form::OuterPixels() const noexcept
+{
+    RECT outer{};
+    GetWindowRect(window_, &outer);
+    return outer;
+}
+
+TwipSize Form::OuterSize() const
+{
+    const RECT outer = OuterPixels();
+    return {ToTwips(outer.right - outer.left), ToTwips(outer.bottom - outer.top)};
+}
+
+void Form::SetOuterSize(TwipSize outer)
+{
+    ResizeWindow(window_, ToPixels(outer.width), ToPixels(outer.height));
+}
+
+void Form::Centre()
+{
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY), &monitor);
+    const RECT& area = monitor.rcWork;
+    const RECT outer = OuterPixels();
+    SetWindowPos(window_, nullptr, (area.left + area.right - (outer.right - outer.left)) / 2,
+                 (area.top + area.bottom - (outer.bottom - outer.top)) / 2, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+HFONT Form::FontHandle(const FontSpec& font)
+{
+    for (const auto& [spec, handle] : fonts_)
+        if (spec == font) return handle.get();
+    const int height = -MulDiv(font.points, resolution_, 72);
+    Font handle(CreateFontW(height, 0, 0, 0, font.bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE,
+                            DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                            DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, font.name.c_str()));
+    return fonts_.emplace_back(font, std::move(handle)).second.get();
+}
+
+void Form::SetFont(const FontSpec& font)
+{
+    font_ = font;
+    for (Control* control : controls_)
+        control->SetFont(font);
+}
+
+void Form::Show(bool topmost)
+{
+    OnResize(OuterSize());
+    ShowWindow(window_, SW_SHOWNORMAL);
+    BringToFront(window_, topmost);
+}
+
+void Form::Unload() noexcept
+{
+    if (window_) DestroyWindow(window_);
+}
+
+void Form::WaitUntilClosed(const std::function<bool()>& abandoned)
+{
+    while (!Closed()) {
+        if (!WaitStep() || abandoned()) Unload();
+    }
+    if (failure_) std::rethrow_exception(failure_);
+}
+
+void Form::OnActivate()
+{
+    if (IsWindow(lastFocus_))
+        SetFocus(lastFocus_);
+    else
+        SetFocus(GetNextDlgTabItem(window_, nullptr, FALSE));
+}
+
+void Form::OnKeyDown(WPARAM) {}
+
+void Form::OnResize(TwipSize) {}
+
+TwipSize Form::MinimumSize() const
+{
+    return {0, 0};
+}
+
+void Form::OnClose()
+{
+    Unload();
+}
+
+Form* Form::FromWindow(HWND window) noexcept
+{
+    if (!window || GetClassLongW(window, GCW_ATOM) != WindowClass()) return nullptr;
+    return reinterpret_cast<Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+}
+
+bool Form::PreviewMessage(MSG& message)
+{
+    Form* form = FromWindow(GetAncestor(message.hwnd, GA_ROOT));
+    if (!form) return false;
+    if (message.message == WM_KEYDOWN && form->keyPreview_) {
+        form->OnKeyDown(message.wParam);
+        if (form->Closed()) return true; // the key is used up, and so is the window
+    }
+    return IsDialogMessageW(form->window_, &message) != FALSE;
+}
+
+LRESULT CALLBACK Form::WindowProcedure(HWND window, UINT message, WPARAM wParam,
+                                       LPARAM lParam) noexcept
+{
+    if (message == WM_NCCREATE) {
+        const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+        SetWindowLongPtrW(window, GWLP_USERDATA,
+                          reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+        FromWindow(window)->window_ = window;
+    }
+    Form* form = FromWindow(window);
+    if (!form) return DefWindowProcW(window, message, wParam, lParam);
+    if (message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+        form->window_ = nullptr;
+        for (Control* control : form->controls_)
+            control->window_ = nullptr;
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    try {
+        return form->Handle(message, wParam, lParam);
+    } catch (...) {
+        // No exception may pass the platform's frames; the call that waits throws it again.
+        form->failure_ = std::current_exception();
+        form->Unload();
+        return 0;
+    }
+}
+
+LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_ACTIVATE:
+        if (LOWORD(wParam) == WA_INACTIVE)
+            lastFocus_ = GetFocus();
+        else if (HIWORD(wParam) == 0) // not minimised
+            OnActivate();
+        return 0;
+    case WM_SETFOCUS: OnActivate(); return 0;
+    case WM_SIZE:
+        if (wParam != SIZE_MINIMIZED) OnResize(OuterSize());
+        return 0;
+    case WM_GETMINMAXINFO: LimitSize(*reinterpret_cast<MINMAXINFO*>(lParam)); return 0;
+    case WM_DPICHANGED:
+        ChangeResolution(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+        return 0;
+    case DM_GETDEFID: // the dialog manager asks which button Enter presses
+        return GetDlgItem(window_, IDOK) ? MAKELRESULT(IDOK, DC_HASDEFID) : 0;
+    case WM_COMMAND:
+        // Esc arrives here as IDCANCEL, from no control, and means nothing.
+        if (lParam != 0) Notify(reinterpret_cast<HWND>(lParam), HIWORD(wParam));
+        return 0;
+    case WM_CLOSE: OnClose(); return 0;
+    default: return DefWindowProcW(window_, message, wParam, lParam);
+    }
+}
+
+void Form::Notify(HWND window, WORD code)
+{
+    for (Control* control : controls_) {
+        if (control->window_ != window) continue;
+        control->OnCommand(code);
+        return;
+    }
+}
+
+void Form::LimitSize(MINMAXINFO& limits) const
+{
+    const TwipSize minimum = MinimumSize();
+    limits.ptMinTrackSize.x = std::max<LONG>(limits.ptMinTrackSize.x, ToPixels(minimum.width));
+    limits.ptMinTrackSize.y = std::max<LONG>(limits.ptMinTrackSize.y, ToPixels(minimum.height));
+}
+
+void Form::ChangeResolution(WPARAM resolution, const RECT& suggested)
+{
+    resolution_ = static_cast<int>(resolution);
+    const auto oldFonts = std::move(fonts_); // in use until the controls have their new ones
+    fonts_.clear();
+    for (Control* control : controls_) {
+        control->SetFont(control->CurrentFont());
+        control->Move(control->Place());
+    }
+    SetWindowPos(window_, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
+                 suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+} // namespace quill

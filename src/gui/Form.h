@@ -1,0 +1,124 @@
+// A window with native controls. Sizes and places are in twips (1/1440 inch), as forms are
+// designed; the window's resolution turns them into pixels, and again when it changes.
+//
+//     class frmGreeting final : public Form {
+//     public:
+//         frmGreeting() : Form(L"Greeting", {3000, 1500}, kDialogStyle) {}
+//     private:
+//         Label lblText{*this, {240, 140, 2400, 300}};
+//         Button OKButton{*this, {1500, 600, 1200, 380}, L"OK", [this] { Unload(); }};
+//     };
+//
+// The window exists, hidden, as soon as the form does; failure to create it, or a control, throws
+// AutomationError. The form object outlives its window: it goes with its owner.
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/Platform.h"
+
+namespace quill {
+
+class Control;
+
+struct TwipSize {
+    float width, height;
+    bool operator==(const TwipSize&) const = default;
+};
+
+struct TwipRect {
+    float left, top, width, height;
+    bool operator==(const TwipRect&) const = default;
+};
+
+struct FontSpec {
+    std::wstring name;
+    int points;
+    bool bold = false;
+    bool operator==(const FontSpec&) const = default;
+};
+
+class Form {
+public:
+    // A caption with a close box; the user can size the window, or cannot.
+    static constexpr DWORD kDialogStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
+    static constexpr DWORD kSizableStyle = kDialogStyle | WS_THICKFRAME | WS_MAXIMIZEBOX;
+
+    // `outer` is the size with frame and caption. The window is centred on the monitor where the
+    // user works.
+    Form(const wchar_t* caption, TwipSize outer, DWORD style);
+    virtual ~Form();
+    Form(const Form&) = delete;
+    Form& operator=(const Form&) = delete;
+
+    HWND Window() const noexcept { return window_; } // null once closed
+    bool Closed() const noexcept { return window_ == nullptr; }
+
+    void SetCaption(const std::wstring& caption);
+    TwipSize OuterSize() const;
+    void SetOuterSize(TwipSize outer);
+
+    // The form's font; the controls that are there take it over.
+    const FontSpec& CurrentFont() const noexcept { return font_; }
+    void SetFont(const FontSpec& font);
+
+    // True: OnKeyDown sees every key before the control that has the focus.
+    void SetKeyPreview(bool preview) noexcept { keyPreview_ = preview; }
+
+    // Shows the window without waiting, and brings it to the front.
+    void Show(bool topmost);
+
+    // Destroys the window; the form is closed then.
+    void Unload() noexcept;
+
+    // Waits until the form is closed, serving messages and calls. Closes it when the thread is to
+    // end, or when `abandoned` says that nobody waits for the answer any more. Throws what a
+    // handler of the form has thrown.
+    void WaitUntilClosed(const std::function<bool()>& abandoned);
+
+    int ToPixels(float twips) const noexcept;
+    float ToTwips(int pixels) const noexcept;
+
+protected:
+    // The window became the active one: the control that last had the focus gets it, or the first.
+    virtual void OnActivate();
+    // A key went down, with key preview on.
+    virtual void OnKeyDown(WPARAM key);
+    // The outer size has changed; controls are to be placed.
+    virtual void OnResize(TwipSize outer);
+    // The user cannot make the window smaller.
+    virtual TwipSize MinimumSize() const;
+    // The close box was used.
+    virtual void OnClose();
+
+private:
+    friend class Control;
+
+    static ATOM WindowClass();
+    static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam,
+                                            LPARAM lParam) noexcept;
+    static Form* FromWindow(HWND window) noexcept;
+    static bool PreviewMessage(MSG& message);
+
+    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    void Notify(HWND control, WORD code);
+    void LimitSize(MINMAXINFO& limits) const;
+    void ChangeResolution(WPARAM resolution, const RECT& suggested);
+    void Centre();
+    RECT OuterPixels() const noexcept;
+    HFONT FontHandle(const FontSpec& font);
+
+    HWND window_ = nullptr;
+    int resolution_ = 96; // pixels per inch
+    FontSpec font_;
+    std::vector<std::pair<FontSpec, Font>> fonts_;
+    std::vector<Control*> controls_; // in the order of the tab key
+    HWND lastFocus_ = nullptr;
+    bool keyPreview_ = false;
+    std::exception_ptr failure_; // what a handler has thrown
+};
+
+} // namespace quill

@@ -1,0 +1,17 @@
+// Fonts of forms.
+#pragma once
+
+#include "gui/Form.h"
+
+namespace quill {
+
+// The font that forms are designed with.
+inline const FontSpec kDesignFont{L"MS Shell Dlg 2", 9};
+
+// Sets "Segoe UI" on the form and on its controls; sizes stay.
+void ApplyModernFont(Form& form);
+
+// Sets the size in points on the form and on its controls; names stay.
+void ApplyFontSize(Form& form, int points);
+
+} // namespace quill

@@ -1,0 +1,87 @@
+#include "gui/windowfn.h"
+
+#include "core/MessagePump.h"
+
+namespace quill {
+
+Foreground& ForegroundOfThread() noexcept
+{
+    thread_local Foreground foreground;
+    return foreground;
+}
+
+void BringToFront(HWND window, bool topmost)
+{
+    const Foreground& foreground = ForegroundOfThread();
+    const HWND front = foreground.get();
+    if (front == window) return;
+
+    const DWORD frontThread = GetWindowThreadProcessId(front, nullptr);
+    const DWORD ownThread = GetWindowThreadProcessId(window, nullptr);
+    if (frontThread == 0 || ownThread == 0) return;
+
+    // The foreground is the foreground thread's to give: share its input for the moment.
+    const bool attach = frontThread != ownThread;
+    if (attach) AttachThreadInput(frontThread, ownThread, TRUE);
+    const bool granted = foreground.set(window);
+    if (attach) AttachThreadInput(frontThread, ownThread, FALSE);
+
+    ShowWindow(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
+    if (granted)
+        SetWindowPos(window, topmost ? HWND_TOPMOST : HWND_TOP, 0, 0, 0, 0,
+                     SWP_NOSIZE | SWP_NOMOVE);
+    else
+        FlashCaption(window, 10);
+}
+
+void SetTopmost(HWND window, bool topmost)
+{
+    SetWindowPos(window, topmost ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE);
+}
+
+void FlashCaption(HWND window, long count)
+{
+    FLASHWINFO flash{sizeof flash, window, FLASHW_STOP, 0, 0};
+    if (count > 9) {
+        flash.dwFlags = FLASHW_ALL | FLASHW_TIMERNOFG;
+    } else if (count > 0) {
+        flash.dwFlags = FLASHW_ALL;
+        flash.uCount = static_cast<UINT>(count);
+    }
+    FlashWindowEx(&flash);
+}
+
+void RefreshFrame(HWND window)
+{
+    SetWindowPos(window, nullptr, 0, 0, 0, 0,
+                 SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED);
+}
+
+void ResizeWindow(HWND window, int width, int height)
+{
+    SetWindowPos(window, nullptr, 0, 0, width, height,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOOWNERZORDER);
+}
+
+void SetWindowStyle(HWND window, LONG style)
+{
+    SetLastError(ERROR_SUCCESS);
+    if (SetWindowLongW(window, GWL_STYLE, style) == 0 && GetLastError() != ERROR_SUCCESS) return;
+    SetWindowPos(window, nullptr, 0, 0, 0, 0,
+                 SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED | SWP_NOOWNERZORDER);
+}
+
+void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh)
+{
+    const int index = extended ? GWL_EXSTYLE : GWL_STYLE;
+    SetWindowLongW(window, index, GetWindowLongW(window, index) | bits);
+    if (refresh) RefreshFrame(window);
+}
+
+bool WaitStep()
+{
+    return WaitForMessages(55);
+}
+
+} // namespace quill

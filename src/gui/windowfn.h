@@ -1,0 +1,44 @@
+// Routines for window handles: foreground, topmost, styles, flashing, and the wait for a form.
+// Results of the platform calls are not checked unless said.
+#pragma once
+
+#include "core/Platform.h"
+
+namespace quill {
+
+// Shows the window and makes it the foreground window although its server is in the background,
+// then places it topmost or on top of the others. Where the platform refuses the foreground, the
+// caption flashes until the user turns to it. Does nothing when the window has the foreground.
+void BringToFront(HWND window, bool topmost);
+
+// Places the window among the topmost ones, or among the others.
+void SetTopmost(HWND window, bool topmost);
+
+// Flashes caption and taskbar button: 1 to 9 times, from 10 on until the window comes to the
+// foreground; 0 or less stops it.
+void FlashCaption(HWND window, long count);
+
+// Has the frame drawn anew after a change of style.
+void RefreshFrame(HWND window);
+
+// Outer size in pixels; the place stays.
+void ResizeWindow(HWND window, int width, int height);
+
+// Replaces the style and draws the frame anew; a refused change leaves the frame alone.
+void SetWindowStyle(HWND window, LONG style);
+
+// Adds bits to the style, or to the extended style.
+void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh);
+
+// One round of the wait for a form to close: dispatches all messages, then sleeps for at most 55
+// ms, less when input or a call comes in. False when the thread is to end.
+bool WaitStep();
+
+// The platform's word on the foreground; tests put their own in its place.
+struct Foreground {
+    HWND(WINAPI* get)() = GetForegroundWindow;
+    BOOL(WINAPI* set)(HWND) = SetForegroundWindow;
+};
+Foreground& ForegroundOfThread() noexcept;
+
+} // namespace quill
