@@ -11,25 +11,29 @@ struct ListLayout {
     TwipRect label, list, button;
 };
 
-// The smallest outer size, which is also the designed one. Without an info text the list and the
-// button close up.
-constexpr TwipSize MinimumListSize(bool hasInfo)
+// Room for the info text as designed, and the most that a long one gets.
+constexpr float kInfoHeight = 840;
+constexpr float kMaximumInfoHeight = 3360;
+
+// The smallest outer size, which is also the designed one. Without an info text (height 0) the list
+// and the button close up; with one that needs more room than designed, they move down.
+constexpr TwipSize MinimumListSize(float infoHeight)
 {
-    return {4335, hasInfo ? 4920.0F : 4065.0F};
+    return {4335, infoHeight == 0 ? 4065 : 4920 + infoHeight - kInfoHeight};
 }
 
 // Places for a form of this outer size: the list takes what the window gains.
-constexpr ListLayout LayOutList(TwipSize outer, bool hasInfo)
+constexpr ListLayout LayOutList(TwipSize outer, float infoHeight)
 {
-    const TwipSize minimum = MinimumListSize(hasInfo);
+    const TwipSize minimum = MinimumListSize(infoHeight);
     const float width = outer.width < minimum.width ? minimum.width : outer.width;
     const float height = outer.height < minimum.height ? minimum.height : outer.height;
-    const float listTop = hasInfo ? 1180 : 200;
-    const float listHeight = height - (hasInfo ? 2700.0F : 1845.0F);
-    const float buttonTop = height - (hasInfo ? 1180.0F : 1205.0F);
+    const float listTop = infoHeight == 0 ? 200 : 1180 + infoHeight - kInfoHeight;
+    const float belowList = infoHeight == 0 ? 1645 : 1520; // from its lower edge to the outer one
+    const float buttonTop = height - (infoHeight == 0 ? 1205.0F : 1180.0F);
     return {{width, height},
-            {240, 140, width - 635, 840},
-            {200, listTop, width - 585, listHeight},
+            {240, 140, width - 635, infoHeight},
+            {200, listTop, width - 585, height - listTop - belowList},
             {width - 1695, buttonTop, 1200, 380}};
 }
 

@@ -1,5 +1,9 @@
 #include "dialogs/frmListBox.h"
 
+#include <algorithm>
+
+#include "gui/windowfn.h"
+
 namespace quill {
 
 namespace {
@@ -20,8 +24,7 @@ std::vector<std::wstring> NonEmptyLines(const std::wstring& text)
 } // namespace
 
 frmListBox::frmListBox(const DialogSettings& settings)
-    : DialogForm(L"QUILL List", MinimumListSize(!settings.info.empty()), kSizableStyle),
-      settings_(settings), hasInfo_(!settings.info.empty())
+    : DialogForm(L"QUILL List", MinimumListSize(kInfoHeight), kSizableStyle), settings_(settings)
 {
 }
 
@@ -38,6 +41,10 @@ std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
     const bool exists = index >= 0 && static_cast<size_t>(index) < lines_.size();
     Active().Select(exists ? static_cast<int>(index) : -1);
     Apply(settings_, title, lblText, OKButton);
+    if (!settings_.info.empty())
+        infoHeight_ = std::clamp(lblText.HeightOfText(), kInfoHeight, kMaximumInfoHeight);
+    Active().SetAccessibleName(settings_.info.empty() ? TextOf(Window()) : settings_.info);
+    PlaceAtCentre(MinimumSize());
     Show(settings_.topmost);
     WaitUntilClosed(abandoned);
     return std::move(result_);
@@ -64,7 +71,7 @@ void frmListBox::OnActivate()
 
 void frmListBox::OnResize(TwipSize outer)
 {
-    const ListLayout layout = LayOutList(outer, hasInfo_);
+    const ListLayout layout = LayOutList(outer, infoHeight_);
     lblText.Move(layout.label);
     Active().Move(layout.list);
     OKButton.Move(layout.button);
@@ -72,7 +79,7 @@ void frmListBox::OnResize(TwipSize outer)
 
 TwipSize frmListBox::MinimumSize() const
 {
-    return MinimumListSize(hasInfo_);
+    return MinimumListSize(infoHeight_);
 }
 
 } // namespace quill

@@ -24,10 +24,10 @@ private:
     ListBox& Active();
     void Accept();
 
-    static constexpr ListLayout kDesign = LayOutList(MinimumListSize(true), true);
+    static constexpr ListLayout kDesign = LayOutList(MinimumListSize(kInfoHeight), kInfoHeight);
 
     const DialogSettings& settings_;
-    const bool hasInfo_;
+    float infoHeight_ = 0; // twips; 0 without an info text
     bool multi_ = false;
     std::vector<std::wstring> lines_;
     std::wstring result_;

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include <initguid.h> // the next header declares its identifiers only
+#include <oleacc.h>
+
 #include "core/AutomationError.h"
+#include "gui/windowfn.h"
 
 namespace quill {
 
@@ -15,6 +19,30 @@ constexpr DWORD kTypingPauseMilliseconds = 1000;
 constexpr size_t kMeasuredLines = 16;
 
 constexpr UINT kFirstControlId = 100;
+
+// A device context with the control's font, to measure text.
+class MeasuringDevice {
+public:
+    explicit MeasuringDevice(const Control& control)
+        : window_(control.Window()), device_(GetDC(window_)),
+          old_(SelectObject(device_,
+                            reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0))))
+    {
+    }
+    ~MeasuringDevice()
+    {
+        SelectObject(device_, old_);
+        ReleaseDC(window_, device_);
+    }
+    MeasuringDevice(const MeasuringDevice&) = delete;
+    MeasuringDevice& operator=(const MeasuringDevice&) = delete;
+    operator HDC() const noexcept { return device_; }
+
+private:
+    HWND window_;
+    HDC device_;
+    HGDIOBJ old_;
+};
 
 } // namespace
 
@@ -45,8 +73,10 @@ void Control::Move(const TwipRect& place)
     place_ = place;
     const int left = form_.ToPixels(place.left);
     const int top = form_.ToPixels(place.top);
-    MoveWindow(window_, left, top, form_.ToPixels(place.left + place.width) - left,
-               form_.ToPixels(place.top + place.height) - top, TRUE);
+    // Drawn anew as a whole: text that wraps looks different at each width.
+    SetWindowPos(window_, nullptr, left, top, form_.ToPixels(place.left + place.width) - left,
+                 form_.ToPixels(place.top + place.height) - top,
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void Control::SetText(const std::wstring& text)
@@ -75,9 +105,29 @@ void Control::SetFont(const FontSpec& font)
     Send(WM_SETFONT, reinterpret_cast<WPARAM>(form_.FontHandle(font)), TRUE);
 }
 
+void Control::SetAccessibleName(const std::wstring& name)
+{
+    ComPtr<IAccPropServices> annotations;
+    if (SUCCEEDED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
+                                   IID_IAccPropServices,
+                                   reinterpret_cast<void**>(annotations.GetAddressOf()))))
+        annotations->SetHwndPropStr(window_, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
+                                    PROPID_ACC_NAME, name.c_str());
+}
+
 Label::Label(Form& form, const TwipRect& place, const wchar_t* text)
     : Control(form, place, WC_STATICW, text, SS_LEFT | SS_NOPREFIX)
 {
+}
+
+float Label::HeightOfText() const
+{
+    const std::wstring text = TextOf(Window());
+    RECT box{0, 0, Owner().ToPixels(Place().width), 0};
+    MeasuringDevice device(*this);
+    DrawTextW(device, text.c_str(), -1, &box,
+              DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX | DT_EXPANDTABS);
+    return Owner().ToTwips(box.bottom);
 }
 
 Button::Button(Form& form, const TwipRect& place, const wchar_t* text,
@@ -190,15 +240,12 @@ bool ListBox::FindTyped(wchar_t unit)
 // Lets the user scroll to the end of the widest line.
 void ListBox::FitScrollBar() noexcept
 {
-    const HDC device = GetDC(Window());
-    const HGDIOBJ old = SelectObject(device, reinterpret_cast<HFONT>(Send(WM_GETFONT)));
+    const MeasuringDevice device(*this);
     int widest = 0;
     for (const std::wstring& line : longest_)
         widest = std::max<int>(
             widest, LOWORD(GetTabbedTextExtentW(device, line.c_str(), static_cast<int>(line.size()),
                                                 0, nullptr)));
-    SelectObject(device, old);
-    ReleaseDC(Window(), device);
     const int margin = GetSystemMetrics(SM_CXEDGE) * 2;
     Send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin));
 }

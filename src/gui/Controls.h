@@ -18,6 +18,8 @@ public:
     void Enable(bool enabled);
     void SetVisible(bool visible);
     void Focus();
+    // What screen readers call the control, where no label says it.
+    void SetAccessibleName(const std::wstring& name);
     const FontSpec& CurrentFont() const noexcept { return font_; }
     void SetFont(const FontSpec& font);
 
@@ -28,6 +30,8 @@ protected:
 
     // A notification of the native control (the high word of WM_COMMAND).
     virtual void OnCommand(WORD) {}
+
+    const Form& Owner() const noexcept { return form_; }
 
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const noexcept
     {
@@ -47,6 +51,9 @@ private:
 class Label : public Control {
 public:
     Label(Form& form, const TwipRect& place, const wchar_t* text = L"");
+
+    // The height in twips that its text needs at its width.
+    float HeightOfText() const;
 };
 
 // A push button. The first default button of a form is the one that Enter presses.

@@ -52,8 +52,7 @@ Form::Form(const wchar_t* caption, TwipSize outer, DWORD style) : font_(kDesignF
                     nullptr, nullptr, GetModuleHandleW(nullptr), this);
     if (!window_) RaiseLastError();
     resolution_ = ResolutionOf(window_);
-    SetOuterSize(outer);
-    Centre();
+    PlaceAtCentre(outer);
 }
 
 Form::~Form()
@@ -76,34 +75,25 @@ float Form::ToTwips(int pixels) const noexcept
     return static_cast<float>(pixels) * kTwipsPerInch / static_cast<float>(resolution_);
 }
 
-RECT Form::OuterPixels() const noexcept
+TwipSize Form::OuterSize() const
 {
     RECT outer{};
     GetWindowRect(window_, &outer);
-    return outer;
-}
-
-TwipSize Form::OuterSize() const
-{
-    const RECT outer = OuterPixels();
     return {ToTwips(outer.right - outer.left), ToTwips(outer.bottom - outer.top)};
 }
 
-void Form::SetOuterSize(TwipSize outer)
-{
-    ResizeWindow(window_, ToPixels(outer.width), ToPixels(outer.height));
-}
-
-void Form::Centre()
+void Form::PlaceAtCentre(TwipSize outer)
 {
     MONITORINFO monitor{};
     monitor.cbSize = sizeof monitor;
     GetMonitorInfoW(MonitorFromWindow(GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY), &monitor);
     const RECT& area = monitor.rcWork;
-    const RECT outer = OuterPixels();
-    SetWindowPos(window_, nullptr, (area.left + area.right - (outer.right - outer.left)) / 2,
-                 (area.top + area.bottom - (outer.bottom - outer.top)) / 2, 0, 0,
-                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    const int width = ToPixels(outer.width);
+    const int height = ToPixels(outer.height);
+    // Not yet to be activated: its controls, which take the focus then, are still to come.
+    SetWindowPos(window_, nullptr, (area.left + area.right - width) / 2,
+                 (area.top + area.bottom - height) / 2, width, height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 HFONT Form::FontHandle(const FontSpec& font)

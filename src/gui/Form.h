@@ -47,8 +47,7 @@ public:
     static constexpr DWORD kDialogStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
     static constexpr DWORD kSizableStyle = kDialogStyle | WS_THICKFRAME | WS_MAXIMIZEBOX;
 
-    // `outer` is the size with frame and caption. The window is centred on the monitor where the
-    // user works.
+    // `outer` is the size with frame and caption.
     Form(const wchar_t* caption, TwipSize outer, DWORD style);
     virtual ~Form();
     Form(const Form&) = delete;
@@ -59,7 +58,6 @@ public:
 
     void SetCaption(const std::wstring& caption);
     TwipSize OuterSize() const;
-    void SetOuterSize(TwipSize outer);
 
     // The form's font; the controls that are there take it over.
     const FontSpec& CurrentFont() const noexcept { return font_; }
@@ -83,6 +81,9 @@ public:
     float ToTwips(int pixels) const noexcept;
 
 protected:
+    // Sizes the window and centres it on the monitor where the user works.
+    void PlaceAtCentre(TwipSize outer);
+
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
     // A key went down, with key preview on.
@@ -107,8 +108,6 @@ private:
     void Notify(HWND control, WORD code);
     void LimitSize(MINMAXINFO& limits) const;
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
-    void Centre();
-    RECT OuterPixels() const noexcept;
     HFONT FontHandle(const FontSpec& font);
 
     HWND window_ = nullptr;

@@ -30,6 +30,9 @@ void SetWindowStyle(HWND window, LONG style);
 // Adds bits to the style, or to the extended style.
 void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh);
 
+// The caption of a window, the text of a control.
+std::wstring TextOf(HWND window);
+
 // One round of the wait for a form to close: dispatches all messages, then sleeps for at most 55
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
