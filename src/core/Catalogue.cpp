@@ -11,6 +11,7 @@ namespace {
 const CatalogueRow kRows[] = {
     {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
+    {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
 };
 
 } // namespace

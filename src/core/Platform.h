@@ -5,6 +5,7 @@
 
 #include <commctrl.h>
 #include <ocidl.h>
+#include <olectl.h>
 #include <shellapi.h>
 #include <shlwapi.h>
 #include <wrl/client.h>

@@ -87,7 +87,7 @@ public:
 
 private:
     static LRESULT CALLBACK Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                     UINT_PTR id, DWORD_PTR self) noexcept;
+                                     UINT_PTR owner, DWORD_PTR reference) noexcept;
     void OnCommand(WORD code) override;
     bool FindTyped(wchar_t unit);
     void FitScrollBar() noexcept;
