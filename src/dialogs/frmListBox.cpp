@@ -28,6 +28,7 @@ std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
     Apply(settings_, title, lblText, OKButton);
     if (!settings_.info.empty())
         infoHeight_ = std::clamp(lblText.HeightOfText(), kInfoHeight, kMaximumInfoHeight);
+    buttonWidth_ = std::clamp(OKButton.WidthOfText(), kButtonWidth, MinimumSize().width - 900);
     Active().SetAccessibleName(settings_.info.empty() ? TextOf(Window()) : settings_.info);
     PlaceAtCentre(MinimumSize());
     Show(settings_.topmost);
@@ -56,7 +57,7 @@ void frmListBox::OnActivate()
 
 void frmListBox::OnResize(TwipSize outer)
 {
-    const ListLayout layout = LayOutList(outer, infoHeight_);
+    const ListLayout layout = LayOutList(outer, infoHeight_, buttonWidth_);
     lblText.Move(layout.label);
     Active().Move(layout.list);
     OKButton.Move(layout.button);

@@ -139,6 +139,13 @@ Button::Button(Form& form, const TwipRect& place, const wchar_t* text,
 {
 }
 
+float Button::WidthOfText() const
+{
+    SIZE ideal{};
+    Send(BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal));
+    return Owner().ToTwips(ideal.cx) + 240;
+}
+
 void Button::OnCommand(WORD code)
 {
     if (code == BN_CLICKED) onClick_();

@@ -64,6 +64,9 @@ public:
     Button(Form& form, const TwipRect& place, const wchar_t* text, std::function<void()> onClick,
            Kind kind = Kind::Plain);
 
+    // The width in twips that its caption needs, with room at both ends.
+    float WidthOfText() const;
+
 private:
     void OnCommand(WORD code) override;
 

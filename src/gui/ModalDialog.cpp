@@ -1,6 +1,7 @@
 #include "gui/ModalDialog.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "gui/TimerFn.h"
 #include "gui/windowfn.h"
@@ -66,7 +67,12 @@ void ModalDialog::Look() noexcept
         inFront_ = true;
         BringToFront(dialog, false);
     }
-    if (abandoned_()) EndDialog(dialog, IDCANCEL);
+    if (!abandoned_()) return;
+    // Cancelled as a user would; one that cannot be cancelled is ended.
+    if (std::exchange(asked_, true))
+        EndDialog(dialog, IDCANCEL);
+    else
+        PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
 }
 
 HWND ModalDialog::FindDialog() const noexcept

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
-#include "gui/modPushParamThunk.h"
+#include "core/Platform.h"
 
 namespace quill {
 
@@ -25,6 +26,7 @@ private:
 
     std::function<bool()> abandoned_;
     bool inFront_;
+    bool asked_ = false; // to end, and given time for it
     ModalDialog* outer_; // of a dialog that this one is nested in
     UINT_PTR timer_;
     std::vector<HWND> earlier_; // dialogs that were there before
