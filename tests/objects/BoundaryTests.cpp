@@ -169,13 +169,16 @@ TEST(ApartmentPool, UsesAnEmptyApartmentAgain)
 
 TEST(ApartmentPool, PassesTheFailureOfACreationOn)
 {
-    ApartmentPool pool;
-    ComPtr<IDispatch> object;
-    EXPECT_EQ(pool.Create({CLSID_Profile, L"", Home::Pool, CreateNothing}, IID_IDispatch, &object),
-              E_OUTOFMEMORY);
-    EXPECT_FALSE(object);
-    EXPECT_EQ(pool.Create(kProbe, IID_IStream, &object), E_NOINTERFACE);
-    EXPECT_FALSE(object);
+    {
+        ApartmentPool pool;
+        ComPtr<IDispatch> object;
+        EXPECT_EQ(
+            pool.Create({CLSID_Profile, L"", Home::Pool, CreateNothing}, IID_IDispatch, &object),
+            E_OUTOFMEMORY);
+        EXPECT_FALSE(object);
+        EXPECT_EQ(pool.Create(kProbe, IID_IStream, &object), E_NOINTERFACE);
+        EXPECT_FALSE(object);
+    }
     EXPECT_EQ(Probe::alive, 0);
 }
 
