@@ -3,7 +3,7 @@
 
 #include <map>
 #include <set>
-#include <sstream>
+#include <string>
 
 #include "core/Catalogue.h"
 #include "core/TypeLibrary.h"
@@ -33,6 +33,13 @@ _List
   6 Info BSTR get put
   7 Topmost BOOL get put
   8 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) BSTR
+_Clock
+  1 SetTimer(milliseconds I4) BOOL
+  2 RemoveTimer()
+  3 Running BOOL get
+  4 Wait([timeout I4 = -1]) BOOL
+__Clock
+  1 Buzz()
 )";
 
 // Published classes that scripts get from other objects only.
@@ -130,9 +137,7 @@ std::string Describe(ITypeInfo* info)
     std::string lines = NameOf(info) + '\n';
     MEMBERID last = MEMBERID_NIL;
     ForEachFunction(info, [&](const FUNCDESC& function) {
-        std::string access = " method";
-        if (function.invkind == INVOKE_PROPERTYGET) access = " get";
-        if (function.invkind == INVOKE_PROPERTYPUT) access = " put";
+        const char* access = function.invkind == INVOKE_PROPERTYGET ? " get" : " put";
         if (function.memid == last && function.invkind != INVOKE_FUNC) {
             lines.insert(lines.size() - 1, access);
             return;
@@ -141,10 +146,10 @@ std::string Describe(ITypeInfo* info)
         BSTR name = nullptr;
         UINT count = 0;
         Check(info->GetNames(function.memid, &name, 1, &count));
-        std::ostringstream line;
-        line << "  " << function.memid << ' ' << Text(name) << Parameters(info, function) << ' '
-             << TypeName(info, function.elemdescFunc.tdesc);
-        lines += line.str() + (function.invkind == INVOKE_FUNC ? "" : access) + '\n';
+        const std::string type = TypeName(info, function.elemdescFunc.tdesc);
+        lines += "  " + std::to_string(function.memid) + ' ' + Text(name) +
+                 Parameters(info, function) + (type.empty() ? "" : ' ' + type) +
+                 (function.invkind == INVOKE_FUNC ? "" : access) + '\n';
     });
     return lines;
 }

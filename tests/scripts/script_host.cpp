@@ -10,7 +10,8 @@
 //     host.Answer caption, controlClass, text, action
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
-//                                     Actions: click, double x y, close, keys a{DOWN}^a{ENTER}
+//                                     Actions: click, double x y, close, move x y, wait, or
+//                                     keys and what to type: keys a{DOWN}^a{ENTER}
 //     host.Answered                   waits for the robot; True when all went well
 //     host.Listen object              hears the object's events from now on
 //     host.Pump milliseconds          waits for the next event; False when none came
@@ -330,9 +331,11 @@ private:
                 desk.DoubleClickAt(control, point);
             else if (action == L"close")
                 desk.Close(GetAncestor(control, GA_ROOT));
+            else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2)
+                desk.Move(GetAncestor(control, GA_ROOT), point);
             else if (action.starts_with(L"keys "))
                 PressKeys(desk, std::wstring_view(action).substr(5));
-            else
+            else if (action != L"wait")
                 throw std::runtime_error("unknown action " + Narrow(action));
         });
         return {};

@@ -261,6 +261,12 @@ void Desk::Place(HWND window, const RECT& rectangle)
                  rectangle.bottom - rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+void Desk::Move(HWND window, POINT corner)
+{
+    SetWindowPos(window, nullptr, corner.x, corner.y, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 std::wstring Desk::TextOf(HWND window)
 {
     std::wstring text(32768, L'\0');

@@ -56,6 +56,7 @@ public:
     void Post(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
     void Close(HWND window);                        // by its close box
     void Place(HWND window, const RECT& rectangle); // in screen pixels
+    void Move(HWND window, POINT corner);           // its upper left corner, likewise
 
     // What a control shows, of any process.
     static std::wstring TextOf(HWND window);
