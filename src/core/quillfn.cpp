@@ -13,7 +13,9 @@ std::wstring HomeFolder()
     const auto separator = program.find_last_of(L'\\');
     if (separator != std::wstring::npos) return program.substr(0, separator);
     wchar_t folder[MAX_PATH];
-    return {folder, GetCurrentDirectoryW(MAX_PATH, folder)};
+    const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder);
+    if (length >= MAX_PATH) return {}; // it did not fit, and this is the room that it needs
+    return {folder, length};
 }
 
 // The text in the system's ANSI code page; characters that it lacks become question marks.
