@@ -16,14 +16,6 @@ namespace {
 // letters: dispatch id, name, parameters with types and defaults, result. Properties have the
 // accesses that they offer behind their type.
 constexpr char kContract[] = R"(
-_Profile
-  1 ErrorLevel I2 get put
-  2 File BSTR get put
-  3 GetValue(section BSTR, key BSTR) BSTR
-  4 GetSection(section BSTR, [cvt BOOL = True]) BSTR
-  5 GetSectionNames([cvt BOOL = True]) BSTR
-  6 SetValue(section BSTR, key BSTR, entry BSTR) BOOL
-  7 SetSection(section BSTR, entries BSTR, [cvt BOOL = True]) BOOL
 _List
   1 MultiSel BOOL get put
   2 ButtonText BSTR get put
@@ -33,6 +25,63 @@ _List
   6 Info BSTR get put
   7 Topmost BOOL get put
   8 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) BSTR
+_Profile
+  1 ErrorLevel I2 get put
+  2 File BSTR get put
+  3 GetValue(section BSTR, key BSTR) BSTR
+  4 GetSection(section BSTR, [cvt BOOL = True]) BSTR
+  5 GetSectionNames([cvt BOOL = True]) BSTR
+  6 SetValue(section BSTR, key BSTR, entry BSTR) BOOL
+  7 SetSection(section BSTR, entries BSTR, [cvt BOOL = True]) BOOL
+_FileSelection
+  1 Directory BSTR get put
+  2 DlgTitle BSTR get put
+  3 FileName BSTR get put
+  4 FileExtension BSTR get put
+  5 Filter BSTR get put
+  6 FileNumber I4 get put
+  7 Convert BOOL get put
+  8 ErrorLevel I2 get put
+  9 ErrorCode I4 get
+  10 Dialog(mode I2) I4
+  11 SetFilter(f VARIANT*)
+_MessageBox
+  1 Buttons I4 get put
+  2 DefButton I4 get put
+  3 Icon I4 get put
+  4 IconResFile BSTR get put
+  5 IconResID BSTR get put
+  6 Language I4 get put
+  7 Options I4 get put
+  8 Precedence BOOL get put
+  9 Text BSTR get put
+  10 Title BSTR get put
+  11 Show([msg BSTR = ""], [style I4 = -1], [Title BSTR = ""]) I2
+_TaskDialog
+  1 Buttons I4 get put
+  2 ErrorCode I4 get
+  3 Icon I4 get put
+  4 IconResFile BSTR get put
+  5 IconResID BSTR get put
+  6 Text BSTR get put
+  7 SubText BSTR get put
+  8 Title BSTR get put
+  9 CustomButtons VARIANT get put
+  10 CustomButtonStyle I4 get put
+  11 DefaultButton I4 get put
+  12 ExpandText BSTR get put
+  13 ExpandLabelCo BSTR get put
+  14 ExpandLabelEx BSTR get put
+  15 FooterIcon I4 get put
+  16 FooterIconResID BSTR get put
+  17 FooterText BSTR get put
+  18 Options I4 get put
+  19 RadioButtons VARIANT get put
+  20 RadioButtonSelected I4 get put
+  21 VerificationLabel BSTR get put
+  22 VerificationChecked BOOL get put
+  23 Show([prompt BSTR = ""], [Buttons I4 = -1], [Title BSTR = ""]) I2
+  24 ShowEx() I2
 _Clock
   1 SetTimer(milliseconds I4) BOOL
   2 RemoveTimer()
