@@ -46,7 +46,11 @@ private:
         if (action == L"raise") Raise(ErrorNumber(0x80040335), L"Quill.Other", detail);
         if (action == L"overflow") RaiseRuntimeError(RuntimeError::Overflow);
         if (action == L"platform") Check(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
-        if (action == L"release") Release(); // as a client does whose last reference goes meanwhile
+        if (action == L"release") { // as a client does whose last reference goes meanwhile
+            const int before = alive;
+            Release();
+            return alive == before ? L"here" : L"gone";
+        }
         if (action == L"thread") return std::to_wstring(GetCurrentThreadId());
         if (action == L"program") return ThisApartment().programPath;
         return file_ + detail;
@@ -91,6 +95,18 @@ TEST(Boundary, TurnsExceptionsIntoErrorsOfScripts)
     EXPECT_EQ(ErrorOf([&] { probe.Call(L"NoSuchMember"); }).number, 0x80020006u);
 }
 
+TEST(Boundary, WhatAnEarlierErrorLeftDoesNotExplainALaterOne)
+{
+    ComPtr<_Profile> early;
+    ScriptObject late(CreateProbe());
+    ASSERT_HRESULT_SUCCEEDED(late.Dispatch()->QueryInterface(IID_PPV_ARGS(&early)));
+    BSTR result = nullptr;
+    EXPECT_EQ(early->GetValue(MakeBstr(L"raise").get(), MakeBstr(L"stale").get(), &result),
+              ErrorNumber(0x80040335)); // and nobody fetches the error information
+    EXPECT_EQ(ErrorOf([&] { late.Call(L"GetValue", L"memory", L""); }),
+              (ScriptError{0x8007000E, L"", L""}));
+}
+
 TEST(Boundary, ChecksAndInitialisesWhereResultsGo)
 {
     ComPtr<_Profile> probe;
@@ -113,9 +129,8 @@ TEST(Boundary, ObjectsOutliveTheCallThatTheirClientLeaves)
     ASSERT_HRESULT_SUCCEEDED(ComPtr<IDispatch>(CreateProbe()).As(&probe));
     const int alive = Probe::alive;
     BSTR result = nullptr;
-    EXPECT_EQ(probe.Detach()->GetValue(MakeBstr(L"release").get(), MakeBstr(L"x").get(), &result),
-              S_OK);
-    EXPECT_STREQ(Bstr(result).get(), L"x");
+    EXPECT_EQ(probe.Detach()->GetValue(MakeBstr(L"release").get(), nullptr, &result), S_OK);
+    EXPECT_STREQ(Bstr(result).get(), L"here");
     EXPECT_EQ(Probe::alive, alive - 1);
 }
 

@@ -1,8 +1,6 @@
 // Conversions, automation values and the message pump.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "core/Conversions.h"
 #include "core/MessagePump.h"
 
@@ -70,27 +68,24 @@ TEST(Variants, AreFollowedThroughReferences)
 TEST(MessagePump, PutsQuitBackForTheLoopOutside)
 {
     PostQuitMessage(42);
-    EXPECT_FALSE(WaitForMessages(0));
-    EXPECT_FALSE(DispatchPending());
+    ASSERT_FALSE(WaitForMessages(0));
+    ASSERT_FALSE(DispatchPending());
     EXPECT_EQ(RunMessageLoop(), 42);
     EXPECT_TRUE(DispatchPending());
 }
 
 TEST(MessagePump, WaitEndsWithTheFirstMessage)
 {
-    const DWORD thread = GetCurrentThreadId();
-    DispatchPending();
-    std::thread poster([thread] { PostThreadMessageW(thread, WM_APP, 0, 0); });
+    static int seen = 0;
+    SetMessagePreview([](MSG& message) { return message.message == WM_TIMER && ++seen; });
+    const UINT_PTR timer = SetTimer(nullptr, 0, 50, nullptr);
     const ULONGLONG begin = GetTickCount64();
     EXPECT_TRUE(WaitForMessages(10'000));
     EXPECT_LT(GetTickCount64() - begin, 5'000u);
-    poster.join();
-
-    static int seen = 0;
-    SetMessagePreview([](MSG& message) { return message.message == WM_APP && ++seen; });
     DispatchPending();
+    KillTimer(nullptr, timer);
     SetMessagePreview(nullptr);
-    EXPECT_EQ(seen, 1);
+    EXPECT_GE(seen, 1);
 }
 
 TEST(FindSystemFunction, IsNullForWhatThisWindowsLacks)
