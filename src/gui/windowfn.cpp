@@ -49,7 +49,7 @@ void FlashCaption(HWND window, long count)
         flash.dwFlags = FLASHW_ALL;
         flash.uCount = static_cast<UINT>(count);
     }
-    FlashWindowEx(&flash);
+    ForegroundOfThread().flash(&flash);
 }
 
 void RefreshFrame(HWND window)

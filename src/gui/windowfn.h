@@ -2,6 +2,8 @@
 // Results of the platform calls are not checked unless said.
 #pragma once
 
+#include <functional>
+
 #include "core/Platform.h"
 
 namespace quill {
@@ -40,10 +42,12 @@ std::wstring TextOf(HWND window);
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
 
-// The platform's word on the foreground; tests put their own in its place.
+// The platform's word on the foreground, and its way to ask for attention; tests put their own in
+// its place.
 struct Foreground {
-    HWND(WINAPI* get)() = GetForegroundWindow;
-    BOOL(WINAPI* set)(HWND) = SetForegroundWindow;
+    std::function<HWND()> get = GetForegroundWindow;
+    std::function<BOOL(HWND)> set = SetForegroundWindow;
+    std::function<BOOL(FLASHWINFO*)> flash = FlashWindowEx;
 };
 Foreground& ForegroundOfThread() noexcept;
 

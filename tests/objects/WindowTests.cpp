@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include "core/AutomationError.h"
+#include "gui/Controls.h"
+#include "gui/guifn.h"
+#include "gui/windowfn.h"
+#include "support/Robot.h"
+
+namespace quill::test {
+namespace {
+
+class BareForm : public Form {
+public:
+    BareForm() : Form(L"A bare form", {3000, 1500}, kDialogStyle) {}
+    Button OKButton{
+        *this, {100, 100, 1000, 380}, L"OK", [this] { onClick(); }, Button::Kind::Default};
+    std::function<void()> onClick = [this] { Unload(); };
+};
+
+bool IsTopmost(HWND window)
+{
+    return GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST;
+}
+
+// Stands for what the platform answers; Wine always grants the foreground.
+class ForegroundTest : public testing::Test {
+protected:
+    ForegroundTest()
+    {
+        flashes_.clear();
+        ForegroundOfThread().flash = [](FLASHWINFO* info) {
+            flashes_.push_back(*info);
+            return TRUE;
+        };
+        ForegroundOfThread().get = [] { return GetDesktopWindow(); };
+    }
+    ~ForegroundTest() override { ForegroundOfThread() = Foreground(); }
+
+    static inline std::vector<FLASHWINFO> flashes_;
+    BareForm form_;
+};
+
+TEST_F(ForegroundTest, AGrantedForegroundPlacesTheWindow)
+{
+    ForegroundOfThread().set = [](HWND) { return TRUE; };
+    form_.Show(true);
+    EXPECT_TRUE(IsTopmost(form_.Window()));
+    EXPECT_TRUE(flashes_.empty());
+}
+
+TEST_F(ForegroundTest, ARefusedForegroundFlashes)
+{
+    ForegroundOfThread().set = [](HWND) { return FALSE; };
+    form_.Show(true);
+    EXPECT_FALSE(IsTopmost(form_.Window()));
+    ASSERT_EQ(flashes_.size(), 1U);
+    EXPECT_EQ(flashes_[0].hwnd, form_.Window());
+    EXPECT_EQ(flashes_[0].dwFlags, DWORD{FLASHW_ALL | FLASHW_TIMERNOFG});
+}
+
+TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
+{
+    const HWND front = form_.Window();
+    ForegroundOfThread().get = [front] { return front; };
+    BringToFront(front, true);
+    EXPECT_FALSE(IsTopmost(front));
+    EXPECT_FALSE(IsWindowVisible(front));
+}
+
+TEST_F(ForegroundTest, FlashesByCount)
+{
+    for (const auto& [count, flags, times] : {std::tuple{10L, DWORD{15}, 0U},
+                                              {9L, DWORD{3}, 9U},
+                                              {1L, DWORD{3}, 1U},
+                                              {0L, DWORD{0}, 0U},
+                                              {-5L, DWORD{0}, 0U}}) {
+        FlashCaption(form_.Window(), count);
+        EXPECT_EQ(flashes_.back().dwFlags, flags) << count;
+        EXPECT_EQ(flashes_.back().uCount, times) << count;
+        EXPECT_EQ(flashes_.back().dwTimeout, 0U);
+    }
+}
+
+TEST(Windowfn, ChangesStylesAndSizes)
+{
+    BareForm form;
+    SetTopmost(form.Window(), true);
+    EXPECT_TRUE(IsTopmost(form.Window()));
+    SetTopmost(form.Window(), false);
+    EXPECT_FALSE(IsTopmost(form.Window()));
+
+    AddWindowStyle(form.Window(), WS_EX_TOOLWINDOW, true, true);
+    EXPECT_TRUE(GetWindowLongW(form.Window(), GWL_EXSTYLE) & WS_EX_TOOLWINDOW);
+    AddWindowStyle(form.Window(), WS_VSCROLL, false, true);
+    EXPECT_TRUE(GetWindowLongW(form.Window(), GWL_STYLE) & WS_VSCROLL);
+    SetWindowStyle(form.Window(), WS_POPUP);
+    EXPECT_EQ(GetWindowLongW(form.Window(), GWL_STYLE) & (WS_CAPTION | WS_VSCROLL), 0);
+
+    ResizeWindow(form.Window(), 321, 123);
+    RECT place{};
+    GetWindowRect(form.Window(), &place);
+    EXPECT_EQ(place.right - place.left, 321);
+    EXPECT_EQ(place.bottom - place.top, 123);
+}
+
+TEST(Form, WhatAHandlerThrowsReachesTheOneWhoWaits)
+{
+    BareForm form;
+    form.onClick = [] { RaiseRuntimeError(RuntimeError::Overflow); };
+    Robot robot([](Desk& desk) { desk.Click(desk.Control(L"A bare form", L"Button")); });
+    form.Show(false);
+    EXPECT_THROW(form.WaitUntilClosed([] { return false; }), AutomationError);
+    EXPECT_TRUE(form.Closed());
+}
+
+// A thread that is to end ends its waits, and the message is still there for the loop outside.
+TEST(Form, TheEndOfTheThreadClosesIt)
+{
+    BareForm form;
+    form.Show(false);
+    PostQuitMessage(7);
+    form.WaitUntilClosed([] { return false; });
+    EXPECT_TRUE(form.Closed());
+    MSG message{};
+    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+    EXPECT_EQ(message.wParam, 7U);
+}
+
+} // namespace
+} // namespace quill::test
