@@ -11,7 +11,10 @@ constexpr const wchar_t* RuntimeErrorText(RuntimeError error)
     switch (error) {
     case RuntimeError::InvalidCall: return L"Invalid procedure call or argument";
     case RuntimeError::Overflow: return L"Overflow";
+    case RuntimeError::SubscriptOutOfRange: return L"Subscript out of range";
     case RuntimeError::TypeMismatch: return L"Type mismatch";
+    case RuntimeError::InvalidUseOfNull: return L"Invalid use of Null";
+    case RuntimeError::EntryPointNotFound: return L"Specified DLL function not found";
     }
     return L"";
 }
@@ -48,6 +51,12 @@ void RaiseRuntimeError(RuntimeError error)
     const auto number =
         MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, static_cast<unsigned>(error));
     throw AutomationError{number, {}, RuntimeErrorText(error)};
+}
+
+LONG NumberOf(const AutomationError& error) noexcept
+{
+    return HRESULT_FACILITY(error.number) == FACILITY_CONTROL ? HRESULT_CODE(error.number)
+                                                              : error.number;
 }
 
 void Check(HRESULT result)

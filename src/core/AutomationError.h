@@ -37,17 +37,26 @@ inline constexpr ErrorEntry kValueTooLong{ErrorNumber(0x80040341), L"Quill.Profi
                                           L"Key value length is beyond maximum (0x2000)."};
 inline constexpr ErrorEntry kSectionTooLong{ErrorNumber(0x80040341), L"Quill.Profile",
                                             L"Section entries beyond maximum (0x8000)."};
+inline constexpr ErrorEntry kInvalidDialogMode{ErrorNumber(0x80040353), L"Quill.FileSelection",
+                                               L"Mode parameter: Invalid argument."};
 } // namespace error
 
 // Classic run-time errors of scripting languages. `Err.Number` reads these very numbers.
 enum class RuntimeError : unsigned {
     InvalidCall = 5,
     Overflow = 6,
+    SubscriptOutOfRange = 9,
     TypeMismatch = 13,
+    InvalidUseOfNull = 94,
+    EntryPointNotFound = 453,
 };
 
 // Raises a run-time error of the language, with its classic text.
 [[noreturn]] void RaiseRuntimeError(RuntimeError error);
+
+// The number that a property shows for this error: a run-time error's classic one, else the
+// HRESULT.
+LONG NumberOf(const AutomationError& error) noexcept;
 
 // Turns a failing HRESULT of the platform into an error with the platform's own text.
 void Check(HRESULT result);

@@ -48,6 +48,7 @@ struct Argument<VARIANT*> {
         if (!value) throw AutomationError{E_POINTER, {}, {}};
         return *value;
     }
+    operator Variant() const { return Variant::Dereferenced(operator VARIANT&()); }
 };
 
 // A result on its way out. The destination has been initialised before.
@@ -67,9 +68,14 @@ inline void Return(BSTR* out, const std::wstring& value)
     *out = MakeBstr(value).release();
 }
 
-inline void Return(VARIANT* out, Variant value)
+inline void Return(VARIANT* out, Variant&& value)
 {
     *out = value.Detach();
+}
+
+inline void Return(VARIANT* out, const VARIANT& value)
+{
+    Return(out, Variant::Dereferenced(value));
 }
 
 template <class Interface>
@@ -97,6 +103,16 @@ struct Within {
     static T Apply(T old, T value)
     {
         return Low <= value && value <= High ? value : old;
+    }
+};
+
+// Keeps these bits only.
+template <auto Mask>
+struct Masked {
+    template <class T>
+    static T Apply(T, T value)
+    {
+        return value & static_cast<T>(Mask);
     }
 };
 

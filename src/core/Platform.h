@@ -3,8 +3,15 @@
 
 #include <windows.h>
 
+// Two published names are taken by the platform: one by a macro, one by a function, which is looked
+// up by name where it is used.
+#undef MessageBox
+#define TaskDialog PlatformTaskDialog
 #include <commctrl.h>
+#undef TaskDialog
+
 #include <ocidl.h>
+#include <olectl.h>
 #include <shellapi.h>
 #include <shlwapi.h>
 #include <wrl/client.h>

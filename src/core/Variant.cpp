@@ -1,5 +1,6 @@
 #include "core/Variant.h"
 
+#include <algorithm>
 #include <new>
 
 namespace quill {
@@ -53,6 +54,69 @@ Variant Variant::Dereferenced(const VARIANT& value)
     Variant copy;
     Check(VariantCopyInd(&copy, const_cast<VARIANT*>(&value)));
     return copy;
+}
+
+namespace {
+
+void CheckConversion(HRESULT result)
+{
+    if (result == E_OUTOFMEMORY) throw std::bad_alloc();
+    if (result == DISP_E_OVERFLOW) RaiseRuntimeError(RuntimeError::Overflow);
+    if (FAILED(result)) RaiseRuntimeError(RuntimeError::TypeMismatch);
+}
+
+// Where an element of this type is to be put inside a Variant.
+void* Room(VARIANT& value, VARTYPE type) noexcept
+{
+    if (type == VT_VARIANT) return &value;
+    if (type == VT_DECIMAL) return &V_DECIMAL(&value);
+    return &V_UI1(&value);
+}
+
+} // namespace
+
+std::wstring ToText(const VARIANT& value)
+{
+    Variant text = Variant::Dereferenced(value);
+    if (V_VT(&text) == VT_NULL) RaiseRuntimeError(RuntimeError::InvalidUseOfNull);
+    CheckConversion(VariantChangeType(&text, &text, VARIANT_ALPHABOOL, VT_BSTR));
+    return {V_BSTR(&text) ? V_BSTR(&text) : L"", SysStringLen(V_BSTR(&text))};
+}
+
+LONG ToLong(const std::wstring& text)
+{
+    LONG number = 0;
+    CheckConversion(
+        VarI4FromStr(const_cast<wchar_t*>(text.c_str()), LOCALE_USER_DEFAULT, 0, &number));
+    return number;
+}
+
+const SAFEARRAY* ArrayOf(const VARIANT& value) noexcept
+{
+    if (V_VT(&value) == (VT_BYREF | VT_VARIANT))
+        return V_VARIANTREF(&value) ? ArrayOf(*V_VARIANTREF(&value)) : nullptr;
+    if (!V_ISARRAY(&value)) return nullptr;
+    if (!V_ISBYREF(&value)) return V_ARRAY(&value);
+    return V_ARRAYREF(&value) ? *V_ARRAYREF(&value) : nullptr;
+}
+
+std::vector<Variant> ElementsOf(const SAFEARRAY& array, size_t limit)
+{
+    if (array.cDims != 1) RaiseRuntimeError(RuntimeError::SubscriptOutOfRange);
+    auto* elements = const_cast<SAFEARRAY*>(&array); // only read
+    VARTYPE type = VT_EMPTY;
+    CheckConversion(SafeArrayGetVartype(elements, &type));
+    if (type == VT_RECORD) RaiseRuntimeError(RuntimeError::TypeMismatch);
+
+    const SAFEARRAYBOUND& bound = array.rgsabound[0];
+    std::vector<Variant> values(std::min<size_t>(bound.cElements, limit));
+    LONG index = bound.lLbound;
+    for (Variant& value : values) {
+        CheckConversion(SafeArrayGetElement(elements, &index, Room(value, type)));
+        if (type != VT_VARIANT) V_VT(&value) = type;
+        ++index;
+    }
+    return values;
 }
 
 } // namespace quill

@@ -1,6 +1,8 @@
 // Owners of automation values.
 #pragma once
 
+#include <vector>
+
 #include "core/AutomationError.h"
 
 namespace quill {
@@ -38,5 +40,16 @@ public:
         return value;
     }
 };
+
+// Conversions as the languages do them; what cannot be converted raises their run-time errors.
+std::wstring ToText(const VARIANT& value);
+LONG ToLong(const std::wstring& text);
+
+// The array inside a Variant, through all references; null where there is none.
+const SAFEARRAY* ArrayOf(const VARIANT& value) noexcept;
+
+// The first elements, at most `limit`, of a one-dimensional array of any type and lower bound.
+// Raises "subscript out of range" for more dimensions.
+std::vector<Variant> ElementsOf(const SAFEARRAY& array, size_t limit);
 
 } // namespace quill

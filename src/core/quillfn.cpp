@@ -6,16 +6,6 @@ namespace quill {
 
 namespace {
 
-// The array inside a Variant, through both kinds of reference; null where there is none.
-const SAFEARRAY* ArrayOf(const VARIANT& value) noexcept
-{
-    if (V_VT(&value) == (VT_BYREF | VT_VARIANT))
-        return V_VARIANTREF(&value) ? ArrayOf(*V_VARIANTREF(&value)) : nullptr;
-    if (!V_ISARRAY(&value)) return nullptr;
-    if (!V_ISBYREF(&value)) return V_ARRAY(&value);
-    return V_ARRAYREF(&value) ? *V_ARRAYREF(&value) : nullptr;
-}
-
 // Where bare file names are looked for: beside the program, else in the current directory.
 std::wstring HomeFolder()
 {
@@ -23,7 +13,9 @@ std::wstring HomeFolder()
     const auto separator = program.find_last_of(L'\\');
     if (separator != std::wstring::npos) return program.substr(0, separator);
     wchar_t folder[MAX_PATH];
-    return {folder, GetCurrentDirectoryW(MAX_PATH, folder)};
+    const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder);
+    if (length >= MAX_PATH) return {}; // it did not fit, and this is the room that it needs
+    return {folder, length};
 }
 
 // The text in the system's ANSI code page; characters that it lacks become question marks.

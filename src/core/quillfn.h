@@ -1,7 +1,7 @@
 // Shared routines that several classes use.
 #pragma once
 
-#include "core/AutomationError.h"
+#include "core/Variant.h"
 
 namespace quill {
 

@@ -1,13 +1,13 @@
 #include "dialogs/Dialog.h"
 
 #include "gui/guifn.h"
+#include "gui/windowfn.h"
 
 namespace quill {
 
 namespace {
 
-// Longer texts are cut, in UTF-16 units.
-constexpr size_t kTitleLimit = 256;
+// Longer captions are cut, in UTF-16 units.
 constexpr size_t kButtonTextLimit = 32;
 
 } // namespace

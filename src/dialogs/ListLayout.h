@@ -15,6 +15,9 @@ struct ListLayout {
 constexpr float kInfoHeight = 840;
 constexpr float kMaximumInfoHeight = 3360;
 
+// The OK button as designed; a long caption makes it wider, to the left.
+constexpr float kButtonWidth = 1200;
+
 // The smallest outer size, which is also the designed one. Without an info text (height 0) the list
 // and the button close up; with one that needs more room than designed, they move down.
 constexpr TwipSize MinimumListSize(float infoHeight)
@@ -23,7 +26,7 @@ constexpr TwipSize MinimumListSize(float infoHeight)
 }
 
 // Places for a form of this outer size: the list takes what the window gains.
-constexpr ListLayout LayOutList(TwipSize outer, float infoHeight)
+constexpr ListLayout LayOutList(TwipSize outer, float infoHeight, float buttonWidth = kButtonWidth)
 {
     const TwipSize minimum = MinimumListSize(infoHeight);
     const float width = outer.width < minimum.width ? minimum.width : outer.width;
@@ -34,7 +37,7 @@ constexpr ListLayout LayOutList(TwipSize outer, float infoHeight)
     return {{width, height},
             {240, 140, width - 635, infoHeight},
             {200, listTop, width - 585, height - listTop - belowList},
-            {width - 1695, buttonTop, 1200, 380}};
+            {width - 495 - buttonWidth, buttonTop, buttonWidth, 380}};
 }
 
 } // namespace quill

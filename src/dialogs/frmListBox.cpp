@@ -2,26 +2,10 @@
 
 #include <algorithm>
 
+#include "core/Text.h"
 #include "gui/windowfn.h"
 
 namespace quill {
-
-namespace {
-
-constexpr std::wstring_view kLineBreak = L"\r\n";
-
-std::vector<std::wstring> NonEmptyLines(const std::wstring& text)
-{
-    std::vector<std::wstring> lines;
-    for (size_t begin = 0; begin < text.size();) {
-        const size_t end = std::min(text.find(kLineBreak, begin), text.size());
-        if (end > begin) lines.emplace_back(text, begin, end - begin);
-        begin = end + kLineBreak.size();
-    }
-    return lines;
-}
-
-} // namespace
 
 frmListBox::frmListBox(const DialogSettings& settings)
     : DialogForm(L"QUILL List", MinimumListSize(kInfoHeight), kSizableStyle), settings_(settings)
@@ -36,13 +20,15 @@ std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
         list->Enable(list == &Active());
         list->SetVisible(list == &Active());
     }
-    lines_ = NonEmptyLines(items);
+    lines_ = SplitLines(items);
+    std::erase_if(lines_, [](const std::wstring& line) { return line.empty(); });
     Active().Fill(lines_);
     const bool exists = index >= 0 && static_cast<size_t>(index) < lines_.size();
     Active().Select(exists ? static_cast<int>(index) : -1);
     Apply(settings_, title, lblText, OKButton);
     if (!settings_.info.empty())
         infoHeight_ = std::clamp(lblText.HeightOfText(), kInfoHeight, kMaximumInfoHeight);
+    buttonWidth_ = std::clamp(OKButton.WidthOfText(), kButtonWidth, MinimumSize().width - 900);
     Active().SetAccessibleName(settings_.info.empty() ? TextOf(Window()) : settings_.info);
     PlaceAtCentre(MinimumSize());
     Show(settings_.topmost);
@@ -71,7 +57,7 @@ void frmListBox::OnActivate()
 
 void frmListBox::OnResize(TwipSize outer)
 {
-    const ListLayout layout = LayOutList(outer, infoHeight_);
+    const ListLayout layout = LayOutList(outer, infoHeight_, buttonWidth_);
     lblText.Move(layout.label);
     Active().Move(layout.list);
     OKButton.Move(layout.button);

@@ -28,6 +28,7 @@ private:
 
     const DialogSettings& settings_;
     float infoHeight_ = 0; // twips; 0 without an info text
+    float buttonWidth_ = kButtonWidth;
     bool multi_ = false;
     std::vector<std::wstring> lines_;
     std::wstring result_;

@@ -6,6 +6,7 @@
 #include <oleacc.h>
 
 #include "core/AutomationError.h"
+#include "gui/MessageHook.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -138,6 +139,13 @@ Button::Button(Form& form, const TwipRect& place, const wchar_t* text,
 {
 }
 
+float Button::WidthOfText() const
+{
+    SIZE ideal{};
+    Send(BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal));
+    return Owner().ToTwips(ideal.cx) + 240;
+}
+
 void Button::OnCommand(WORD code)
 {
     if (code == BN_CLICKED) onClick_();
@@ -150,12 +158,12 @@ ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<voi
               WS_EX_CLIENTEDGE),
       kind_(kind), onDoubleClick_(std::move(onDoubleClick))
 {
-    SetWindowSubclass(Window(), Subclass, 0, reinterpret_cast<DWORD_PTR>(this));
+    InstallHook(Window(), this, Subclass);
 }
 
 ListBox::~ListBox()
 {
-    if (Window()) RemoveWindowSubclass(Window(), Subclass, 0);
+    if (Window()) RemoveHook(Window(), this, Subclass);
 }
 
 void ListBox::Fill(const std::vector<std::wstring>& lines)
@@ -207,9 +215,9 @@ void ListBox::OnCommand(WORD code)
 }
 
 LRESULT CALLBACK ListBox::Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                   UINT_PTR, DWORD_PTR reference) noexcept
+                                   UINT_PTR owner, DWORD_PTR) noexcept
 {
-    auto* self = reinterpret_cast<ListBox*>(reference);
+    auto* self = reinterpret_cast<ListBox*>(owner);
     if (message == WM_CHAR && self->FindTyped(static_cast<wchar_t>(wParam))) return 0;
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message == WM_SETFONT) self->FitScrollBar();

@@ -64,6 +64,9 @@ public:
     Button(Form& form, const TwipRect& place, const wchar_t* text, std::function<void()> onClick,
            Kind kind = Kind::Plain);
 
+    // The width in twips that its caption needs, with room at both ends.
+    float WidthOfText() const;
+
 private:
     void OnCommand(WORD code) override;
 
@@ -87,7 +90,7 @@ public:
 
 private:
     static LRESULT CALLBACK Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                     UINT_PTR id, DWORD_PTR self) noexcept;
+                                     UINT_PTR owner, DWORD_PTR reference) noexcept;
     void OnCommand(WORD code) override;
     bool FindTyped(wchar_t unit);
     void FitScrollBar() noexcept;

@@ -6,6 +6,9 @@
 
 namespace quill {
 
+// Titles that scripts give are cut to this length, in UTF-16 units.
+inline constexpr size_t kTitleLimit = 256;
+
 // Shows the window and makes it the foreground window although its server is in the background,
 // then places it topmost or on top of the others. Where the platform refuses the foreground, the
 // caption flashes until the user turns to it. Does nothing when the window has the foreground.

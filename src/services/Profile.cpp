@@ -1,7 +1,7 @@
 #include "services/Profile.h"
 
 #include "core/Catalogue.h"
-#include "core/quillfn.h"
+#include "core/Text.h"
 
 namespace quill {
 
@@ -11,39 +11,11 @@ namespace {
 constexpr size_t kValueLimit = 8192;
 constexpr size_t kSectionLimit = 32768;
 
-constexpr std::wstring_view kLineBreak = L"\r\n";
-
 // The first `count` units of a buffer that the platform filled.
 std::wstring Filled(std::wstring buffer, DWORD count)
 {
     buffer.resize(count);
     return buffer;
-}
-
-std::wstring NulsToLineBreaks(const std::wstring& text)
-{
-    std::wstring lines;
-    lines.reserve(text.size() + text.size() / 8);
-    for (wchar_t unit : text) {
-        if (unit == L'\0')
-            lines += kLineBreak;
-        else
-            lines += unit;
-    }
-    return lines;
-}
-
-std::wstring LineBreaksToNuls(const std::wstring& text)
-{
-    std::wstring list;
-    list.reserve(text.size() + 1);
-    for (size_t begin = 0; begin <= text.size();) {
-        const size_t end = std::min(text.find(kLineBreak, begin), text.size());
-        list.append(text, begin, end - begin);
-        list += L'\0';
-        begin = end + kLineBreak.size();
-    }
-    return list;
 }
 
 } // namespace
@@ -112,8 +84,8 @@ bool Profile::WriteSection(const std::wstring& section, const std::wstring& entr
         Fail(error::kSectionTooLong);
         return false;
     }
-    std::wstring list = convert ? LineBreaksToNuls(entries) : entries;
-    list += L'\0'; // with the terminator the list ends in two, even where the script forgot them
+    // With two more at the end the list is ended, even where the script forgot it.
+    const std::wstring list = (convert ? LineBreaksToNuls(entries) : entries) + L'\0';
     return WritePrivateProfileSectionW(section.c_str(), list.c_str(), file_.c_str()) != FALSE;
 }
 
@@ -121,11 +93,6 @@ bool Profile::HasFile() const
 {
     if (file_.empty()) Fail(error::kNoProfile);
     return !file_.empty();
-}
-
-void Profile::Fail(const ErrorEntry& entry, const std::wstring& value) const
-{
-    if (errorLevel_ >= 1) Raise(entry, value);
 }
 
 } // namespace quill

@@ -2,17 +2,13 @@
 #pragma once
 
 #include "core/Automation.h"
+#include "core/ErrorLevel.h"
 
 namespace quill {
 
 // Failures raise or stay quiet as ErrorLevel says. Lengths are in UTF-16 units.
-class Profile final : public Automation<_Profile> {
+class Profile final : public WithErrorLevel<Automation<_Profile>> {
 public:
-    STDMETHODIMP get_ErrorLevel(SHORT* value) noexcept override { return Get(value, errorLevel_); }
-    STDMETHODIMP put_ErrorLevel(SHORT value) noexcept override
-    {
-        return Put<Within<0, 1>>(errorLevel_, value);
-    }
     STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
     STDMETHODIMP put_File(BSTR value) noexcept override { return Call(&Profile::SetFile, value); }
     STDMETHODIMP GetValue(BSTR section, BSTR key, BSTR* result) noexcept override
@@ -48,9 +44,7 @@ private:
     bool WriteSection(const std::wstring& section, const std::wstring& entries, bool convert);
 
     bool HasFile() const;
-    void Fail(const ErrorEntry& entry, const std::wstring& value = {}) const;
 
-    SHORT errorLevel_ = 1;
     std::wstring file_;
 };
 

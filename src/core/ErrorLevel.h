@@ -1,0 +1,32 @@
+// The switch that lets a script silence the errors of an object.
+#pragma once
+
+#include "core/quillfn.h"
+
+namespace quill {
+
+// Adds ErrorLevel to a class: 0 keeps its errors quiet, 1 raises them; other values are ignored.
+template <class Base>
+class WithErrorLevel : public Base {
+public:
+    STDMETHODIMP get_ErrorLevel(SHORT* value) noexcept override
+    {
+        return this->Get(value, errorLevel_);
+    }
+    STDMETHODIMP put_ErrorLevel(SHORT value) noexcept override
+    {
+        return this->template Put<Within<0, 1>>(errorLevel_, value);
+    }
+
+protected:
+    // Raises an entry of the error table, or returns for the method to go on with its quiet result.
+    void Fail(const ErrorEntry& entry, const std::wstring& value = {}) const
+    {
+        if (errorLevel_ >= 1) Raise(entry, value);
+    }
+
+private:
+    SHORT errorLevel_ = 1;
+};
+
+} // namespace quill

@@ -1,0 +1,52 @@
+#include "core/Text.h"
+
+#include <algorithm>
+
+namespace quill {
+
+namespace {
+
+// Calls `use` with each part of the text between the separators.
+template <class Use>
+void ForEachPart(std::wstring_view text, std::wstring_view separator, Use&& use)
+{
+    for (size_t begin = 0; begin <= text.size();) {
+        const size_t end = std::min(text.find(separator, begin), text.size());
+        use(text.substr(begin, end - begin));
+        begin = end + separator.size();
+    }
+}
+
+std::wstring Replace(std::wstring_view text, std::wstring_view from, std::wstring_view to)
+{
+    std::wstring replaced;
+    replaced.reserve(text.size());
+    ForEachPart(text, from, [&](std::wstring_view part) {
+        if (part.data() != text.data()) replaced += to;
+        replaced += part;
+    });
+    return replaced;
+}
+
+constexpr std::wstring_view kNul{L"\0", 1};
+
+} // namespace
+
+std::wstring NulsToLineBreaks(const std::wstring& text)
+{
+    return Replace(text, kNul, kLineBreak);
+}
+
+std::wstring LineBreaksToNuls(const std::wstring& text)
+{
+    return Replace(text, kLineBreak, kNul);
+}
+
+std::vector<std::wstring> SplitLines(const std::wstring& text)
+{
+    std::vector<std::wstring> lines;
+    ForEachPart(text, kLineBreak, [&](std::wstring_view line) { lines.emplace_back(line); });
+    return lines;
+}
+
+} // namespace quill

@@ -1,0 +1,21 @@
+// Lines and lists: text separated by CR LF, as scripts write it, and by NUL, as the platform does.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quill {
+
+inline constexpr std::wstring_view kLineBreak = L"\r\n";
+
+// Each NUL becomes CR LF.
+std::wstring NulsToLineBreaks(const std::wstring& text);
+
+// Each CR LF becomes a NUL.
+std::wstring LineBreaksToNuls(const std::wstring& text);
+
+// The parts between the line breaks; empty ones too.
+std::vector<std::wstring> SplitLines(const std::wstring& text);
+
+} // namespace quill

@@ -1,0 +1,129 @@
+#include "dialogs/FileSelection.h"
+
+#include <commdlg.h>
+
+#include "core/Catalogue.h"
+#include "core/Text.h"
+#include "gui/ModalDialog.h"
+
+namespace quill {
+
+namespace {
+
+constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
+constexpr LONG kCancelled = -1;    // ErrorCode when the user chose nothing
+
+constexpr DWORD kCommonFlags = OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST |
+                               OFN_NODEREFERENCELINKS | OFN_DONTADDTORECENT;
+
+constexpr DWORD FlagsOf(SHORT mode)
+{
+    constexpr DWORD flags[] = {
+        kCommonFlags | OFN_FILEMUSTEXIST,
+        kCommonFlags | OFN_OVERWRITEPROMPT | OFN_NOREADONLYRETURN,
+        kCommonFlags | OFN_FILEMUSTEXIST | OFN_ALLOWMULTISELECT | OFN_EXPLORER,
+    };
+    return flags[mode];
+}
+static_assert(FlagsOf(0) == 0x0210180C && FlagsOf(1) == 0x0210880E && FlagsOf(2) == 0x02181A0C);
+
+} // namespace
+
+template <>
+IDispatch* Create<::FileSelection>()
+{
+    return new FileSelection;
+}
+
+void FileSelection::SetFilterText(const std::wstring& text)
+{
+    filter_ = convert_ ? LineBreaksToNuls(text) + L'\0' : text;
+}
+
+void FileSelection::SetFilterFrom(VARIANT& filter)
+{
+    const SAFEARRAY* array = ArrayOf(filter);
+    if (array && SafeArrayGetDim(const_cast<SAFEARRAY*>(array)) == 1 &&
+        array->rgsabound[0].cElements > 0) {
+        std::wstring list;
+        for (const Variant& element : ElementsOf(*array, SIZE_MAX))
+            list.append(ToText(element)).push_back(L'\0');
+        filter_ = list + L'\0';
+        return;
+    }
+    const Variant text = Variant::Dereferenced(filter);
+    if (V_VT(&text) == VT_BSTR) SetFilterText(ToText(text));
+}
+
+// Room for what can be chosen.
+size_t FileSelection::BufferUnits(SHORT mode) const
+{
+    if (mode != kOpenSeveral) return kPathUnits;
+    const LONG names = fileNumber_ < 2 ? 20 : std::min(fileNumber_, 128L);
+    return static_cast<size_t>(names) * kPathUnits;
+}
+
+LONG FileSelection::ShowDialog(SHORT mode)
+{
+    if (!InRange(mode, kOpen, kOpenSeveral)) {
+        Fail(error::kInvalidDialogMode);
+        return 0;
+    }
+    const size_t units = BufferUnits(mode);
+    if (fileName_.size() > units) RaiseRuntimeError(RuntimeError::InvalidCall);
+    std::wstring path = fileName_;
+    path.resize(units + 1); // a name that fills its room still has an end
+    std::wstring nameTitle(kPathUnits, L'\0');
+    // Calls that come in while the dialog is open may change the properties. A filter that was not
+    // ended is ended here.
+    const std::wstring filter = filter_ + std::wstring(2, L'\0');
+    const std::wstring directory = directory_;
+    const std::wstring title = dlgTitle_;
+    const std::wstring extension = fileExtension_;
+
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    static_assert(sizeof dialog == 88);
+    dialog.lpstrFilter = filter_.empty() ? nullptr : filter.c_str();
+    dialog.lpstrFile = path.data();
+    dialog.nMaxFile = static_cast<DWORD>(units);
+    dialog.lpstrFileTitle = nameTitle.data();
+    dialog.nMaxFileTitle = kPathUnits;
+    dialog.lpstrInitialDir = directory.c_str();
+    dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
+    dialog.Flags = FlagsOf(mode);
+    dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
+
+    const ModalDialog company([this] { return ClientsGone(); });
+    if (!(mode == kSave ? GetSaveFileNameW(&dialog) : GetOpenFileNameW(&dialog))) {
+        const auto code = static_cast<LONG>(CommDlgExtendedError());
+        errorCode_ = code == 0 ? kCancelled : code;
+        return 0;
+    }
+    errorCode_ = 0;
+    const size_t offset = dialog.nFileOffset;
+    if (mode == kOpenSeveral && offset > 0 && path[offset - 1] == L'\0')
+        return TakeSeveral(path, offset);
+    return TakeOne(path.c_str(), offset);
+}
+
+LONG FileSelection::TakeOne(const std::wstring& path, size_t nameOffset)
+{
+    directory_ = WithTrailingBackslash(path.substr(0, nameOffset));
+    fileName_ = path.substr(std::min(nameOffset, path.size()));
+    return 1;
+}
+
+// The folder, a NUL, the names with a NUL after each, and one more NUL.
+LONG FileSelection::TakeSeveral(const std::wstring& buffer, size_t nameOffset)
+{
+    directory_ = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
+    const size_t end = buffer.find(std::wstring(2, L'\0'), nameOffset);
+    fileName_ = end == std::wstring::npos ? std::wstring()
+                                          : buffer.substr(nameOffset, end + 1 - nameOffset);
+    const auto count = std::count(fileName_.begin(), fileName_.end(), L'\0');
+    if (convert_) fileName_ = NulsToLineBreaks(fileName_);
+    return static_cast<LONG>(count);
+}
+
+} // namespace quill

@@ -1,0 +1,94 @@
+#include "dialogs/MessageBox.h"
+
+#include "core/Catalogue.h"
+#include "core/quillfn.h"
+#include "gui/ModalDialog.h"
+#include "gui/windowfn.h"
+
+namespace quill {
+
+namespace {
+
+constexpr LONG kPropertyMode = -1; // the style that stands for the properties
+
+// Comes before everything else. Both kinds of modality are set on purpose.
+constexpr LONG kPrecedence = MB_TOPMOST | MB_SETFOREGROUND | MB_TASKMODAL | MB_SYSTEMMODAL;
+
+// Identifiers of the system's own icons: IDI_APPLICATION to IDI_SHIELD.
+constexpr LONG kFirstSystemIcon = 32512;
+constexpr LONG kLastSystemIcon = 32518;
+
+bool IsStandardIcon(LONG icon)
+{
+    return icon == MB_ICONHAND || icon == MB_ICONQUESTION || icon == MB_ICONEXCLAMATION ||
+           icon == MB_ICONASTERISK;
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::MessageBox>()
+{
+    return new MessageBox;
+}
+
+MessageBoxFunction& MessageBoxOfThread() noexcept
+{
+    thread_local MessageBoxFunction function = MessageBoxIndirectW;
+    return function;
+}
+
+SHORT MessageBox::ShowBox(const std::wstring& message, LONG style, const std::wstring& title)
+{
+    Appearance appearance;
+    if (style == kPropertyMode)
+        appearance = FromProperties();
+    else
+        appearance.style = static_cast<DWORD>(style);
+    const std::wstring text = message.empty() ? text_ : message;
+    const std::wstring caption = title.empty() ? title_ : title.substr(0, kTitleLimit);
+
+    MSGBOXPARAMSW parameters{};
+    parameters.cbSize = sizeof parameters;
+    parameters.hInstance = appearance.module.get();
+    parameters.lpszText = text.c_str();
+    parameters.lpszCaption = caption.c_str();
+    parameters.dwStyle = appearance.style;
+    parameters.lpszIcon = appearance.icon.Pointer();
+    parameters.dwLanguageId = static_cast<DWORD>(static_cast<SHORT>(LOWORD(language_)));
+
+    const bool leave = (appearance.style & MB_NOFOCUS) != 0;
+    const ModalDialog company([this] { return ClientsGone(); },
+                              leave ? ModalDialog::Front::Leave : ModalDialog::Front::Bring);
+    return static_cast<SHORT>(MessageBoxOfThread()(&parameters));
+}
+
+MessageBox::Appearance MessageBox::FromProperties() const
+{
+    Appearance appearance;
+    // The filtered properties have no bit in common.
+    LONG style = buttons_ + defButton_ + (options_ | (precedence_ ? kPrecedence : 0));
+    if (FindIcon(appearance))
+        style |= MB_USERICON;
+    else if (iconResFile_.empty() && IsStandardIcon(icon_))
+        style |= icon_;
+    appearance.style = static_cast<DWORD>(style);
+    return appearance;
+}
+
+// True when the box has an icon other than the standard ones.
+bool MessageBox::FindIcon(Appearance& appearance) const
+{
+    if (iconResFile_.empty()) {
+        if (!InRange(icon_, kFirstSystemIcon, kLastSystemIcon)) return false;
+        appearance.icon.number = LOWORD(icon_);
+        return true;
+    }
+    if (iconResId_.empty() && icon_ == 0) return false;
+    appearance.module = LoadIconModule(iconResFile_);
+    if (!appearance.module) return false;
+    appearance.icon = iconResId_.empty() ? IconName{LOWORD(icon_), {}} : ParseIconName(iconResId_);
+    return true;
+}
+
+} // namespace quill

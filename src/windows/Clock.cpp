@@ -1,0 +1,60 @@
+#include "windows/Clock.h"
+
+#include "core/Catalogue.h"
+#include "gui/TimerFn.h"
+#include "gui/windowfn.h"
+
+namespace quill {
+
+namespace {
+
+constexpr DISPID kBuzz = 1;
+
+} // namespace
+
+template <>
+IDispatch* Create<::Clock>()
+{
+    return new Clock;
+}
+
+bool Clock::Start(LONG milliseconds)
+{
+    Stop();
+    if (milliseconds == 0) return false;
+    void* entry = BuildPushParamThunk(thunk_, this, reinterpret_cast<void*>(OnTimer));
+    timer_ = StartTimer(static_cast<UINT>(milliseconds), entry);
+    return timer_ != 0;
+}
+
+void Clock::Stop() noexcept
+{
+    if (timer_ != 0) StopTimer(timer_);
+    timer_ = 0;
+}
+
+bool Clock::WaitForBuzz(LONG timeout) const
+{
+    const long before = buzzes_;
+    const ULONGLONG begin = GetTickCount64();
+    while (timer_ != 0 && buzzes_ == before && !ClientsGone()) {
+        const auto waited = static_cast<LONGLONG>(GetTickCount64() - begin);
+        if (timeout >= 0 && waited >= timeout) break;
+        if (!WaitStep()) break;
+    }
+    return buzzes_ != before;
+}
+
+void CALLBACK Clock::OnTimer(Clock* self, HWND, UINT, UINT_PTR, DWORD) noexcept
+{
+    const ComPtr<_Clock> alive(self); // the handler may release the object
+    self->Stop();
+    ++self->buzzes_;
+    try {
+        self->Fire(kBuzz);
+    } catch (...) {
+        // nobody waits for the outcome
+    }
+}
+
+} // namespace quill

@@ -1,0 +1,41 @@
+// Quill.Clock: a timer that raises one event, Buzz, for each SetTimer.
+#pragma once
+
+#include "core/EventSource.h"
+#include "gui/modPushParamThunk.h"
+
+namespace quill {
+
+// Times are in milliseconds. Raises no errors of its own.
+class Clock final : public EventSource<_Clock>, public ExecutableObject {
+public:
+    ~Clock() override { Stop(); }
+
+    STDMETHODIMP SetTimer(LONG milliseconds, VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &Clock::Start, milliseconds);
+    }
+    STDMETHODIMP RemoveTimer() noexcept override { return Call(&Clock::Stop); }
+    STDMETHODIMP get_Running(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, timer_ != 0);
+    }
+    STDMETHODIMP Wait(LONG timeout, VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &Clock::WaitForBuzz, timeout);
+    }
+
+private:
+    bool Start(LONG milliseconds);
+    void Stop() noexcept;
+    bool WaitForBuzz(LONG timeout) const;
+
+    static void CALLBACK OnTimer(Clock* self, HWND window, UINT message, UINT_PTR timer,
+                                 DWORD time) noexcept;
+
+    PushParamThunk thunk_{};
+    UINT_PTR timer_ = 0; // 0: none is running
+    long buzzes_ = 0;
+};
+
+} // namespace quill

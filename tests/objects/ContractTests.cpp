@@ -1,0 +1,310 @@
+// The published contract: what scripts, editors and compilers rely on by name.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "core/Catalogue.h"
+#include "core/TypeLibrary.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+// Every member of every interface, in the order of the type library, with exactly the published
+// letters: dispatch id, name, parameters with types and defaults, result. Properties have the
+// accesses that they offer behind their type.
+constexpr char kContract[] = R"(
+_List
+  1 MultiSel BOOL get put
+  2 ButtonText BSTR get put
+  3 DlgCancelEsc BOOL get put
+  4 FontEnlarge I2 get put
+  5 FontModernize BOOL get put
+  6 Info BSTR get put
+  7 Topmost BOOL get put
+  8 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) BSTR
+_Profile
+  1 ErrorLevel I2 get put
+  2 File BSTR get put
+  3 GetValue(section BSTR, key BSTR) BSTR
+  4 GetSection(section BSTR, [cvt BOOL = True]) BSTR
+  5 GetSectionNames([cvt BOOL = True]) BSTR
+  6 SetValue(section BSTR, key BSTR, entry BSTR) BOOL
+  7 SetSection(section BSTR, entries BSTR, [cvt BOOL = True]) BOOL
+_FileSelection
+  1 Directory BSTR get put
+  2 DlgTitle BSTR get put
+  3 FileName BSTR get put
+  4 FileExtension BSTR get put
+  5 Filter BSTR get put
+  6 FileNumber I4 get put
+  7 Convert BOOL get put
+  8 ErrorLevel I2 get put
+  9 ErrorCode I4 get
+  10 Dialog(mode I2) I4
+  11 SetFilter(f VARIANT*)
+_MessageBox
+  1 Buttons I4 get put
+  2 DefButton I4 get put
+  3 Icon I4 get put
+  4 IconResFile BSTR get put
+  5 IconResID BSTR get put
+  6 Language I4 get put
+  7 Options I4 get put
+  8 Precedence BOOL get put
+  9 Text BSTR get put
+  10 Title BSTR get put
+  11 Show([msg BSTR = ""], [style I4 = -1], [Title BSTR = ""]) I2
+_TaskDialog
+  1 Buttons I4 get put
+  2 ErrorCode I4 get
+  3 Icon I4 get put
+  4 IconResFile BSTR get put
+  5 IconResID BSTR get put
+  6 Text BSTR get put
+  7 SubText BSTR get put
+  8 Title BSTR get put
+  9 CustomButtons VARIANT get put
+  10 CustomButtonStyle I4 get put
+  11 DefaultButton I4 get put
+  12 ExpandText BSTR get put
+  13 ExpandLabelCo BSTR get put
+  14 ExpandLabelEx BSTR get put
+  15 FooterIcon I4 get put
+  16 FooterIconResID BSTR get put
+  17 FooterText BSTR get put
+  18 Options I4 get put
+  19 RadioButtons VARIANT get put
+  20 RadioButtonSelected I4 get put
+  21 VerificationLabel BSTR get put
+  22 VerificationChecked BOOL get put
+  23 Show([prompt BSTR = ""], [Buttons I4 = -1], [Title BSTR = ""]) I2
+  24 ShowEx() I2
+_Clock
+  1 SetTimer(milliseconds I4) BOOL
+  2 RemoveTimer()
+  3 Running BOOL get
+  4 Wait([timeout I4 = -1]) BOOL
+__Clock
+  1 Buzz()
+)";
+
+// Published classes that scripts get from other objects only.
+const std::set<std::wstring> kNotCreatable{L"BinFile"};
+
+std::string Text(BSTR text)
+{
+    const Bstr owned(text);
+    return text ? Narrow(text) : std::string();
+}
+
+std::string NameOf(ITypeInfo* info)
+{
+    BSTR name = nullptr;
+    Check(info->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr));
+    return Text(name);
+}
+
+std::string HelpOf(ITypeInfo* info, MEMBERID member)
+{
+    BSTR help = nullptr;
+    Check(info->GetDocumentation(member, nullptr, &help, nullptr, nullptr));
+    return Text(help);
+}
+
+std::string TypeName(ITypeInfo* info, const TYPEDESC& type)
+{
+    static const std::map<VARTYPE, std::string> names{
+        {VT_I2, "I2"},           {VT_I4, "I4"},     {VT_UI1, "UI1"},
+        {VT_R4, "R4"},           {VT_R8, "R8"},     {VT_CY, "CY"},
+        {VT_DATE, "DATE"},       {VT_BSTR, "BSTR"}, {VT_BOOL, "BOOL"},
+        {VT_VARIANT, "VARIANT"}, {VT_VOID, ""},     {VT_DISPATCH, "DISPATCH"},
+        {VT_UNKNOWN, "UNKNOWN"}};
+    if (type.vt == VT_PTR) return TypeName(info, *type.lptdesc) + '*';
+    if (type.vt == VT_USERDEFINED) {
+        ComPtr<ITypeInfo> referred;
+        Check(info->GetRefTypeInfo(type.hreftype, &referred));
+        return NameOf(referred.Get());
+    }
+    const auto found = names.find(type.vt);
+    return found == names.end() ? "VT_" + std::to_string(type.vt) : found->second;
+}
+
+std::string DefaultText(const VARIANT& value)
+{
+    if (V_VT(&value) == VT_BSTR)
+        return V_BSTR(&value) ? '"' + Narrow(V_BSTR(&value)) + '"' : "\"\"";
+    Variant text;
+    Check(VariantChangeType(&text, const_cast<VARIANT*>(&value), VARIANT_ALPHABOOL, VT_BSTR));
+    return Narrow(V_BSTR(&text));
+}
+
+// "(section BSTR, [cvt BOOL = True])"; nothing for a property without arguments.
+std::string Parameters(ITypeInfo* info, const FUNCDESC& function)
+{
+    BSTR names[16]{};
+    UINT count = 0;
+    Check(info->GetNames(function.memid, names, 16, &count));
+    std::string text;
+    for (SHORT index = 0; index < function.cParams; ++index) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[index];
+        const bool optional = parameter.paramdesc.wParamFlags & PARAMFLAG_FOPT;
+        const auto name = static_cast<UINT>(index) + 1;
+        if (name >= count) break; // the value of a put has no name
+        if (!text.empty()) text += ", ";
+        if (optional) text += '[';
+        text += Narrow(names[name]) + ' ' + TypeName(info, parameter.tdesc);
+        if (parameter.paramdesc.wParamFlags & PARAMFLAG_FHASDEFAULT)
+            text += " = " + DefaultText(parameter.paramdesc.pparamdescex->varDefaultValue);
+        if (optional) text += ']';
+    }
+    for (BSTR name : names)
+        SysFreeString(name);
+    return text.empty() && function.invkind != INVOKE_FUNC ? text : '(' + text + ')';
+}
+
+// Calls `visit` with all functions of a dispatch interface that are its own.
+template <class Visit>
+void ForEachFunction(ITypeInfo* info, Visit visit)
+{
+    TYPEATTR* attributes = nullptr;
+    Check(info->GetTypeAttr(&attributes));
+    const UINT count = attributes->cFuncs;
+    info->ReleaseTypeAttr(attributes);
+    for (UINT index = 0; index < count; ++index) {
+        FUNCDESC* function = nullptr;
+        Check(info->GetFuncDesc(index, &function));
+        if (!(function->wFuncFlags & FUNCFLAG_FRESTRICTED)) visit(*function);
+        info->ReleaseFuncDesc(function);
+    }
+}
+
+std::string Describe(ITypeInfo* info)
+{
+    std::string lines = NameOf(info) + '\n';
+    MEMBERID last = MEMBERID_NIL;
+    ForEachFunction(info, [&](const FUNCDESC& function) {
+        const char* access = function.invkind == INVOKE_PROPERTYGET ? " get" : " put";
+        if (function.memid == last && function.invkind != INVOKE_FUNC) {
+            lines.insert(lines.size() - 1, access);
+            return;
+        }
+        last = function.memid;
+        BSTR name = nullptr;
+        UINT count = 0;
+        Check(info->GetNames(function.memid, &name, 1, &count));
+        const std::string type = TypeName(info, function.elemdescFunc.tdesc);
+        lines += "  " + std::to_string(function.memid) + ' ' + Text(name) +
+                 Parameters(info, function) + (type.empty() ? "" : ' ' + type) +
+                 (function.invkind == INVOKE_FUNC ? "" : access) + '\n';
+    });
+    return lines;
+}
+
+// Calls `visit` with the type informations of one kind.
+template <class Visit>
+void ForEachType(TYPEKIND wanted, Visit visit)
+{
+    ITypeLib* library = TypeLibrary();
+    for (UINT index = 0; index < library->GetTypeInfoCount(); ++index) {
+        TYPEKIND kind;
+        ComPtr<ITypeInfo> info;
+        TYPEATTR* attributes = nullptr;
+        Check(library->GetTypeInfoType(index, &kind));
+        if (kind != wanted) continue;
+        Check(library->GetTypeInfo(index, &info));
+        Check(info->GetTypeAttr(&attributes));
+        const TYPEATTR copy = *attributes;
+        info->ReleaseTypeAttr(attributes);
+        visit(info.Get(), copy);
+    }
+}
+
+TEST(Contract, MembersAreAsPublished)
+{
+    std::string published = "\n";
+    ForEachType(TKIND_DISPATCH,
+                [&](ITypeInfo* info, const TYPEATTR&) { published += Describe(info); });
+    EXPECT_EQ(published, kContract);
+}
+
+TEST(Contract, EverythingIsExplained)
+{
+    ForEachType(TKIND_COCLASS, [](ITypeInfo* info, const TYPEATTR&) {
+        EXPECT_NE(HelpOf(info, MEMBERID_NIL), "") << NameOf(info);
+    });
+    ForEachType(TKIND_DISPATCH, [](ITypeInfo* info, const TYPEATTR&) {
+        EXPECT_NE(HelpOf(info, MEMBERID_NIL), "") << NameOf(info);
+        ForEachFunction(info, [&](const FUNCDESC& function) {
+            EXPECT_NE(HelpOf(info, function.memid), "") << NameOf(info) << ' ' << function.memid;
+        });
+    });
+    BSTR file = nullptr;
+    Check(TypeLibrary()->GetDocumentation(-1, nullptr, nullptr, nullptr, &file));
+    EXPECT_TRUE(Text(file).ends_with("quill.chm"));
+}
+
+// A compiler that saw the interfaces in the wrong order gives them a wrong base without a word.
+TEST(Contract, InterfacesAreDualAndDeriveFromDispatch)
+{
+    ForEachType(TKIND_DISPATCH, [](ITypeInfo* info, const TYPEATTR& attributes) {
+        const std::string name = NameOf(info);
+        if (name.starts_with("__")) return; // events are no dual interfaces
+        EXPECT_TRUE(attributes.wTypeFlags & TYPEFLAG_FDUAL) << name;
+        HREFTYPE reference = 0;
+        ComPtr<ITypeInfo> early;
+        ComPtr<ITypeInfo> parent;
+        ASSERT_HRESULT_SUCCEEDED(info->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
+        ASSERT_HRESULT_SUCCEEDED(info->GetRefTypeInfo(reference, &early));
+        ASSERT_HRESULT_SUCCEEDED(early->GetRefTypeOfImplType(0, &reference));
+        ASSERT_HRESULT_SUCCEEDED(early->GetRefTypeInfo(reference, &parent));
+        EXPECT_EQ(NameOf(parent.Get()), "IDispatch") << name;
+    });
+}
+
+TEST(Contract, CatalogueAndTypeLibraryAgree)
+{
+    std::map<std::string, CLSID> published;
+    ForEachType(TKIND_COCLASS, [&](ITypeInfo* info, const TYPEATTR& attributes) {
+        const std::string name = NameOf(info);
+        if (kNotCreatable.contains(std::wstring(name.begin(), name.end())))
+            EXPECT_FALSE(attributes.wTypeFlags & TYPEFLAG_FCANCREATE) << name;
+        else
+            published[name] = attributes.guid;
+    });
+    std::map<std::string, CLSID> catalogued;
+    for (const CatalogueRow& row : kCatalogue) {
+        const std::string name = Narrow(row.name);
+        EXPECT_TRUE(catalogued.emplace(name, row.id).second) << name << " stands there twice";
+        EXPECT_TRUE(published.contains(name) && published[name] == row.id) << name;
+    }
+    EXPECT_EQ(catalogued.size(), published.size());
+}
+
+// What a class offers whatever its job: made once each, through its factory.
+TEST(Contract, EveryClassTellsWhatItIs)
+{
+    for (const CatalogueRow& row : kCatalogue) {
+        SCOPED_TRACE(Narrow(row.name));
+        ComPtr<IDispatch> object;
+        ComPtr<IProvideClassInfo2> provider;
+        ComPtr<ITypeInfo> info;
+        ComPtr<IUnknown> identity;
+        ComPtr<IUnknown> sameIdentity;
+        ASSERT_HRESULT_SUCCEEDED(CreateHere(row, IID_PPV_ARGS(&object)));
+        ASSERT_HRESULT_SUCCEEDED(object.As(&provider));
+        ASSERT_HRESULT_SUCCEEDED(provider->GetClassInfo(&info));
+        EXPECT_EQ(NameOf(info.Get()), Narrow(row.name));
+        ASSERT_HRESULT_SUCCEEDED(
+            object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.ReleaseAndGetAddressOf()));
+        EXPECT_EQ(NameOf(info.Get()), '_' + Narrow(row.name));
+        object.As(&identity);
+        provider.As(&sameIdentity);
+        EXPECT_EQ(identity.Get(), sameIdentity.Get());
+    }
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,40 @@
+// The entry of the GoogleTest programs: a thread that is an apartment of the server.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "core/StartUp.h"
+#include "support/Robot.h"
+
+namespace {
+
+LONG WINAPI ReportCrash(EXCEPTION_POINTERS* pointers)
+{
+    std::printf("crashed: exception 0x%08lx at %p\n", pointers->ExceptionRecord->ExceptionCode,
+                pointers->ExceptionRecord->ExceptionAddress);
+    std::fflush(stdout);
+    TerminateProcess(GetCurrentProcess(), 3);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+} // namespace
+
+namespace quill::test {
+
+void ReportToGoogleTest(const std::string& failure)
+{
+    ADD_FAILURE() << failure;
+}
+
+} // namespace quill::test
+
+int wmain(int count, wchar_t** arguments)
+{
+    SetUnhandledExceptionFilter(ReportCrash);
+    testing::InitGoogleTest(&count, arguments);
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    quill::StartUp();
+    const int exitCode = RUN_ALL_TESTS();
+    CoUninitialize();
+    return exitCode;
+}

@@ -1,0 +1,335 @@
+#include "support/Robot.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "core/MessagePump.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+
+namespace {
+
+constexpr DWORD kPoll = 15;              // milliseconds between two looks
+constexpr DWORD kAnswerDeadline = 2'000; // for a window to answer a message
+
+BOOL CALLBACK AddToList(HWND window, LPARAM list)
+{
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+    return TRUE;
+}
+
+// The children of a window with theirs; of null, the top-level windows.
+std::vector<HWND> Listed(HWND parent)
+{
+    std::vector<HWND> windows;
+    if (parent)
+        EnumChildWindows(parent, AddToList, reinterpret_cast<LPARAM>(&windows));
+    else
+        EnumWindows(AddToList, reinterpret_cast<LPARAM>(&windows));
+    return windows;
+}
+
+std::wstring WithoutAccessKeys(std::wstring text)
+{
+    std::erase(text, L'&');
+    return text;
+}
+
+bool ShowsText(HWND window, const wchar_t* text)
+{
+    if (!text) return true;
+    const std::wstring shown = Desk::TextOf(window);
+    return shown == text || WithoutAccessKeys(shown) == text;
+}
+
+bool IsOfClass(HWND window, const wchar_t* name)
+{
+    return !name || _wcsicmp(Desk::ClassOf(window).c_str(), name) == 0;
+}
+
+bool IsUsable(HWND window)
+{
+    return IsWindowVisible(window) && IsWindowEnabled(window);
+}
+
+std::wstring Quoted(const wchar_t* text)
+{
+    return text ? L'"' + std::wstring(text) + L'"' : std::wstring(L"any");
+}
+
+POINT CentreOf(HWND window)
+{
+    RECT client{};
+    GetClientRect(window, &client);
+    return {client.right / 2, client.bottom / 2};
+}
+
+void Send(std::vector<INPUT> inputs)
+{
+    const auto count = static_cast<UINT>(inputs.size());
+    if (SendInput(count, inputs.data(), sizeof(INPUT)) != count)
+        throw std::runtime_error("input was refused");
+}
+
+INPUT MouseInput(POINT screen, DWORD flags)
+{
+    INPUT input{};
+    input.type = INPUT_MOUSE;
+    // Absolute positions count in 65536ths of the screen; half a pixel more hits its middle.
+    input.mi.dx = MulDiv(2 * screen.x + 1, 32768, GetSystemMetrics(SM_CXSCREEN));
+    input.mi.dy = MulDiv(2 * screen.y + 1, 32768, GetSystemMetrics(SM_CYSCREEN));
+    input.mi.dwFlags = flags | MOUSEEVENTF_ABSOLUTE;
+    return input;
+}
+
+INPUT KeyInput(WORD key, bool up)
+{
+    INPUT input{};
+    input.type = INPUT_KEYBOARD;
+    input.ki.wVk = key;
+    input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
+    if (up) input.ki.dwFlags = KEYEVENTF_KEYUP;
+    if ((key >= VK_PRIOR && key <= VK_DOWN) || key == VK_INSERT || key == VK_DELETE)
+        input.ki.dwFlags |= KEYEVENTF_EXTENDEDKEY;
+    return input;
+}
+
+} // namespace
+
+Desk::Desk() : before_(Listed(nullptr)) {}
+
+HWND Desk::FindWindowOnce(const wchar_t* caption, const wchar_t* windowClass) const
+{
+    for (HWND window : Listed(nullptr))
+        if (IsUsable(window) && IsOfClass(window, windowClass) &&
+            (caption ? ShowsText(window, caption) : IsNew(window)))
+            return window;
+    return nullptr;
+}
+
+bool Desk::IsNew(HWND window) const
+{
+    return std::find(before_.begin(), before_.end(), window) == before_.end();
+}
+
+HWND Desk::Window(const wchar_t* caption, const wchar_t* windowClass)
+{
+    HWND found = nullptr;
+    WaitFor(L"a window with caption " + Quoted(caption) + L" of class " + Quoted(windowClass),
+            [&] { return (found = FindWindowOnce(caption, windowClass)) != nullptr; });
+    return current_ = found;
+}
+
+HWND Desk::Control(const wchar_t* caption, const wchar_t* controlClass, const wchar_t* text)
+{
+    HWND found = nullptr;
+    WaitFor(L"a control of class " + Quoted(controlClass) + L" with text " + Quoted(text) +
+                L" in a window with caption " + Quoted(caption),
+            [&] {
+                const HWND window = FindWindowOnce(caption, nullptr);
+                if (!window) return false;
+                for (HWND control : Listed(window)) {
+                    if (!IsUsable(control) || !IsOfClass(control, controlClass) ||
+                        !ShowsText(control, text))
+                        continue;
+                    current_ = window;
+                    found = control;
+                    return true;
+                }
+                return false;
+            });
+    return found;
+}
+
+std::vector<HWND> Desk::Controls(HWND window, const wchar_t* controlClass)
+{
+    std::vector<HWND> controls;
+    for (HWND control = GetWindow(window, GW_CHILD); control;
+         control = GetWindow(control, GW_HWNDNEXT))
+        if (IsWindowVisible(control) && IsOfClass(control, controlClass))
+            controls.push_back(control);
+    return controls;
+}
+
+void Desk::WaitFor(const std::wstring& what, const std::function<bool()>& condition,
+                   DWORD milliseconds)
+{
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (!condition()) {
+        if (GetTickCount64() > end) throw std::runtime_error("waited in vain for " + Narrow(what));
+        Sleep(kPoll);
+    }
+}
+
+void Desk::WaitUntilGone(HWND window)
+{
+    WaitFor(L"the window " + Quoted(TextOf(window).c_str()) + L" to go",
+            [&] { return !IsWindow(window) || !IsWindowVisible(window); });
+}
+
+// The point on the screen, once the window stands still there with nothing above it.
+POINT Desk::Target(HWND window, POINT point)
+{
+    const HWND root = GetAncestor(window, GA_ROOT);
+    POINT screen{};
+    POINT last{-1, -1};
+    WaitFor(L"the window " + Quoted(TextOf(root).c_str()) + L" to lie on top", [&] {
+        screen = point;
+        ClientToScreen(window, &screen);
+        const bool still = screen.x == last.x && screen.y == last.y;
+        last = screen;
+        return still && GetAncestor(WindowFromPoint(screen), GA_ROOT) == root;
+    });
+    return screen;
+}
+
+void Desk::Click(HWND control)
+{
+    ClickAt(control, CentreOf(control));
+}
+
+void Desk::ClickAt(HWND window, POINT point)
+{
+    const POINT target = Target(window, point);
+    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
+          MouseInput(target, MOUSEEVENTF_LEFTUP)});
+}
+
+void Desk::DoubleClickAt(HWND window, POINT point)
+{
+    const POINT target = Target(window, point);
+    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
+          MouseInput(target, MOUSEEVENTF_LEFTUP), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
+          MouseInput(target, MOUSEEVENTF_LEFTUP)});
+}
+
+void Desk::WaitForKeys()
+{
+    WaitFor(L"the window " + Quoted(TextOf(current_).c_str()) + L" to have the keyboard", [&] {
+        GUITHREADINFO info{};
+        info.cbSize = sizeof info;
+        return GetForegroundWindow() == current_ &&
+               GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
+               info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
+    });
+}
+
+void Desk::Press(WORD key, std::initializer_list<WORD> held)
+{
+    WaitForKeys();
+    std::vector<INPUT> inputs;
+    for (WORD modifier : held)
+        inputs.push_back(KeyInput(modifier, false));
+    inputs.push_back(KeyInput(key, false));
+    inputs.push_back(KeyInput(key, true));
+    for (WORD modifier : held)
+        inputs.push_back(KeyInput(modifier, true));
+    Send(std::move(inputs));
+}
+
+void Desk::Type(std::wstring_view text)
+{
+    WaitForKeys();
+    std::vector<INPUT> inputs;
+    for (wchar_t unit : text) {
+        INPUT input{};
+        input.type = INPUT_KEYBOARD;
+        input.ki.wScan = unit;
+        input.ki.dwFlags = KEYEVENTF_UNICODE;
+        inputs.push_back(input);
+        input.ki.dwFlags |= KEYEVENTF_KEYUP;
+        inputs.push_back(input);
+    }
+    Send(std::move(inputs));
+}
+
+void Desk::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (!PostMessageW(window, message, wParam, lParam))
+        throw std::runtime_error("message " + std::to_string(message) + " could not be posted");
+}
+
+void Desk::Close(HWND window)
+{
+    Post(window, WM_SYSCOMMAND, SC_CLOSE);
+}
+
+void Desk::Place(HWND window, const RECT& rectangle)
+{
+    SetWindowPos(window, nullptr, rectangle.left, rectangle.top, rectangle.right - rectangle.left,
+                 rectangle.bottom - rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void Desk::Move(HWND window, POINT corner)
+{
+    SetWindowPos(window, nullptr, corner.x, corner.y, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+std::wstring Desk::TextOf(HWND window)
+{
+    std::wstring text(32768, L'\0');
+    DWORD_PTR length = 0;
+    // GetWindowText shows nothing of what is in another process's control.
+    SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()),
+                        SMTO_ABORTIFHUNG, kAnswerDeadline, &length);
+    text.resize(length);
+    return text;
+}
+
+std::wstring Desk::ClassOf(HWND window)
+{
+    wchar_t name[257];
+    return {name, static_cast<size_t>(GetClassNameW(window, name, 257))};
+}
+
+void Desk::CloseNewWindows()
+{
+    for (HWND window : Listed(nullptr))
+        if (IsUsable(window) && IsNew(window)) PostMessageW(window, WM_CLOSE, 0, 0);
+}
+
+Robot::Robot(Script script, Reporter reporter)
+    : script_(std::move(script)), reporter_(reporter), thread_([this] { Run(); })
+{
+}
+
+Robot::~Robot()
+{
+    Finish();
+}
+
+void Robot::Run() noexcept
+{
+    try {
+        script_(desk_);
+        SetEvent(done_.get());
+        return;
+    } catch (const std::exception& error) {
+        failure_ = error.what();
+    } catch (...) {
+        failure_ = "unknown exception";
+    }
+    // The call that the robot was to answer must return, or the test hangs.
+    do
+        desk_.CloseNewWindows();
+    while (WaitForSingleObject(callReturned_.get(), 100) == WAIT_TIMEOUT);
+    SetEvent(done_.get());
+}
+
+bool Robot::Finish()
+{
+    if (thread_.joinable()) {
+        SetEvent(callReturned_.get());
+        HANDLE done = done_.get();
+        while (MsgWaitForMultipleObjectsEx(1, &done, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE) !=
+               WAIT_OBJECT_0)
+            if (!DispatchPending()) break;
+        thread_.join();
+        if (!failure_.empty()) reporter_("robot: " + failure_);
+    }
+    return failure_.empty();
+}
+
+} // namespace quill::test

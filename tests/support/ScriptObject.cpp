@@ -1,0 +1,178 @@
+#include "support/ScriptObject.h"
+
+#include <stdexcept>
+
+#include "core/Catalogue.h"
+
+namespace quill::test {
+
+namespace {
+
+bool IsWhole(VARTYPE type)
+{
+    switch (type) {
+    case VT_I1:
+    case VT_I2:
+    case VT_I4:
+    case VT_INT:
+    case VT_UI1:
+    case VT_UI2:
+    case VT_UI4:
+    case VT_UINT: return true;
+    default: return false;
+    }
+}
+
+std::wstring TextOf(BSTR text)
+{
+    const Bstr owned(text);
+    return {text ? text : L"", SysStringLen(text)};
+}
+
+[[noreturn]] void ThrowWrongKind(const VARIANT& value, const char* wanted)
+{
+    throw std::logic_error("the result is of type " + std::to_string(V_VT(&value)) + ", not " +
+                           wanted);
+}
+
+} // namespace
+
+std::string Narrow(std::wstring_view text)
+{
+    const int units = static_cast<int>(text.size());
+    const int bytes =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<size_t>(bytes), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, narrow.data(), bytes, nullptr, nullptr);
+    return narrow;
+}
+
+void PrintTo(const ScriptError& error, std::ostream* out)
+{
+    *out << "error 0x" << std::hex << error.number << std::dec << " from \"" << Narrow(error.source)
+         << "\": \"" << Narrow(error.description) << '"';
+}
+
+std::wstring Value::Text() const
+{
+    if (V_VT(this) != VT_BSTR) ThrowWrongKind(*this, "text");
+    return {V_BSTR(this) ? V_BSTR(this) : L"", SysStringLen(V_BSTR(this))};
+}
+
+bool Value::Truth() const
+{
+    if (V_VT(this) != VT_BOOL) ThrowWrongKind(*this, "a truth value");
+    return V_BOOL(this) != VARIANT_FALSE;
+}
+
+long Value::Number() const
+{
+    Variant number;
+    if (!IsWhole(V_VT(this)) ||
+        FAILED(VariantChangeType(&number, const_cast<Value*>(this), 0, VT_I4)))
+        ThrowWrongKind(*this, "a whole number");
+    return V_I4(&number);
+}
+
+IDispatch* Value::Object() const
+{
+    if (V_VT(this) != VT_DISPATCH) ThrowWrongKind(*this, "an object");
+    return V_DISPATCH(this);
+}
+
+void PrintTo(const Value& value, std::ostream* out)
+{
+    if (V_VT(&value) == VT_BSTR) {
+        const std::wstring text = value.Text();
+        *out << '"' << Narrow(text.substr(0, 200)) << '"';
+        if (text.size() > 200) *out << "... (" << text.size() << " characters)";
+        return;
+    }
+    Variant text;
+    *out << "VARTYPE " << V_VT(&value);
+    if (SUCCEEDED(VariantChangeType(&text, const_cast<Value*>(&value), VARIANT_ALPHABOOL, VT_BSTR)))
+        *out << ' ' << Narrow(V_BSTR(&text));
+}
+
+Arg::Arg(const VARIANT& other)
+{
+    Check(VariantCopy(&value, const_cast<VARIANT*>(&other)));
+}
+
+Arg::Arg(VARIANT* variable)
+{
+    V_VT(&value) = VT_BYREF | VT_VARIANT;
+    V_VARIANTREF(&value) = variable;
+}
+
+bool operator==(const Value& left, const Arg& right)
+{
+    const VARTYPE kind = V_VT(&right.value);
+    if (kind == VT_BSTR)
+        return V_VT(&left) == VT_BSTR &&
+               left.Text() ==
+                   std::wstring_view(V_BSTR(&right.value), SysStringLen(V_BSTR(&right.value)));
+    if (V_VT(&left) != kind && !(IsWhole(V_VT(&left)) && IsWhole(kind))) return false;
+    return VarCmp(const_cast<Value*>(&left), const_cast<Variant*>(&right.value), LOCALE_INVARIANT,
+                  0) == static_cast<HRESULT>(VARCMP_EQ);
+}
+
+Missing::operator Arg() const
+{
+    Arg missing;
+    V_VT(&missing.value) = VT_ERROR;
+    V_ERROR(&missing.value) = DISP_E_PARAMNOTFOUND;
+    return missing;
+}
+
+ScriptObject ScriptObject::Make(std::wstring_view className)
+{
+    for (const CatalogueRow& row : kCatalogue) {
+        if (className != row.name) continue;
+        ComPtr<IDispatch> object;
+        Check(CreateHere(row, IID_PPV_ARGS(&object)));
+        return ScriptObject(object.Get());
+    }
+    throw std::logic_error("no class " + Narrow(className));
+}
+
+Value ScriptObject::Invoke(WORD flags, const wchar_t* name, Arguments& arguments)
+{
+    std::vector<LPOLESTR> names{const_cast<wchar_t*>(name)};
+    for (const Named& argument : arguments.named)
+        names.push_back(const_cast<wchar_t*>(argument.name));
+    std::vector<DISPID> ids(names.size());
+    const HRESULT found = object_->GetIDsOfNames(
+        IID_NULL, names.data(), static_cast<UINT>(names.size()), LOCALE_USER_DEFAULT, ids.data());
+    if (FAILED(found)) throw ScriptError{static_cast<unsigned>(found), {}, {}};
+
+    // The platform wants arguments last to first, the named ones in front with their ids.
+    std::vector<VARIANT> values;
+    for (const Named& argument : arguments.named)
+        values.push_back(argument.value.value);
+    for (size_t index = arguments.ordinary.size(); index-- > 0;)
+        values.push_back(arguments.ordinary[index].value);
+    const DISPID member = ids.front();
+    ids.erase(ids.begin());
+    if (flags & DISPATCH_PROPERTYPUT) ids.insert(ids.begin(), DISPID_PROPERTYPUT);
+    DISPPARAMS parameters{values.data(), ids.data(), static_cast<UINT>(values.size()),
+                          static_cast<UINT>(ids.size())};
+
+    Value result;
+    EXCEPINFO exception{};
+    UINT badArgument = 0;
+    const HRESULT invoked =
+        object_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+                        flags & DISPATCH_PROPERTYPUT ? nullptr : &result, &exception, &badArgument);
+    if (invoked == DISP_E_EXCEPTION) {
+        if (exception.pfnDeferredFillIn) exception.pfnDeferredFillIn(&exception);
+        SysFreeString(exception.bstrHelpFile);
+        const HRESULT number = exception.wCode ? exception.wCode : exception.scode;
+        throw ScriptError{static_cast<unsigned>(number), TextOf(exception.bstrSource),
+                          TextOf(exception.bstrDescription)};
+    }
+    if (FAILED(invoked)) throw ScriptError{static_cast<unsigned>(invoked), {}, {}};
+    return result;
+}
+
+} // namespace quill::test

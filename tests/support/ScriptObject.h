@@ -1,0 +1,145 @@
+// An automation object as scripts see it: late-bound, by name, with errors as exceptions.
+//
+//     ScriptObject profile = ScriptObject::Make(L"Profile");
+//     profile.Put(L"File", path);
+//     EXPECT_EQ(profile.Call(L"GetValue", L"section", L"key"), L"value");
+//     EXPECT_EQ(profile.Call(L"GetSection", L"section", Named{L"cvt", false}), text);
+//     EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", L"?"); }),
+//               (ScriptError{0x8004033F, L"Quill.Profile", L"Profile not found: ?"}));
+#pragma once
+
+#include <initializer_list>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "core/Variant.h"
+
+namespace quill::test {
+
+// What a call raised, as the Err object of a script shows it. Number 0: nothing was raised.
+struct ScriptError {
+    unsigned number = 0;
+    std::wstring source;
+    std::wstring description;
+
+    bool operator==(const ScriptError&) const = default;
+};
+void PrintTo(const ScriptError& error, std::ostream* out);
+
+// A call's result.
+class Value : public Variant {
+public:
+    Value() = default;
+    explicit Value(Variant&& value) noexcept : Variant(std::move(value)) {}
+
+    std::wstring Text() const; // of a BSTR, all of it; anything else is a test failure by throw
+    bool Truth() const;        // of a VT_BOOL
+    long Number() const;       // of a whole number of any size
+    IDispatch* Object() const; // of a VT_DISPATCH
+    explicit operator bool() const { return Truth(); }
+};
+void PrintTo(const Value& value, std::ostream* out);
+
+// A value on its way into a call. Text, whole numbers (int: VT_I4, short: VT_I2), truth values,
+// doubles, objects and Variants convert by themselves; a pointer to a Variant is passed by
+// reference, as a script passes its own variable.
+struct Arg {
+    Variant value;
+
+    Arg(const wchar_t* text) : value(std::wstring_view(text)) {}
+    Arg(std::wstring_view text) : value(text) {}
+    Arg(const std::wstring& text) : value(std::wstring_view(text)) {}
+    Arg(int number) : value(static_cast<LONG>(number)) {}
+    Arg(long number) : value(static_cast<LONG>(number)) {}
+    Arg(short number) : value(number) {}
+    Arg(double number) : value(number) {}
+    Arg(bool truth) : value(truth) {}
+    Arg(IDispatch* object) : value(object) {}
+    Arg(const VARIANT& other);
+    Arg(VARIANT* variable);
+
+private:
+    friend struct Missing;
+    Arg() = default;
+};
+
+// Equal in kind and value: text with text, True with True, whole numbers of any size.
+bool operator==(const Value& left, const Arg& right);
+
+// The place of an optional argument that the script leaves out: `o.Method 1, , 3`.
+struct Missing {
+    operator Arg() const;
+};
+
+// A named argument; all of them follow the ordinary ones.
+struct Named {
+    const wchar_t* name;
+    Arg value;
+};
+
+class ScriptObject {
+public:
+    explicit ScriptObject(IDispatch* object) : object_(object) {}
+
+    // A new object of a catalogued class, made on the calling thread without the registry.
+    static ScriptObject Make(std::wstring_view className);
+
+    template <class... Arguments>
+    Value Get(const wchar_t* name, Arguments&&... arguments)
+    {
+        return Invoke(DISPATCH_PROPERTYGET, name, std::forward<Arguments>(arguments)...);
+    }
+    template <class... Arguments>
+    void Put(const wchar_t* name, Arguments&&... arguments)
+    {
+        Invoke(DISPATCH_PROPERTYPUT, name, std::forward<Arguments>(arguments)...);
+    }
+    // As a script's call of a method or of a property with arguments.
+    template <class... Arguments>
+    Value Call(const wchar_t* name, Arguments&&... arguments)
+    {
+        return Invoke(DISPATCH_METHOD | DISPATCH_PROPERTYGET, name,
+                      std::forward<Arguments>(arguments)...);
+    }
+
+    IDispatch* Dispatch() const { return object_.Get(); }
+    void Release() { object_.Reset(); }
+
+private:
+    struct Arguments {
+        std::vector<Arg> ordinary;
+        std::vector<Named> named;
+
+        void Add(Named argument) { named.push_back(std::move(argument)); }
+        void Add(Arg argument) { ordinary.push_back(std::move(argument)); }
+    };
+
+    template <class... Given>
+    Value Invoke(WORD flags, const wchar_t* name, Given&&... given)
+    {
+        Arguments arguments;
+        (arguments.Add(std::forward<Given>(given)), ...);
+        return Invoke(flags, name, arguments);
+    }
+    Value Invoke(WORD flags, const wchar_t* name, Arguments& arguments);
+
+    ComPtr<IDispatch> object_;
+};
+
+// The error that `action` raises, or one with number 0.
+template <class Action>
+ScriptError ErrorOf(Action&& action)
+{
+    try {
+        action();
+        return {};
+    } catch (const ScriptError& error) {
+        return error;
+    }
+}
+
+// UTF-8, for messages.
+std::string Narrow(std::wstring_view text);
+
+} // namespace quill::test

@@ -1,0 +1,187 @@
+#include "core/quillfn.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "core/StartUp.h"
+#include "core/Variant.h"
+#include "support/ScriptObject.h"
+#include "support/TemporaryFolder.h"
+
+namespace quill::test {
+namespace {
+
+// An array of bytes with these dimensions, first to last.
+Variant MakeArray(std::vector<SAFEARRAYBOUND> dimensions)
+{
+    Variant array;
+    V_VT(&array) = VT_ARRAY | VT_UI1;
+    V_ARRAY(&array) =
+        SafeArrayCreate(VT_UI1, static_cast<UINT>(dimensions.size()), dimensions.data());
+    return array;
+}
+
+TEST(ElementCount, CountsZeroBasedArraysByTheirFirstDimension)
+{
+    const struct {
+        std::vector<SAFEARRAYBOUND> dimensions; // {elements, lower bound}
+        std::optional<short> expected;          // none: overflow
+    } cases[] = {
+        {{{5, 0}}, 5},         {{{1, 0}}, 1},         {{{0, 0}}, 0},         {{{5, 1}}, 0},
+        {{{5, -5}}, 0},        {{{3, 0}, {7, 0}}, 3}, {{{3, 0}, {7, 1}}, 3}, {{{3, 1}, {7, 0}}, 0},
+        {{{32767, 0}}, 32767}, {{{32768, 0}}, {}},    {{{100'000, 0}}, {}},  {{{100'000, 1}}, 0},
+    };
+    for (const auto& [dimensions, expected] : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << dimensions[0].cElements << " elements from " << dimensions[0].lLbound
+                     << ", " << dimensions.size() << " dimensions");
+        Variant array = MakeArray(dimensions);
+        VARIANT byReference{};
+        V_VT(&byReference) = VT_BYREF | VT_ARRAY | VT_UI1;
+        V_ARRAYREF(&byReference) = &V_ARRAY(&array);
+        VARIANT variable{};
+        V_VT(&variable) = VT_BYREF | VT_VARIANT;
+        V_VARIANTREF(&variable) = &array;
+        for (const VARIANT* form :
+             {static_cast<const VARIANT*>(&array), static_cast<const VARIANT*>(&byReference),
+              static_cast<const VARIANT*>(&variable)}) {
+            try {
+                EXPECT_EQ(ElementCount(*form), expected);
+            } catch (const AutomationError& error) {
+                EXPECT_EQ(error.number, ErrorNumber(0x800A0006));
+                EXPECT_FALSE(expected);
+            }
+        }
+    }
+}
+
+TEST(ElementCount, IsZeroForWhatIsNoArray)
+{
+    Variant nullArray;
+    V_VT(&nullArray) = VT_ARRAY | VT_VARIANT;
+    VARIANT nullReference{};
+    V_VT(&nullReference) = VT_BYREF | VT_ARRAY | VT_VARIANT;
+    VARIANT nullVariable{};
+    V_VT(&nullVariable) = VT_BYREF | VT_VARIANT;
+    for (const VARIANT& value : {VARIANT(Variant(7L)), VARIANT(nullArray), nullReference,
+                                 nullVariable, VARIANT(Variant())})
+        EXPECT_EQ(ElementCount(value), 0) << V_VT(&value);
+}
+
+TEST(IsArrayByReference, NeedsBothFlags)
+{
+    const struct {
+        int type;
+        bool expected;
+    } cases[] = {
+        {VT_BYREF | VT_ARRAY | VT_VARIANT, true},
+        {VT_BYREF | VT_ARRAY | VT_UI1, true},
+        {VT_ARRAY | VT_VARIANT, false},
+        {VT_BYREF | VT_VARIANT, false},
+        {VT_BYREF | VT_I4, false},
+        {VT_EMPTY, false},
+    };
+    for (const auto& [type, expected] : cases) {
+        VARIANT value{};
+        V_VT(&value) = static_cast<VARTYPE>(type);
+        EXPECT_EQ(IsArrayByReference(value), expected) << type;
+    }
+}
+
+TEST(WithTrailingBackslash, AddsOneWhereNoneIs)
+{
+    EXPECT_EQ(WithTrailingBackslash(L""), L"");
+    EXPECT_EQ(WithTrailingBackslash(L"C:\\a"), L"C:\\a\\");
+    EXPECT_EQ(WithTrailingBackslash(L"C:\\"), L"C:\\");
+    EXPECT_EQ(WithTrailingBackslash(L"C:/a/"), L"C:/a/\\");
+}
+
+TEST(InRange, ComparesNumbersOfAllKinds)
+{
+    const auto date = [] {
+        Variant value;
+        V_VT(&value) = VT_DATE;
+        return value;
+    };
+    Variant null;
+    V_VT(&null) = VT_NULL;
+    const struct {
+        Variant value;
+        bool expected; // between 1 and 64
+    } cases[] = {
+        {Variant(1L), true},      {Variant(64L), true},         {Variant(0L), false},
+        {Variant(65L), false},    {Variant(SHORT(64)), true},   {Variant(64.5), false},
+        {Variant(0.999), false},  {Variant(1.5), true},         {Variant(true), false},
+        {Variant(), false},       {std::move(null), false},     {date(), false},
+        {Variant(L"abc"), false}, {MakeArray({{5, 0}}), false},
+    };
+    const Variant low(1L);
+    const Variant high(64L);
+    for (const auto& [value, expected] : cases)
+        EXPECT_EQ(InRange(value, low, high), expected)
+            << V_VT(&value) << ' ' << V_R8(&value) << ' ' << V_I4(&value);
+    EXPECT_TRUE(InRange(Variant(), Variant(0L), high)); // an empty Variant is 0
+    EXPECT_TRUE(InRange(64, 1, 64));
+    EXPECT_FALSE(InRange(65, 1, 64));
+    EXPECT_FALSE(InRange(0, 1, 64));
+}
+
+TEST(FileExists, FindsFilesAndFoldersOfTheAnsiCodePage)
+{
+    const TemporaryFolder folder;
+    for (const wchar_t* name : {L"plain.txt", L"\u0416\u4E2D.txt"})
+        folder.Write(name, "");
+    const struct {
+        std::wstring path;
+        bool expected;
+    } cases[] = {
+        {folder.Path(L"plain.txt"), true},
+        {folder.Path(L""), true},
+        {folder.Path(L"missing.txt"), false},
+        {folder.Path(L"\u0416\u4E2D.txt"), false}, // there, but not for GetFileAttributesA
+        {L"", false},
+        {folder.Path(std::wstring(40'000, L'x')), false},
+    };
+    for (const auto& [path, expected] : cases) {
+        std::wstring tested = path;
+        EXPECT_EQ(FileExists(tested, true), expected) << Narrow(path.substr(0, 100));
+        EXPECT_EQ(tested, path);
+    }
+}
+
+TEST(FileExists, ResolvesBareNamesOnly)
+{
+    const std::wstring program = ThisApartment().programPath;
+    const std::wstring name = program.substr(program.find_last_of(L'\\') + 1);
+    const std::wstring folder = program.substr(0, program.find_last_of(L'\\') + 1);
+    wchar_t current[MAX_PATH];
+    GetCurrentDirectoryW(MAX_PATH, current);
+
+    const struct {
+        std::wstring programPath;
+        std::wstring path;
+        std::wstring rewritten;
+        bool expected;
+    } cases[] = {
+        {program, name, program, true},
+        {program, L"missing.txt", folder + L"missing.txt", false},
+        {program, L"missing\\x.txt", L"missing\\x.txt", false},
+        {program, L"", L"", false},
+        {L"", L"missing.txt", WithTrailingBackslash(current) + L"missing.txt", false},
+        {L"X:\\quill.exe", L"a.txt", L"X:\\a.txt", false},
+    };
+    for (const auto& [programPath, path, rewritten, expected] : cases) {
+        ThisApartment().programPath = programPath;
+        std::wstring tested = path;
+        EXPECT_EQ(FileExists(tested, true), expected) << Narrow(path);
+        EXPECT_EQ(tested, rewritten);
+        tested = path;
+        FileExists(tested, false);
+        EXPECT_EQ(tested, path);
+    }
+    ThisApartment().programPath = program;
+}
+
+} // namespace
+} // namespace quill::test
