@@ -263,7 +263,8 @@ void RegisterServer(RegistrationScope scope, const std::wstring& program)
 
 void UnregisterServer(const std::wstring& program)
 {
-    for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+    // All users first: without the rights for that, nothing is removed rather than half.
+    for (HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
         for (const ClassesRoot& root : RootsOf(hive))
             RemoveFrom(root, program);
 }

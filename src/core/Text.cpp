@@ -1,5 +1,7 @@
 #include "core/Text.h"
 
+#include <windows.h>
+
 #include <algorithm>
 
 namespace quill {
@@ -47,6 +49,17 @@ std::vector<std::wstring> SplitLines(const std::wstring& text)
     std::vector<std::wstring> lines;
     ForEachPart(text, kLineBreak, [&](std::wstring_view line) { lines.emplace_back(line); });
     return lines;
+}
+
+std::string ToAnsi(const std::wstring& text)
+{
+    const int units = static_cast<int>(text.size());
+    std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
+                                                             0, nullptr, nullptr)),
+                     '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
+                        nullptr, nullptr);
+    return ansi;
 }
 
 } // namespace quill

@@ -18,4 +18,7 @@ std::wstring LineBreaksToNuls(const std::wstring& text);
 // The parts between the line breaks; empty ones too.
 std::vector<std::wstring> SplitLines(const std::wstring& text);
 
+// The text in the system's ANSI code page; characters that it lacks become question marks.
+std::string ToAnsi(const std::wstring& text);
+
 } // namespace quill

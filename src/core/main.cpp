@@ -6,6 +6,7 @@
 #include "core/Module.h"
 #include "core/Registration.h"
 #include "core/StartUp.h"
+#include "core/Text.h"
 
 namespace quill {
 
@@ -58,9 +59,11 @@ void Report(const std::wstring& line)
     HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     if (!output && AttachConsole(ATTACH_PARENT_PROCESS)) output = GetStdHandle(STD_OUTPUT_HANDLE);
     if (!output || output == INVALID_HANDLE_VALUE) return;
-    std::string bytes(line.begin(), line.end()); // our own lines are ASCII
-    bytes += "\r\n";
+    const std::wstring text = line + L"\r\n";
     DWORD written;
+    if (WriteConsoleW(output, text.data(), static_cast<DWORD>(text.size()), &written, nullptr))
+        return;
+    const std::string bytes = ToAnsi(text);
     WriteFile(output, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 

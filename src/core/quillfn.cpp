@@ -1,6 +1,7 @@
 #include "core/quillfn.h"
 
 #include "core/StartUp.h"
+#include "core/Text.h"
 
 namespace quill {
 
@@ -16,18 +17,6 @@ std::wstring HomeFolder()
     const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder);
     if (length >= MAX_PATH) return {}; // it did not fit, and this is the room that it needs
     return {folder, length};
-}
-
-// The text in the system's ANSI code page; characters that it lacks become question marks.
-std::string ToAnsi(const std::wstring& text)
-{
-    const int units = static_cast<int>(text.size());
-    std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
-                                                             0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
-                        nullptr, nullptr);
-    return ansi;
 }
 
 bool IsNumeric(const VARIANT& value) noexcept

@@ -6,7 +6,6 @@
 #include <oleacc.h>
 
 #include "core/AutomationError.h"
-#include "gui/MessageHook.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -158,12 +157,6 @@ ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<voi
               WS_EX_CLIENTEDGE),
       kind_(kind), onDoubleClick_(std::move(onDoubleClick))
 {
-    InstallHook(Window(), this, Subclass);
-}
-
-ListBox::~ListBox()
-{
-    if (Window()) RemoveHook(Window(), this, Subclass);
 }
 
 void ListBox::Fill(const std::vector<std::wstring>& lines)
@@ -214,19 +207,15 @@ void ListBox::OnCommand(WORD code)
     if (code == LBN_DBLCLK && onDoubleClick_) onDoubleClick_();
 }
 
-LRESULT CALLBACK ListBox::Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                   UINT_PTR owner, DWORD_PTR) noexcept
+void ListBox::SetFont(const FontSpec& font)
 {
-    auto* self = reinterpret_cast<ListBox*>(owner);
-    if (message == WM_CHAR && self->FindTyped(static_cast<wchar_t>(wParam))) return 0;
-    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
-    if (message == WM_SETFONT) self->FitScrollBar();
-    return result;
+    Control::SetFont(font);
+    FitScrollBar();
 }
 
 // Adds what was typed to the search and goes to the line that begins with it. The control's own
 // search knows the last character only. False leaves the character to the control.
-bool ListBox::FindTyped(wchar_t unit)
+bool ListBox::OnCharacter(wchar_t unit)
 {
     const auto now = static_cast<DWORD>(GetMessageTime());
     if (now - typedAt_ > kTypingPauseMilliseconds) typed_.clear();

@@ -21,7 +21,7 @@ public:
     // What screen readers call the control, where no label says it.
     void SetAccessibleName(const std::wstring& name);
     const FontSpec& CurrentFont() const noexcept { return font_; }
-    void SetFont(const FontSpec& font);
+    virtual void SetFont(const FontSpec& font);
 
 protected:
     Control(Form& form, const TwipRect& place, const wchar_t* windowClass, const wchar_t* text,
@@ -30,6 +30,8 @@ protected:
 
     // A notification of the native control (the high word of WM_COMMAND).
     virtual void OnCommand(WORD) {}
+    // A character was typed into the control; true when that is done with.
+    virtual bool OnCharacter(wchar_t) { return false; }
 
     const Form& Owner() const noexcept { return form_; }
 
@@ -79,7 +81,6 @@ public:
     enum class Kind { Single, Multiple }; // Multiple: Shift and Ctrl extend the selection
 
     ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick);
-    ~ListBox() override;
 
     // Shows these lines in place of the old ones, in this order.
     void Fill(const std::vector<std::wstring>& lines);
@@ -87,12 +88,11 @@ public:
     void Select(int index);
     // The selected lines, from the first to the last.
     std::vector<int> Selected() const;
+    void SetFont(const FontSpec& font) override;
 
 private:
-    static LRESULT CALLBACK Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                     UINT_PTR owner, DWORD_PTR reference) noexcept;
     void OnCommand(WORD code) override;
-    bool FindTyped(wchar_t unit);
+    bool OnCharacter(wchar_t unit) override;
     void FitScrollBar() noexcept;
 
     const Kind kind_;

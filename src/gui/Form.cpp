@@ -170,6 +170,10 @@ bool Form::PreviewMessage(MSG& message)
         form->OnKeyDown(message.wParam);
         if (form->Closed()) return true; // the key is used up, and so is the window
     }
+    if (message.message == WM_CHAR) {
+        Control* control = form->FindControl(message.hwnd);
+        if (control && control->OnCharacter(static_cast<wchar_t>(message.wParam))) return true;
+    }
     return IsDialogMessageW(form->window_, &message) != FALSE;
 }
 
@@ -222,20 +226,19 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return GetDlgItem(window_, IDOK) ? MAKELRESULT(IDOK, DC_HASDEFID) : 0;
     case WM_COMMAND:
         // Esc arrives here as IDCANCEL, from no control, and means nothing.
-        if (lParam != 0) Notify(reinterpret_cast<HWND>(lParam), HIWORD(wParam));
+        if (Control* control = FindControl(reinterpret_cast<HWND>(lParam)))
+            control->OnCommand(HIWORD(wParam));
         return 0;
     case WM_CLOSE: OnClose(); return 0;
     default: return DefWindowProcW(window_, message, wParam, lParam);
     }
 }
 
-void Form::Notify(HWND window, WORD code)
+Control* Form::FindControl(HWND window) const noexcept
 {
-    for (Control* control : controls_) {
-        if (control->window_ != window) continue;
-        control->OnCommand(code);
-        return;
-    }
+    for (Control* control : controls_)
+        if (control->window_ == window) return control;
+    return nullptr;
 }
 
 void Form::LimitSize(MINMAXINFO& limits) const

@@ -105,7 +105,7 @@ private:
     static bool PreviewMessage(MSG& message);
 
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
-    void Notify(HWND control, WORD code);
+    Control* FindControl(HWND window) const noexcept;
     void LimitSize(MINMAXINFO& limits) const;
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
     HFONT FontHandle(const FontSpec& font);

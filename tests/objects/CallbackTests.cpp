@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include "core/MessagePump.h"
+#include "gui/MessageHook.h"
+#include "gui/MessageNotify.h"
+#include "gui/TimerFn.h"
+#include "gui/modPushParamThunk.h"
+#include "support/EventListener.h"
+#include "support/Robot.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+struct Target : ExecutableObject {
+    PushParamThunk thunk{};
+    int sum = 0;
+};
+
+int CALLBACK AddUp(Target* target, int first, int second, int third) noexcept
+{
+    target->sum = 100 * first + 10 * second + third;
+    return target->sum + 1;
+}
+
+// Called as the platform would: the object comes in front, the arguments keep their order, the
+// stack is as it was.
+TEST(PushParamThunk, LeadsToItsObject)
+{
+    const auto target = std::make_unique<Target>();
+    void* entry = BuildPushParamThunk(target->thunk, target.get(), reinterpret_cast<void*>(AddUp));
+    EXPECT_EQ(target->thunk.words[0], reinterpret_cast<DWORD>(entry));
+    const auto* code = static_cast<const BYTE*>(entry);
+    EXPECT_EQ(std::vector<BYTE>(code, code + 4), (std::vector<BYTE>{0xFF, 0x34, 0x24, 0xB8}));
+
+    const auto call = reinterpret_cast<int(CALLBACK*)(int, int, int)>(entry);
+    for (int round = 0; round < 3; ++round)
+        EXPECT_EQ(call(4, 3, 2), 433);
+    EXPECT_EQ(target->sum, 432);
+}
+
+// Memory that is both writable and executable is where the stubs are, and nowhere else.
+TEST(PushParamThunk, LivesInTheOnlyExecutableHeap)
+{
+    const auto target = std::make_unique<Target>();
+    MEMORY_BASIC_INFORMATION memory{};
+    ASSERT_NE(VirtualQuery(target.get(), &memory, sizeof memory), 0U);
+    EXPECT_EQ(memory.Protect, DWORD{PAGE_EXECUTE_READWRITE});
+    const auto plain = std::make_unique<BYTE[]>(4096);
+    ASSERT_NE(VirtualQuery(plain.get(), &memory, sizeof memory), 0U);
+    EXPECT_EQ(memory.Protect, DWORD{PAGE_READWRITE});
+}
+
+LRESULT CALLBACK CountTexts(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR owner,
+                            DWORD_PTR reference)
+{
+    if (message == WM_SETTEXT) *reinterpret_cast<int*>(owner) += static_cast<int>(reference);
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
+TEST(MessageHook, SeesMessagesUntilItIsRemoved)
+{
+    const HWND window = CreateWindowExW(0, WC_STATICW, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                                        nullptr, nullptr);
+    int owner = 0;
+    ASSERT_TRUE(InstallHook(window, &owner, CountTexts, 5));
+    SetWindowTextW(window, L"a");
+    EXPECT_EQ(owner, 5);
+    EXPECT_EQ(Desk::TextOf(window), L"a");
+    EXPECT_TRUE(RemoveHook(window, &owner, CountTexts));
+    EXPECT_FALSE(RemoveHook(window, &owner, CountTexts));
+    SetWindowTextW(window, L"b");
+    EXPECT_EQ(owner, 5);
+    DestroyWindow(window);
+}
+
+TEST(MessageNotify, ReadsTheCode)
+{
+    const NMHDR header{nullptr, 7, static_cast<UINT>(NM_SETFOCUS)};
+    EXPECT_EQ(NotificationCode(reinterpret_cast<LPARAM>(&header)), static_cast<UINT>(NM_SETFOCUS));
+}
+
+// Pumps until the condition holds; false after the time is over.
+bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds = 5000)
+{
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (!condition()) {
+        if (GetTickCount64() >= end) return false;
+        WaitForMessages(20);
+    }
+    return true;
+}
+
+class ClockTest : public testing::Test {
+protected:
+    bool Running() { return clock_.Get(L"Running").Truth(); }
+    bool Start(int milliseconds) { return clock_.Call(L"SetTimer", milliseconds).Truth(); }
+
+    ScriptObject clock_ = ScriptObject::Make(L"Clock");
+};
+
+TEST_F(ClockTest, BuzzesOnceForEachTimer)
+{
+    EventListener listener(clock_.Dispatch());
+    EXPECT_FALSE(Start(0));
+    EXPECT_TRUE(Start(20));
+    EXPECT_TRUE(Start(60)) << "takes the place of the first";
+    EXPECT_TRUE(Running());
+    EXPECT_TRUE(PumpUntil([&] { return listener.Count(L"Buzz") == 1; }));
+    EXPECT_FALSE(Running());
+    EXPECT_FALSE(PumpUntil([&] { return listener.Count() > 1; }, 150)) << "no second one";
+
+    Start(20);
+    clock_.Call(L"RemoveTimer");
+    EXPECT_FALSE(Running());
+    EXPECT_FALSE(PumpUntil([&] { return listener.Count() > 1; }, 150)) << "removed";
+}
+
+TEST_F(ClockTest, CanBeWaitedForWithoutEvents)
+{
+    EXPECT_FALSE(clock_.Call(L"Wait").Truth()) << "nothing to wait for";
+    Start(60'000);
+    EXPECT_FALSE(clock_.Call(L"Wait", 30).Truth()) << "not in that time";
+    EXPECT_TRUE(Running());
+    Start(30);
+    EXPECT_TRUE(clock_.Call(L"Wait").Truth());
+    EXPECT_FALSE(Running());
+}
+
+// Acts on the clock from inside its own event.
+class Reaction : public IDispatch {
+public:
+    explicit Reaction(std::function<void()> act) : act_(std::move(act)) {}
+    STDMETHODIMP QueryInterface(REFIID, void** object) override
+    {
+        *object = this;
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
+    {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                        UINT*) override
+    {
+        ++calls;
+        act_();
+        return result;
+    }
+
+    int calls = 0;
+    HRESULT result = S_OK;
+
+private:
+    std::function<void()> act_;
+};
+
+ComPtr<IConnectionPoint> PointOf(IDispatch* object)
+{
+    ComPtr<IConnectionPointContainer> container;
+    ComPtr<IEnumConnectionPoints> points;
+    ComPtr<IConnectionPoint> point;
+    Check(object->QueryInterface(IID_PPV_ARGS(&container)));
+    Check(container->EnumConnectionPoints(&points));
+    Check(points->Next(1, &point, nullptr));
+    return point;
+}
+
+TEST_F(ClockTest, AHandlerMaySetTheTimerAgain)
+{
+    Reaction again([&] { Start(10); });
+    const ComPtr<IConnectionPoint> point = PointOf(clock_.Dispatch());
+    DWORD cookie = 0;
+    ASSERT_HRESULT_SUCCEEDED(point->Advise(&again, &cookie));
+    Start(10);
+    EXPECT_TRUE(PumpUntil([&] { return again.calls >= 3; }));
+    clock_.Call(L"RemoveTimer");
+    ASSERT_HRESULT_SUCCEEDED(point->Unadvise(cookie));
+}
+
+TEST_F(ClockTest, AHandlerMayReleaseTheClock)
+{
+    Reaction release([&] { clock_.Release(); });
+    DWORD cookie = 0;
+    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(&release, &cookie));
+    Start(10);
+    EXPECT_TRUE(PumpUntil([&] { return release.calls == 1; }));
+}
+
+TEST_F(ClockTest, AReleasedClockIsSilent)
+{
+    auto reaction = std::make_unique<Reaction>([] {});
+    DWORD cookie = 0;
+    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(reaction.get(), &cookie));
+    Start(20);
+    clock_.Release();
+    EXPECT_FALSE(PumpUntil([&] { return reaction->calls > 0; }, 100));
+}
+
+// One that fails does not keep the next from hearing; one that is gone is dropped.
+TEST_F(ClockTest, SinksAreIndependent)
+{
+    Reaction failing([] {});
+    Reaction gone([] {});
+    Reaction last([] {});
+    failing.result = E_FAIL;
+    gone.result = RPC_E_DISCONNECTED;
+    const ComPtr<IConnectionPoint> point = PointOf(clock_.Dispatch());
+    DWORD cookies[3]{};
+    ASSERT_HRESULT_SUCCEEDED(point->Advise(&failing, &cookies[0]));
+    ASSERT_HRESULT_SUCCEEDED(point->Advise(&gone, &cookies[1]));
+    ASSERT_HRESULT_SUCCEEDED(point->Advise(&last, &cookies[2]));
+    for (int round = 1; round <= 2; ++round) {
+        Start(10);
+        EXPECT_TRUE(PumpUntil([&] { return last.calls == round; }));
+    }
+    EXPECT_EQ(failing.calls, 2);
+    EXPECT_EQ(gone.calls, 1);
+
+    ComPtr<IEnumConnections> connections;
+    CONNECTDATA left[3]{};
+    ULONG count = 0;
+    ASSERT_HRESULT_SUCCEEDED(point->EnumConnections(&connections));
+    EXPECT_EQ(connections->Next(3, left, &count), S_FALSE);
+    EXPECT_EQ(count, 2U);
+    EXPECT_EQ(left[1].dwCookie, cookies[2]);
+    EXPECT_EQ(point->Unadvise(cookies[1]), CONNECT_E_NOCONNECTION);
+    EXPECT_EQ(point->Unadvise(0), CONNECT_E_NOCONNECTION);
+}
+
+} // namespace
+} // namespace quill::test
