@@ -1,5 +1,6 @@
 #include "dialogs/FileSelection.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 
 #include "core/Catalogue.h"
@@ -11,7 +12,9 @@ namespace quill {
 namespace {
 
 constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
-constexpr LONG kCancelled = -1;    // ErrorCode when the user chose nothing
+// Behind the room that the dialog is told of: not every implementation keeps to it.
+constexpr size_t kSpareUnits = 65536;
+constexpr LONG kCancelled = -1; // ErrorCode when the user chose nothing
 
 constexpr DWORD kCommonFlags = OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST |
                                OFN_NODEREFERENCELINKS | OFN_DONTADDTORECENT;
@@ -72,7 +75,7 @@ LONG FileSelection::ShowDialog(SHORT mode)
     const size_t units = BufferUnits(mode);
     if (fileName_.size() > units) RaiseRuntimeError(RuntimeError::InvalidCall);
     std::wstring path = fileName_;
-    path.resize(units + 1); // a name that fills its room still has an end
+    path.resize(units + kSpareUnits); // a name that fills its room still has an end
     std::wstring nameTitle(kPathUnits, L'\0');
     // Calls that come in while the dialog is open may change the properties. A filter that was not
     // ended is ended here.
@@ -101,6 +104,7 @@ LONG FileSelection::ShowDialog(SHORT mode)
         return 0;
     }
     errorCode_ = 0;
+    path.resize(units);
     const size_t offset = dialog.nFileOffset;
     if (mode == kOpenSeveral && offset > 0 && path[offset - 1] == L'\0')
         return TakeSeveral(path, offset);
@@ -114,13 +118,17 @@ LONG FileSelection::TakeOne(const std::wstring& path, size_t nameOffset)
     return 1;
 }
 
-// The folder, a NUL, the names with a NUL after each, and one more NUL.
+// The folder, a NUL, the names with a NUL after each, and one more NUL. A list that does not end
+// was cut, whatever the dialog says.
 LONG FileSelection::TakeSeveral(const std::wstring& buffer, size_t nameOffset)
 {
-    directory_ = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
     const size_t end = buffer.find(std::wstring(2, L'\0'), nameOffset);
-    fileName_ = end == std::wstring::npos ? std::wstring()
-                                          : buffer.substr(nameOffset, end + 1 - nameOffset);
+    if (end == std::wstring::npos) {
+        errorCode_ = FNERR_BUFFERTOOSMALL;
+        return 0;
+    }
+    directory_ = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
+    fileName_ = buffer.substr(nameOffset, end + 1 - nameOffset);
     const auto count = std::count(fileName_.begin(), fileName_.end(), L'\0');
     if (convert_) fileName_ = NulsToLineBreaks(fileName_);
     return static_cast<LONG>(count);

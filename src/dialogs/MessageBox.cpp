@@ -32,9 +32,9 @@ IDispatch* Create<::MessageBox>()
     return new MessageBox;
 }
 
-MessageBoxFunction& MessageBoxOfThread() noexcept
+std::function<int(const MSGBOXPARAMSW*)>& MessageBoxOfThread() noexcept
 {
-    thread_local MessageBoxFunction function = MessageBoxIndirectW;
+    thread_local std::function<int(const MSGBOXPARAMSW*)> function = MessageBoxIndirectW;
     return function;
 }
 

@@ -1,6 +1,8 @@
 // Quill.MessageBox: the system's message box, with icons of any module, languages and placement.
 #pragma once
 
+#include <functional>
+
 #include "core/Automation.h"
 #include "dialogs/IconModule.h"
 #include "gui/windowfn.h"
@@ -94,7 +96,6 @@ private:
 };
 
 // The platform's message box; tests put their own in its place.
-using MessageBoxFunction = int(WINAPI*)(const MSGBOXPARAMSW*);
-MessageBoxFunction& MessageBoxOfThread() noexcept;
+std::function<int(const MSGBOXPARAMSW*)>& MessageBoxOfThread() noexcept;
 
 } // namespace quill

@@ -32,10 +32,8 @@ IDispatch* Create<::TaskDialog>()
 TaskDialogFunctions& TaskDialogsOfThread() noexcept
 {
     thread_local TaskDialogFunctions functions{
-        FindSystemFunction<std::remove_pointer_t<decltype(TaskDialogFunctions::show)>>(
-            L"comctl32.dll", "TaskDialog"),
-        FindSystemFunction<std::remove_pointer_t<decltype(TaskDialogFunctions::showIndirect)>>(
-            L"comctl32.dll", "TaskDialogIndirect")};
+        FindSystemFunction<decltype(::PlatformTaskDialog)>(L"comctl32.dll", "TaskDialog"),
+        FindSystemFunction<decltype(::TaskDialogIndirect)>(L"comctl32.dll", "TaskDialogIndirect")};
     return functions;
 }
 
@@ -71,7 +69,7 @@ SHORT TaskDialog::ShowSimple(const std::wstring& prompt, LONG buttons, const std
             buttons == kButtonsProperty ? buttons_ : buttons);
 
         const IconModule module = FindIcon();
-        const auto show = TaskDialogsOfThread().show;
+        const auto& show = TaskDialogsOfThread().show;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
         const HRESULT result =
@@ -122,7 +120,7 @@ SHORT TaskDialog::ShowFull()
         config.pRadioButtons = radioButtons.records.data();
         config.nDefaultRadioButton = radioButtonSelected_;
 
-        const auto show = TaskDialogsOfThread().showIndirect;
+        const auto& show = TaskDialogsOfThread().showIndirect;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
         int radioButton = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 
 #include "core/Automation.h"
 #include "dialogs/IconModule.h"
@@ -194,8 +195,10 @@ private:
 // The platform's task dialogs, null where this Windows lacks them; tests put their own in their
 // place.
 struct TaskDialogFunctions {
-    decltype(&::PlatformTaskDialog) show;
-    decltype(&::TaskDialogIndirect) showIndirect;
+    std::function<HRESULT(HWND, HINSTANCE, PCWSTR, PCWSTR, PCWSTR, TASKDIALOG_COMMON_BUTTON_FLAGS,
+                          PCWSTR, int*)>
+        show;
+    std::function<HRESULT(const TASKDIALOGCONFIG*, int*, int*, BOOL*)> showIndirect;
 };
 TaskDialogFunctions& TaskDialogsOfThread() noexcept;
 

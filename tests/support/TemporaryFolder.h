@@ -30,6 +30,7 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+    const std::wstring& Path() const { return path_; }
     std::wstring Path(const std::wstring& name) const { return path_ + L'\\' + name; }
 
     // Writes a file of these bytes and returns its path.
