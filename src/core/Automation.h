@@ -134,6 +134,15 @@ protected:
         });
     }
 
+    // The same for a routine that needs nothing of the object.
+    template <class Out, class Result, class... Parameters, class... Arguments>
+    HRESULT Call(Out* out, Result (*routine)(Parameters...), Arguments... arguments) noexcept
+    {
+        if (!out) return E_POINTER;
+        *out = Out{};
+        return Guarded([&] { Return(out, routine(Argument<Arguments>{arguments}...)); });
+    }
+
     // The same for a method without a result, and for the put of a property that is more than
     // stored.
     template <class Class, class Method, class... Arguments>

@@ -29,6 +29,10 @@ constexpr HRESULT ErrorNumber(unsigned number)
 
 // Every error that the system raises of its own, of all classes.
 namespace error {
+inline constexpr ErrorEntry kNoLogText{ErrorNumber(0x80040335), L"Quill.EventLog",
+                                       L"Missing event log string."};
+inline constexpr ErrorEntry kInvalidLogMode{ErrorNumber(0x80040336), L"Quill.EventLog",
+                                            L"Invalid log mode."};
 inline constexpr ErrorEntry kProfileNotFound{ErrorNumber(0x8004033F), L"Quill.Profile",
                                              L"Profile not found: "};
 inline constexpr ErrorEntry kNoProfile{ErrorNumber(0x80040340), L"Quill.Profile",

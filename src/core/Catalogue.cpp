@@ -11,7 +11,9 @@ namespace {
 const CatalogueRow kRows[] = {
     {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
+    {CLSID_EventLog, L"EventLog", Home::Pool, Create<::EventLog>},
     {CLSID_FileSelection, L"FileSelection", Home::Pool, Create<::FileSelection>},
+    {CLSID_Aux, L"Aux", Home::Pool, Create<::Aux>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},

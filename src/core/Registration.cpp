@@ -14,24 +14,41 @@ constexpr wchar_t kDualProxy[] = L"{00020424-0000-0000-C000-000000000046}";
 constexpr wchar_t kDispatchProxy[] = L"{00020420-0000-0000-C000-000000000046}";
 
 struct RegistryValue {
-    std::wstring key;  // below Software\Classes
+    std::wstring key;  // below the root that it is written to
     std::wstring name; // empty: the key's default value
     std::wstring text;
 };
 
-// Software\Classes of all users or of the current one, as 32-bit or as 64-bit programs see it.
-struct ClassesRoot {
+// A key below which we register, as 32-bit or as 64-bit programs see it.
+struct Root {
     HKEY hive;
     REGSAM view;
+    std::wstring path;
 };
 
-std::vector<ClassesRoot> RootsOf(HKEY hive)
+// Where the classes of all users or of the current one are.
+std::vector<Root> RootsOf(HKEY hive)
 {
+    const std::wstring path = L"Software\\Classes\\";
     BOOL on64BitWindows = FALSE;
     IsWow64Process(GetCurrentProcess(), &on64BitWindows);
-    if (!on64BitWindows) return {{hive, 0}};
-    return {{hive, KEY_WOW64_32KEY}, {hive, KEY_WOW64_64KEY}};
+    if (!on64BitWindows) return {{hive, 0, path}};
+    return {{hive, KEY_WOW64_32KEY, path}, {hive, KEY_WOW64_64KEY, path}};
 }
+
+// Where the sources of the application event log are, one for programs of all kinds. The event
+// viewer reads there which file has the texts of a source's events.
+const Root& EventSources()
+{
+    static const Root root{HKEY_LOCAL_MACHINE, 0,
+                           L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\"};
+    return root;
+}
+
+constexpr wchar_t kEventSource[] = L"Quill";
+constexpr wchar_t kMessageFile[] = L"EventMessageFile";
+constexpr DWORD kEventTypes =
+    EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE;
 
 void CheckWin32(LSTATUS status)
 {
@@ -156,15 +173,10 @@ std::vector<RegistryValue> Values(const std::wstring& program)
     return values;
 }
 
-std::wstring BelowClasses(const std::wstring& key)
-{
-    return L"Software\\Classes\\" + key;
-}
-
-void Write(const ClassesRoot& root, const RegistryValue& value)
+void Write(const Root& root, const RegistryValue& value)
 {
     HKEY key = nullptr;
-    CheckWin32(RegCreateKeyExW(root.hive, BelowClasses(value.key).c_str(), 0, nullptr, 0,
+    CheckWin32(RegCreateKeyExW(root.hive, (root.path + value.key).c_str(), 0, nullptr, 0,
                                KEY_SET_VALUE | root.view, nullptr, &key, nullptr));
     const RegistryKey owned(key);
     const auto bytes = static_cast<DWORD>((value.text.size() + 1) * sizeof(wchar_t));
@@ -172,39 +184,39 @@ void Write(const ClassesRoot& root, const RegistryValue& value)
                               reinterpret_cast<const BYTE*>(value.text.c_str()), bytes));
 }
 
-// The default value of a key; empty when there is none.
-std::wstring Read(const ClassesRoot& root, const std::wstring& name)
+// A text value of a key, the default one if no other is named; empty when there is none.
+std::wstring Read(const Root& root, const std::wstring& name, const wchar_t* value = nullptr)
 {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_QUERY_VALUE | root.view, &key))
+    if (RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_QUERY_VALUE | root.view, &key))
         return {};
     const RegistryKey owned(key);
     std::wstring text(4096, L'\0');
     auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    if (RegGetValueW(key, nullptr, nullptr, RRF_RT_REG_SZ, nullptr, text.data(), &bytes)) return {};
+    if (RegGetValueW(key, nullptr, value, RRF_RT_REG_SZ, nullptr, text.data(), &bytes)) return {};
     text.resize(bytes / sizeof(wchar_t) - 1);
     return text;
 }
 
 // Removes a key with all below it; a key that is not there is as good.
-void Remove(const ClassesRoot& root, const std::wstring& name)
+void Remove(const Root& root, const std::wstring& name)
 {
     HKEY key = nullptr;
     LSTATUS status =
-        RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_ALL_ACCESS | root.view, &key);
+        RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_ALL_ACCESS | root.view, &key);
     if (status == ERROR_FILE_NOT_FOUND) return;
     CheckWin32(status);
     const RegistryKey owned(key);
     CheckWin32(RegDeleteTreeW(key, nullptr));
-    status = RegDeleteKeyExW(root.hive, BelowClasses(name).c_str(), root.view, 0);
+    status = RegDeleteKeyExW(root.hive, (root.path + name).c_str(), root.view, 0);
     if (status != ERROR_FILE_NOT_FOUND) CheckWin32(status);
 }
 
 // The same, but only where nothing is below it.
-void RemoveIfEmpty(const ClassesRoot& root, const std::wstring& name)
+void RemoveIfEmpty(const Root& root, const std::wstring& name)
 {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(root.hive, BelowClasses(name).c_str(), 0, KEY_READ | root.view, &key)) return;
+    if (RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_READ | root.view, &key)) return;
     const RegistryKey owned(key);
     DWORD keys = 0;
     DWORD values = 0;
@@ -218,7 +230,7 @@ bool SamePath(const std::wstring& left, const std::wstring& right)
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-void RemoveFrom(const ClassesRoot& root, const std::wstring& program)
+void RemoveFrom(const Root& root, const std::wstring& program)
 {
     for (const CatalogueRow& row : kCatalogue) {
         const std::wstring server = Read(root, ClassKey(row) + L"\\LocalServer32");
@@ -241,6 +253,21 @@ void RemoveFrom(const ClassesRoot& root, const std::wstring& program)
     }
 }
 
+// The executable has the texts of our events.
+void WriteEventSource(const std::wstring& program)
+{
+    const Root& root = EventSources();
+    Write(root, {kEventSource, kMessageFile, program});
+    CheckWin32(RegSetKeyValueW(root.hive, (root.path + kEventSource).c_str(), L"TypesSupported",
+                               REG_DWORD, &kEventTypes, sizeof kEventTypes));
+}
+
+void RemoveEventSource(const std::wstring& program)
+{
+    const Root& root = EventSources();
+    if (SamePath(Read(root, kEventSource, kMessageFile), program)) Remove(root, kEventSource);
+}
+
 } // namespace
 
 RegistrationScope DefaultRegistrationScope() noexcept
@@ -256,17 +283,20 @@ RegistrationScope DefaultRegistrationScope() noexcept
 void RegisterServer(RegistrationScope scope, const std::wstring& program)
 {
     const HKEY hive = scope == RegistrationScope::AllUsers ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    for (const ClassesRoot& root : RootsOf(hive))
+    for (const Root& root : RootsOf(hive))
         for (const RegistryValue& value : Values(program))
             Write(root, value);
+    // The event log belongs to the machine; events of an unknown source are recorded all the same.
+    if (scope == RegistrationScope::AllUsers) WriteEventSource(program);
 }
 
 void UnregisterServer(const std::wstring& program)
 {
     // All users first: without the rights for that, nothing is removed rather than half.
     for (HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
-        for (const ClassesRoot& root : RootsOf(hive))
+        for (const Root& root : RootsOf(hive))
             RemoveFrom(root, program);
+    RemoveEventSource(program);
 }
 
 } // namespace quill

@@ -1,4 +1,5 @@
-// Registration of the server: classes, programmatic identifiers, type library and interfaces.
+// Registration of the server: classes, programmatic identifiers, type library, interfaces and, for
+// all users, the source of our events in the event log.
 #pragma once
 
 #include <string>

@@ -44,11 +44,16 @@ std::wstring LineBreaksToNuls(const std::wstring& text)
     return Replace(text, kLineBreak, kNul);
 }
 
+std::vector<std::wstring> SplitAt(const std::wstring& text, std::wstring_view separator)
+{
+    std::vector<std::wstring> parts;
+    ForEachPart(text, separator, [&](std::wstring_view part) { parts.emplace_back(part); });
+    return parts;
+}
+
 std::vector<std::wstring> SplitLines(const std::wstring& text)
 {
-    std::vector<std::wstring> lines;
-    ForEachPart(text, kLineBreak, [&](std::wstring_view line) { lines.emplace_back(line); });
-    return lines;
+    return SplitAt(text, kLineBreak);
 }
 
 std::string ToAnsi(const std::wstring& text)

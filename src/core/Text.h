@@ -15,7 +15,10 @@ std::wstring NulsToLineBreaks(const std::wstring& text);
 // Each CR LF becomes a NUL.
 std::wstring LineBreaksToNuls(const std::wstring& text);
 
-// The parts between the line breaks; empty ones too.
+// The parts between the separators, which are not empty; empty parts too.
+std::vector<std::wstring> SplitAt(const std::wstring& text, std::wstring_view separator);
+
+// The same at line breaks.
 std::vector<std::wstring> SplitLines(const std::wstring& text);
 
 // The text in the system's ANSI code page; characters that it lacks become question marks.

@@ -49,6 +49,14 @@ Variant::Variant(IDispatch* object) noexcept : Variant()
     if (object) object->AddRef();
 }
 
+Variant::Variant(Array array) : Variant()
+{
+    VARTYPE type = VT_EMPTY;
+    Check(SafeArrayGetVartype(array.get(), &type));
+    V_ARRAY(this) = array.release();
+    V_VT(this) = static_cast<VARTYPE>(VT_ARRAY | type);
+}
+
 Variant Variant::Dereferenced(const VARIANT& value)
 {
     Variant copy;
@@ -74,6 +82,25 @@ void* Room(VARIANT& value, VARTYPE type) noexcept
 }
 
 } // namespace
+
+Array MakeArray(VARTYPE type, size_t count)
+{
+    Array array(SafeArrayCreateVector(type, 0, static_cast<ULONG>(count)));
+    if (!array) throw std::bad_alloc();
+    return array;
+}
+
+Variant MakeStringArray(const std::vector<std::wstring>& strings, bool ofVariants)
+{
+    Array array = MakeArray(ofVariants ? VT_VARIANT : VT_BSTR, strings.size());
+    for (size_t index = 0; index < strings.size(); ++index) {
+        if (ofVariants)
+            DataOf<VARIANT>(*array)[index] = Variant(strings[index]).Detach();
+        else
+            DataOf<BSTR>(*array)[index] = MakeBstr(strings[index]).release();
+    }
+    return Variant(std::move(array));
+}
 
 std::wstring ToText(const VARIANT& value)
 {

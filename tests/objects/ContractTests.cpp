@@ -33,6 +33,11 @@ _Profile
   5 GetSectionNames([cvt BOOL = True]) BSTR
   6 SetValue(section BSTR, key BSTR, entry BSTR) BOOL
   7 SetSection(section BSTR, entries BSTR, [cvt BOOL = True]) BOOL
+_EventLog
+  1 ErrorLevel I2 get put
+  2 File BSTR get put
+  3 mode I2 get put
+  4 Report(estring BSTR, [etype I4 = 0])
 _FileSelection
   1 Directory BSTR get put
   2 DlgTitle BSTR get put
@@ -45,6 +50,39 @@ _FileSelection
   9 ErrorCode I4 get
   10 Dialog(mode I2) I4
   11 SetFilter(f VARIANT*)
+_Aux
+  1 Hex64(amount CY) BSTR
+  2 FormatByteSize(bytes CY) BSTR
+  3 TextToBytes(chars BSTR, [codepage I4 = 65001]) VARIANT
+  4 BytesToText(data VARIANT*, [codepage I4 = 65001]) BSTR
+  5 EncodeHex(data VARIANT*) BSTR
+  6 DecodeHex(chars BSTR) VARIANT
+  7 EncodeBase64(data VARIANT*) BSTR
+  8 DecodeBase64(chars BSTR) VARIANT
+  9 Hash(data VARIANT*, [algorithm BSTR = "SHA256"]) BSTR
+  10 HashFile(filespec BSTR, [algorithm BSTR = "SHA256"]) BSTR
+  11 VariantArray(items VARIANT*) VARIANT
+  12 TypedArray(items VARIANT*, vartype I4) VARIANT
+  13 Sort(items VARIANT*, [numeric BOOL = False], [descending BOOL = False]) VARIANT
+  14 Unique(items VARIANT*, [ignorecase BOOL = False]) VARIANT
+  15 Find(items VARIANT*, value VARIANT*, [start I4 = 0], [ignorecase BOOL = False]) I4
+  16 Join(items VARIANT*, separator BSTR) BSTR
+  17 Split(chars BSTR, separator BSTR) VARIANT
+  18 EncodeUrl(chars BSTR, [plus BOOL = False]) BSTR
+  19 DecodeUrl(chars BSTR, [plus BOOL = False]) BSTR
+  20 SplitUrl(url BSTR) VARIANT
+  21 CombineUrl(base BSTR, relative BSTR) BSTR
+  22 PathToUrl(filespec BSTR) BSTR
+  23 UrlToPath(url BSTR) BSTR
+  24 CombinePath(folder BSTR, name BSTR) BSTR
+  25 FullPath(filespec BSTR, folder BSTR) BSTR
+  26 RelativePath(filespec BSTR, folder BSTR) BSTR
+  27 CompactPath(filespec BSTR, width I4) BSTR
+  28 LongPath(filespec BSTR) BSTR
+  29 ShortPath(filespec BSTR) BSTR
+  30 MatchName(name BSTR, pattern BSTR) BOOL
+  31 ExpandEnvironment(chars BSTR) BSTR
+  32 SplitCommandLine(commandline BSTR) VARIANT
 _MessageBox
   1 Buttons I4 get put
   2 DefButton I4 get put

@@ -11,7 +11,12 @@
 namespace quill::test {
 namespace {
 
+using namespace std::literals;
+
 constexpr wchar_t kProgram[] = L"C:\\Program Files\\made up\\quill.exe";
+
+constexpr wchar_t kEventSource[] =
+    L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\Quill";
 
 // All values below a key, by path; text only.
 using Snapshot = std::map<std::wstring, std::wstring>;
@@ -56,6 +61,7 @@ Snapshot Registered(HKEY hive)
         collect(std::wstring(L"Quill.") + row.name);
         collect(std::wstring(L"Quill.") + row.name + L".1");
     }
+    if (hive == HKEY_LOCAL_MACHINE) Collect(hive, kEventSource, snapshot); // belongs to the machine
     collect(L"Interface\\" + braced(IID__Profile));
     collect(L"TypeLib\\" + braced(LIBID_Quill));
     return snapshot;
@@ -111,6 +117,13 @@ TEST_P(RegistrationTest, WritesWhatClientsLookFor)
               L"{00020424-0000-0000-C000-000000000046}");
     for (const CatalogueRow& row : kCatalogue)
         EXPECT_EQ(Read(std::wstring(L"Quill.") + row.name), std::wstring(L"Quill.") + row.name);
+
+    if (GetParam().scope == RegistrationScope::AllUsers) {
+        Snapshot source;
+        Collect(HKEY_LOCAL_MACHINE, kEventSource, source);
+        EXPECT_EQ(source[kEventSource + L"\\EventMessageFile="s], kProgram);
+        EXPECT_EQ(source[kEventSource + L"\\TypesSupported="s], L"\7");
+    }
 
     EXPECT_EQ(Registered(GetParam().other), before);
 }

@@ -1,0 +1,45 @@
+#include "services/EventLog.h"
+
+#include "core/Catalogue.h"
+
+namespace quill {
+
+namespace {
+
+constexpr wchar_t kDefaultFile[] = L"quill.log";
+
+LogEventType TypeOfIcon(LONG icon) noexcept
+{
+    switch (icon) {
+    case MB_ICONHAND: return LogEventType::Error;
+    case MB_ICONEXCLAMATION: return LogEventType::Warning;
+    case MB_ICONASTERISK: return LogEventType::Information;
+    default: return kDefaultEventType;
+    }
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::EventLog>()
+{
+    return new EventLog;
+}
+
+void EventLog::SetMode(SHORT mode)
+{
+    static constexpr LogMode kModes[] = {LogMode::Automatic, LogMode::System, LogMode::File};
+    if (InRange(mode, 0, 2))
+        mode_ = static_cast<SHORT>(kModes[mode]);
+    else
+        Fail(error::kInvalidLogMode);
+}
+
+void EventLog::LogEvent(const std::wstring& text, LONG icon)
+{
+    if (text.empty()) Fail(error::kNoLogText);
+    const Logging service(file_.empty() ? kDefaultFile : file_, static_cast<LogMode>(mode_));
+    service.Log(text, TypeOfIcon(icon));
+}
+
+} // namespace quill

@@ -1,0 +1,31 @@
+// Quill.EventLog: records messages in the system's event log or in a log file.
+#pragma once
+
+#include "core/Automation.h"
+#include "core/ErrorLevel.h"
+#include "services/Logging.h"
+
+namespace quill {
+
+// ErrorLevel silences the errors of the arguments. Failures of the logging service are raised
+// always: a message would be lost without a word.
+class EventLog final : public WithErrorLevel<Automation<_EventLog>> {
+public:
+    STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
+    STDMETHODIMP put_File(BSTR value) noexcept override { return Put(file_, value); }
+    STDMETHODIMP get_mode(SHORT* value) noexcept override { return Get(value, mode_); }
+    STDMETHODIMP put_mode(SHORT value) noexcept override { return Call(&EventLog::SetMode, value); }
+    STDMETHODIMP Report(BSTR estring, LONG etype) noexcept override
+    {
+        return Call(&EventLog::LogEvent, estring, etype);
+    }
+
+private:
+    void SetMode(SHORT mode);
+    void LogEvent(const std::wstring& text, LONG icon);
+
+    std::wstring file_;
+    SHORT mode_ = static_cast<SHORT>(LogMode::Automatic); // the logging service's number
+};
+
+} // namespace quill

@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+#include "services/Logging.h"
+#include "support/ScriptObject.h"
+#include "support/TemporaryFolder.h"
+
+#include <shlobj.h>
+
+namespace quill::test {
+namespace {
+
+using namespace std::literals;
+
+struct Reported {
+    WORD type;
+    WORD category;
+    DWORD id;
+    std::vector<std::wstring> texts;
+};
+
+thread_local std::vector<Reported> reported;
+thread_local DWORD refusal; // what the system's event log answers; 0: it takes the event
+
+BOOL WINAPI RecordEvent(HANDLE, WORD type, WORD category, DWORD id, PSID, WORD count, DWORD,
+                        LPCWSTR* texts, void*)
+{
+    SetLastError(refusal);
+    if (refusal) return FALSE;
+    reported.push_back({type, category, id, {texts, texts + count}});
+    return TRUE;
+}
+
+std::string Contents(const std::wstring& path)
+{
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+// The time of a line in milliseconds since 1601, by its own offset.
+LONGLONG TimeOf(const std::string& line)
+{
+    SYSTEMTIME time{};
+    char sign = 0;
+    int hours = 0;
+    int minutes = 0;
+    if (std::sscanf(line.c_str(), "%4hu-%2hu-%2huT%2hu:%2hu:%2hu.%3hu%c%2d:%2d", &time.wYear,
+                    &time.wMonth, &time.wDay, &time.wHour, &time.wMinute, &time.wSecond,
+                    &time.wMilliseconds, &sign, &hours, &minutes) != 10)
+        return 0;
+    FILETIME ticks;
+    SystemTimeToFileTime(&time, &ticks);
+    const LONGLONG offset = (hours * 60 + minutes) * 60'000LL * (sign == '-' ? -1 : 1);
+    return (static_cast<LONGLONG>(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime) / 10'000 -
+           offset;
+}
+
+LONGLONG Now()
+{
+    FILETIME ticks;
+    GetSystemTimeAsFileTime(&ticks);
+    return (static_cast<LONGLONG>(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime) / 10'000;
+}
+
+// The platform's own log takes everything here and keeps nothing, so what goes to it is recorded in
+// front of it. How the event viewer shows an event cannot be seen; which text the message table
+// makes of it can.
+class EventLogTest : public testing::Test {
+protected:
+    EventLogTest()
+    {
+        reported.clear();
+        refusal = 0;
+        ReportEventOfThread() = RecordEvent;
+    }
+    ~EventLogTest() override { ReportEventOfThread() = ReportEventW; }
+
+    const TemporaryFolder folder_;
+    const std::wstring path_ = folder_.Path(L"a.log");
+    ScriptObject log_ = ScriptObject::Make(L"EventLog");
+};
+
+TEST_F(EventLogTest, ModeReadsAsTheServicesNumber)
+{
+    EXPECT_EQ(log_.Get(L"mode"), 0);
+    for (const auto& [value, expected] : {std::pair{1, 3}, {2, 2}, {0, 0}}) {
+        log_.Put(L"mode", value);
+        EXPECT_EQ(log_.Get(L"mode"), expected);
+    }
+    log_.Put(L"mode", 1);
+    for (int level : {1, 0}) {
+        log_.Put(L"ErrorLevel", level);
+        for (int value : {3, 5, -1, 32767, -32768}) {
+            EXPECT_EQ(ErrorOf([&] { log_.Put(L"mode", value); }),
+                      level ? (ScriptError{0x80040336, L"Quill.EventLog", L"Invalid log mode."})
+                            : ScriptError{});
+            EXPECT_EQ(log_.Get(L"mode"), 3);
+        }
+    }
+}
+
+TEST_F(EventLogTest, AnEmptyTextIsRecordedOnlyQuietly)
+{
+    EXPECT_EQ(ErrorOf([&] { log_.Call(L"Report", L"", 16); }),
+              (ScriptError{0x80040335, L"Quill.EventLog", L"Missing event log string."}));
+    EXPECT_TRUE(reported.empty());
+    log_.Put(L"ErrorLevel", 0);
+    log_.Call(L"Report", L"", 16);
+    ASSERT_EQ(reported.size(), 1u);
+    EXPECT_EQ(reported[0].texts, std::vector<std::wstring>{L""});
+    EXPECT_EQ(reported[0].type, EVENTLOG_ERROR_TYPE);
+}
+
+TEST_F(EventLogTest, IconsAreTypesOfEvents)
+{
+    log_.Put(L"File", path_);
+    for (const auto& [icon, type] : {std::pair<Arg, WORD>{16, WORD{1}},
+                                     {48, WORD{2}},
+                                     {64, WORD{4}},
+                                     {Missing(), WORD{4}},
+                                     {17, WORD{4}},
+                                     {32, WORD{4}},
+                                     {-1, WORD{4}},
+                                     {INT_MAX, WORD{4}}}) {
+        reported.clear();
+        log_.Call(L"Report", L"text", icon.value);
+        ASSERT_EQ(reported.size(), 1u);
+        EXPECT_EQ(reported[0].type, type);
+        EXPECT_EQ(reported[0].category, 0);
+        EXPECT_EQ(reported[0].texts, std::vector<std::wstring>{L"text"});
+    }
+    EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(EventLogTest, TheEventViewerShowsTheText)
+{
+    const std::wstring text = L"100% of %1, %%2 and %n\0 end\r\nline"s;
+    log_.Call(L"Report", text);
+    ASSERT_EQ(reported.size(), 1u);
+    ASSERT_EQ(reported[0].texts.size(), 1u);
+    const std::wstring insertion = reported[0].texts[0];
+    DWORD_PTR arguments[] = {reinterpret_cast<DWORD_PTR>(insertion.c_str())};
+    wchar_t shown[200]{};
+    FormatMessageW(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY,
+                   GetModuleHandleW(nullptr), reported[0].id, 0, shown, 200,
+                   reinterpret_cast<va_list*>(arguments));
+    EXPECT_EQ(shown, insertion + L"\r\n");
+    // Nothing in it is replaced a second time, and nothing cuts it off.
+    EXPECT_EQ(insertion, L"100% of %\u200B1, %%\u200B2 and %n\u2400 end\r\nline");
+}
+
+TEST_F(EventLogTest, ALongTextBecomesSeveralEvents)
+{
+    std::wstring text(31'838, L'a');
+    text += L"\U0001F600"; // lies across the limit
+    text += std::wstring(40'000, L'b');
+    log_.Call(L"Report", text, 48);
+    ASSERT_EQ(reported.size(), 3u);
+    std::wstring together;
+    for (const Reported& event : reported) {
+        EXPECT_EQ(event.type, EVENTLOG_WARNING_TYPE);
+        EXPECT_LE(event.texts[0].size(), 31'839u);
+        together += event.texts[0];
+    }
+    EXPECT_EQ(together, text);
+    EXPECT_EQ(reported[0].texts[0].back(), L'a');
+}
+
+TEST_F(EventLogTest, TheFileHasOneLineAnEvent)
+{
+    log_.Put(L"mode", 2);
+    log_.Put(L"File", path_);
+    const LONGLONG begin = Now();
+    log_.Call(L"Report", L"first", 16);
+    log_.Call(L"Report", L"two\r\nlines\tand\0\u20AC C:\\x"s, 48);
+    log_.Call(L"Report", L"third", 17);
+    const LONGLONG end = Now();
+
+    const std::string contents = Contents(path_);
+    const std::string time = R"((\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d))";
+    const std::regex expected("\xEF\xBB\xBF" + time + "\tError\tfirst\r\n" + time +
+                              "\tWarning\ttwo\xE2\x90\x8D\xE2\x90\x8Alines\xE2\x90\x89"
+                              "and\xE2\x90\x80\xE2\x82\xAC C:\\\\x\r\n" +
+                              time + "\tInformation\tthird\r\n");
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(contents, match, expected)) << contents;
+    for (size_t line = 1; line < match.size(); ++line) {
+        EXPECT_GE(TimeOf(match[line]), begin);
+        EXPECT_LE(TimeOf(match[line]), end);
+    }
+    EXPECT_TRUE(reported.empty());
+}
+
+TEST_F(EventLogTest, RelativeNamesLieInTheUsersFolder)
+{
+    PWSTR data = nullptr;
+    Check(SHGetKnownFolderPath(FOLDERID_LocalAppData, 0, nullptr, &data));
+    const std::filesystem::path folder =
+        std::filesystem::path(TaskMemory<wchar_t>(data).get()) / L"Quill";
+    log_.Put(L"mode", 2);
+    for (const wchar_t* name : {L"", L"other.log"}) {
+        const auto path = folder / (*name ? name : L"quill.log");
+        std::filesystem::remove(path);
+        log_.Put(L"File", name);
+        log_.Call(L"Report", L"here");
+        EXPECT_TRUE(Contents(path).ends_with("\there\r\n"));
+        std::filesystem::remove(path);
+    }
+}
+
+TEST_F(EventLogTest, AFileThatCannotBeWrittenIsAnError)
+{
+    log_.Put(L"mode", 2);
+    log_.Put(L"ErrorLevel", 0); // silences mistakes of the script, not a lost message
+    std::filesystem::create_directory(folder_.Path(L"folder"));
+    const struct {
+        std::wstring file;
+        DWORD code;
+    } cases[] = {
+        {folder_.Path(L"folder"), ERROR_ACCESS_DENIED},
+        {folder_.Path(L"none\\a.log"), ERROR_PATH_NOT_FOUND},
+        {path_ + L'\0', ERROR_INVALID_NAME},
+        {LR"(\\.\nul)", ERROR_INVALID_NAME},
+    };
+    for (const auto& [file, code] : cases) {
+        log_.Put(L"File", file);
+        const ScriptError error = ErrorOf([&] { log_.Call(L"Report", L"lost"); });
+        const std::wstring begin = L"Cannot write to the log file " + file + L": ";
+        EXPECT_EQ(error.number, 0x80070000 | code) << Narrow(file);
+        EXPECT_EQ(error.source, L"Quill.EventLog");
+        // An error's text ends at a NUL.
+        EXPECT_TRUE(error.description.starts_with(begin.substr(0, begin.find(L'\0'))));
+    }
+    EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(EventLogTest, ARefusedEventGoesToTheFileInAutomaticMode)
+{
+    refusal = ERROR_ACCESS_DENIED;
+    log_.Put(L"File", path_);
+    log_.Call(L"Report", L"kept", 16);
+    EXPECT_TRUE(Contents(path_).ends_with("\tError\tkept\r\n"));
+    log_.Put(L"mode", 1);
+    EXPECT_EQ(ErrorOf([&] { log_.Call(L"Report", L"refused"); }).number, 0x80070005u);
+    EXPECT_EQ(Contents(path_).find("refused"), std::string::npos);
+}
+
+// A lock belongs to a handle, so writers on threads meet as those in other processes do.
+TEST_F(EventLogTest, WritersDoNotDisturbEachOther)
+{
+    constexpr int kWriters = 4;
+    constexpr int kLines = 50;
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < kWriters; ++writer)
+        writers.emplace_back([this, writer] {
+            const Logging service(path_, LogMode::File);
+            for (int line = 0; line < kLines; ++line)
+                service.Log(L"<" + std::wstring(500, static_cast<wchar_t>(L'a' + writer)) + L">",
+                            LogEventType::Information);
+        });
+    for (std::thread& writer : writers)
+        writer.join();
+
+    const std::string contents = Contents(path_);
+    EXPECT_EQ(contents.rfind("\xEF\xBB\xBF"), 0u); // once, at the beginning
+    std::istringstream lines(contents);
+    int counts[kWriters]{};
+    for (std::string line; std::getline(lines, line);) {
+        const size_t begin = line.find('<');
+        ASSERT_TRUE(line.ends_with(">\r") && line.size() - begin == 503) << line;
+        ASSERT_EQ(line.find_first_not_of(line[begin + 1], begin + 1), begin + 501) << line;
+        ++counts[line[begin + 1] - 'a'];
+    }
+    for (int count : counts)
+        EXPECT_EQ(count, kLines);
+}
+
+} // namespace
+} // namespace quill::test
