@@ -1,6 +1,7 @@
 // Owners of automation values.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "core/AutomationError.h"
@@ -9,6 +10,8 @@ namespace quill {
 
 // A counted string; embedded NULs are kept. Throws std::bad_alloc.
 Bstr MakeBstr(std::wstring_view text);
+
+using Array = Owned<SAFEARRAY*, SafeArrayDestroy>;
 
 // A VARIANT that releases what it holds.
 class Variant : public VARIANT {
@@ -28,6 +31,7 @@ public:
     explicit Variant(double number) noexcept;
     explicit Variant(bool truth) noexcept;
     explicit Variant(IDispatch* object) noexcept; // adds its own reference
+    explicit Variant(Array array);
 
     // A copy of the value behind all references.
     static Variant Dereferenced(const VARIANT& value);
@@ -40,6 +44,23 @@ public:
         return value;
     }
 };
+
+// A zero-based array of this many elements, all of them 0 or empty. Throws std::bad_alloc.
+Array MakeArray(VARTYPE type, size_t count);
+
+// The elements of a one-dimensional array, to be read or filled in place.
+template <class Element>
+std::span<Element> DataOf(const SAFEARRAY& array) noexcept
+{
+    return {static_cast<Element*>(array.pvData), array.rgsabound[0].cElements};
+}
+
+// A zero-based array of these strings: one of Variants, as scripts take it, or one of strings.
+Variant MakeStringArray(const std::vector<std::wstring>& strings, bool ofVariants);
+
+// Assigns to a script's own variable. One with a type of its own keeps it: the value is converted,
+// and what cannot be converted raises the language's run-time error.
+void Assign(VARIANT& variable, Variant value);
 
 // Conversions as the languages do them; what cannot be converted raises their run-time errors.
 std::wstring ToText(const VARIANT& value);

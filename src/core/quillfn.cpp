@@ -18,18 +18,6 @@ std::wstring HomeFolder()
     return {folder, length};
 }
 
-// The text in the system's ANSI code page; characters that it lacks become question marks.
-std::string ToAnsi(const std::wstring& text)
-{
-    const int units = static_cast<int>(text.size());
-    std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
-                                                             0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
-                        nullptr, nullptr);
-    return ansi;
-}
-
 bool IsNumeric(const VARIANT& value) noexcept
 {
     switch (V_VT(&value)) {
@@ -91,6 +79,26 @@ short ElementCount(const VARIANT& array)
 bool IsArrayByReference(const VARIANT& value) noexcept
 {
     return (V_VT(&value) & (VT_ARRAY | VT_BYREF)) == (VT_ARRAY | VT_BYREF);
+}
+
+std::string ToAnsi(std::wstring_view text)
+{
+    const int units = static_cast<int>(text.size());
+    std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
+                                                             0, nullptr, nullptr)),
+                     '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
+                        nullptr, nullptr);
+    return ansi;
+}
+
+std::wstring FromAnsi(std::string_view text)
+{
+    const int bytes = static_cast<int>(text.size());
+    std::wstring wide(
+        static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0)), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), static_cast<int>(wide.size()));
+    return wide;
 }
 
 bool FileExists(std::wstring& path, bool resolve) noexcept

@@ -20,6 +20,12 @@ short ElementCount(const VARIANT& array);
 // True for an array that was passed by reference.
 bool IsArrayByReference(const VARIANT& value) noexcept;
 
+// The text in the system's ANSI code page; characters that it lacks become question marks.
+std::string ToAnsi(std::wstring_view text);
+
+// The characters of text in the system's ANSI code page.
+std::wstring FromAnsi(std::string_view text);
+
 // True when the path names something, folders included. With `resolve`, a bare file name is first
 // rewritten in `path` to lie in the program's folder (or the current directory). The question goes
 // to GetFileAttributesA, so a name outside the ANSI code page does not exist.
