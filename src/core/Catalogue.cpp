@@ -11,6 +11,7 @@ namespace {
 const CatalogueRow kRows[] = {
     {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
+    {CLSID_File, L"File", Home::Main, Create<::File>},
     {CLSID_FileSelection, L"FileSelection", Home::Pool, Create<::FileSelection>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
