@@ -13,6 +13,7 @@ const CatalogueRow kRows[] = {
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
     {CLSID_File, L"File", Home::Main, Create<::File>},
     {CLSID_FileSelection, L"FileSelection", Home::Pool, Create<::FileSelection>},
+    {CLSID_Registry, L"Registry", Home::Pool, Create<::Registry>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
