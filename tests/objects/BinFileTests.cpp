@@ -362,7 +362,7 @@ TEST_F(BinFileTest, ClosedAndReadOnlyFiles)
     reading.Put(L"LOC", Count(-1));
 }
 
-// Of all failures, those of the platform are made by closing its handle behind the object's back.
+// The failures of the platform are made by putting an event in the place of the file's handle.
 TEST_F(BinFileTest, ErrorLevelLetsThroughWhatIsSevereEnough)
 {
     ScriptObject file = Make("abc");
@@ -373,6 +373,7 @@ TEST_F(BinFileTest, ErrorLevelLetsThroughWhatIsSevereEnough)
     }
     const auto raw = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(file.Get(L"handle").Number()));
     ASSERT_TRUE(CloseHandle(raw));
+    ASSERT_EQ(CreateEventW(nullptr, FALSE, FALSE, nullptr), raw);
     file.Put(L"Location2", 1);
 
     Variant data;

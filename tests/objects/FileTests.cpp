@@ -143,6 +143,11 @@ TEST_F(FileTest, TimesOfFilesAndFolders)
         EXPECT_EQ(file_.Call(L"TimeGet", path, 4), before);
         EXPECT_EQ(file_.Call(L"TimeSet", path, Date(40000.5), 4), true);
         EXPECT_EQ(file_.Call(L"TimeGet", path, 4), Date(40000.5));
+        EXPECT_EQ(file_.Call(L"TimeSet", path, Date(37000), 7), true);
+        for (const int which : {2, 4})
+            EXPECT_EQ(file_.Call(L"TimeGet", path, which), Date(37000));
+        EXPECT_EQ(file_.Call(L"TimeSet", path, Date(36526.25), 3), true);
+        EXPECT_EQ(file_.Call(L"TimeGet", path, 4), Date(37000));
         EXPECT_EQ(file_.Call(L"TimeSet", path, Date(1), 0), true);
         EXPECT_EQ(file_.Call(L"TimeGet", path), Date(36526.25)) << "which 0 sets none";
         // Before the file system's first year, and no date at all.

@@ -42,7 +42,9 @@ protected:
 
     void Set(const std::wstring& name, DWORD type, const std::wstring& text) const
     {
-        SetBytes(name, type, {reinterpret_cast<const char*>(text.data()), text.size() * 2});
+        // Behind a text stands no NUL, or the platform would store it too.
+        const std::wstring followed = text + L'x';
+        SetBytes(name, type, {reinterpret_cast<const char*>(followed.data()), text.size() * 2});
     }
     void SetBytes(const std::wstring& name, DWORD type, std::string_view bytes) const
     {
