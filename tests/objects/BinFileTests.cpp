@@ -189,9 +189,7 @@ TEST_F(BinFileTest, RefusesReadsThatCannotBe)
 
     // A variable that is an array is refused untouched; one that holds an array is taken.
     Variant array = ByteArray("keep");
-    Variant reference;
-    V_ARRAYREF(&reference) = &V_ARRAY(&array);
-    V_VT(&reference) = VT_BYREF | VT_ARRAY | VT_UI1;
+    const Variant reference = Reference(VT_ARRAY | VT_UI1, &V_ARRAY(&array));
     EXPECT_EQ(ErrorOf([&] { file.Call(L"BRead", reference, 4); }), kWrongType);
     EXPECT_EQ(BytesIn(array), "keep");
     EXPECT_EQ(file.Get(L"Location"), 0);
@@ -206,53 +204,38 @@ TEST_F(BinFileTest, ReadsIntoTypedVariables)
 {
     ScriptObject file = Make("\x2A\0\0\0\xFF\xFF\xFF\x7F"s + "ab");
     LONG number = 1;
-    Variant reference;
-    V_I4REF(&reference) = &number;
-    V_VT(&reference) = VT_BYREF | VT_I4;
-    EXPECT_EQ(file.Call(L"BRead", reference, 0, VT_I2), true);
+    SHORT small = 1;
+    BSTR text = MakeBstr(L"before").release();
+    EXPECT_EQ(file.Call(L"BRead", Reference(VT_I4, &number), 0, VT_I2), true);
     EXPECT_EQ(number, 42);
     file.Put(L"Location", 4);
-
-    SHORT small = 1;
-    V_I2REF(&reference) = &small;
-    V_VT(&reference) = VT_BYREF | VT_I2;
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BRead", reference, 0, VT_I4); }).number, 0x800A0006);
+    EXPECT_EQ(ErrorOf([&] { file.Call(L"BRead", Reference(VT_I2, &small), 0, VT_I4); }).number,
+              0x800A0006);
     EXPECT_EQ(small, 0);
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BRead", reference, 1); }).number, 0x800A000D);
-
-    BSTR text = MakeBstr(L"before").release();
-    V_BSTRREF(&reference) = &text;
-    V_VT(&reference) = VT_BYREF | VT_BSTR;
+    EXPECT_EQ(ErrorOf([&] { file.Call(L"BRead", Reference(VT_I2, &small), 1); }).number,
+              0x800A000D);
     file.Put(L"Location", 8);
     file.Put(L"ConvertAnsi", true);
-    EXPECT_EQ(file.Call(L"BRead", reference, 2, VT_BSTR), true);
+    EXPECT_EQ(file.Call(L"BRead", Reference(VT_BSTR, &text), 2, VT_BSTR), true);
     EXPECT_STREQ(Bstr(text).get(), L"ab");
 }
 
+// What bytes a value has is tested with their module.
 TEST_F(BinFileTest, Writes)
 {
     ScriptObject file = Make("");
-    EXPECT_EQ(file.Call(L"BWrite", 0x01020304), true);
-    EXPECT_EQ(file.Get(L"ByteCount"), 4);
+    EXPECT_EQ(file.Call(L"BWrite", L"text"), true);
     EXPECT_EQ(file.Call(L"BWrite", 0x41424344, 2), true); // its low bytes
     EXPECT_EQ(file.Get(L"ByteCount"), 2);
-    EXPECT_EQ(file.Call(L"BWrite", L"text"), true);
-    file.Put(L"UseUnicode", true);
-    EXPECT_EQ(file.Call(L"BWrite", L"u"), true);
-    file.Put(L"UseHexstring", true);
-    EXPECT_EQ(file.Call(L"BWrite", L"&hFFfe7"), true);
-    file.Put(L"TwistEndian", true);
-    EXPECT_EQ(file.Call(L"BWrite", static_cast<short>(0x4142)), true);
-    EXPECT_EQ(file.Call(L"BWrite", 1.0), true);
+    for (const wchar_t* option : {L"UseUnicode", L"UseHexstring", L"TwistEndian"})
+        file.Put(option, true);
+    for (const Arg& value : {Arg(L"u"), Arg(L"&hFFfe7"), Arg(0x01020304)})
+        EXPECT_EQ(file.Call(L"BWrite", value.value), true);
     Variant array = ByteArray("array");
     EXPECT_EQ(file.Call(L"BWrite", &array, 3), true);
-    EXPECT_EQ(file.Get(L"Length"), 28);
-    EXPECT_EQ(file.Get(L"Location"), 28);
-    EXPECT_EQ(Content(file), "\x04\x03\x02\x01"
-                             "DC"
-                             "text"
-                             "u\0\xFF\xFE\x70"
-                             "AB\x3F\xF0\0\0\0\0\0\0"
+    EXPECT_EQ(file.Get(L"Length"), 18);
+    EXPECT_EQ(file.Get(L"Location"), 18);
+    EXPECT_EQ(Content(file), "textDCu\0\xFF\xFE\x70\x01\x02\x03\x04"
                              "arr"s);
 }
 
@@ -261,11 +244,7 @@ TEST_F(BinFileTest, RefusesWritesThatCannotBe)
     ScriptObject file = Make("old");
     for (const int count : {5, -1, INT_MIN, INT_MAX})
         EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", 1, count); }), kSizeMismatch) << count;
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", L"", 1); }), kSizeMismatch);
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", true); }), kUnusable);
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", Variant()); }), kUnusable);
     EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", file.Dispatch()); }), kUnusable);
-    EXPECT_EQ(ErrorOf([&] { file.Call(L"BWrite", Variant(MakeArray(VT_VARIANT, 2))); }), kUnusable);
     EXPECT_EQ(file.Call(L"BWrite", L""), false); // no bytes to write, and no error either
     EXPECT_EQ(file.Get(L"ByteCount"), 0);
     EXPECT_EQ(Content(file), "old");
@@ -294,23 +273,19 @@ TEST_F(BinFileTest, PositionsBeyondFourGigabytes)
     file.Put(L"Location", INT_MIN);
     EXPECT_EQ(file.Get(L"LOC"), Count(kFar));
     EXPECT_EQ(file.Get(L"Location"), INT_MIN);
-    if (file.Call(L"BWrite", 7)
-            .Truth()) { // the file system may be too small even for a sparse file
-        EXPECT_EQ(file.Get(L"LOF"), Count(kFar + 4));
-        EXPECT_EQ(file.Get(L"Length2"), 2);
-        EXPECT_EQ(file.Get(L"Length"), INT_MIN + 4);
-        file.Put(L"LOC", Amount(kFar * 10'000 + 9'999)); // the fraction is dropped
-        EXPECT_EQ(file.Get(L"Location2"), 2);
-        Variant data;
-        EXPECT_EQ(file.Call(L"BRead", &data, 0, VT_I4), true);
-        EXPECT_EQ(V_I4(&data), 7);
-        EXPECT_EQ(file.Get(L"LOC"), Count(kFar + 4));
-        file.Put(L"Location2", 0);
-        file.Put(L"Location", 0);
-        EXPECT_EQ(file.Call(L"BTrim"), true);
-    } else {
-        ADD_FAILURE() << "no room for a sparse file: sizes are not tested";
-    }
+    ASSERT_EQ(file.Call(L"BWrite", 7), true) << "no room for a sparse file?";
+    EXPECT_EQ(file.Get(L"LOF"), Count(kFar + 4));
+    EXPECT_EQ(file.Get(L"Length2"), 2);
+    EXPECT_EQ(file.Get(L"Length"), INT_MIN + 4);
+    file.Put(L"LOC", Amount(kFar * 10'000 + 9'999)); // the fraction is dropped
+    EXPECT_EQ(file.Get(L"Location2"), 2);
+    Variant data;
+    EXPECT_EQ(file.Call(L"BRead", &data, 0, VT_I4), true);
+    EXPECT_EQ(V_I4(&data), 7);
+    EXPECT_EQ(file.Get(L"LOC"), Count(kFar + 4));
+    file.Put(L"Location2", 0);
+    file.Put(L"Location", 0);
+    EXPECT_EQ(file.Call(L"BTrim"), true);
 
     // After a move the halves come from the platform again, the one that was set before too.
     file.Put(L"LOC", Count(9));
@@ -378,9 +353,7 @@ TEST_F(BinFileTest, ErrorLevelLetsThroughWhatIsSevereEnough)
 
     Variant data;
     Variant array = ByteArray("x");
-    Variant reference;
-    V_ARRAYREF(&reference) = &V_ARRAY(&array);
-    V_VT(&reference) = VT_BYREF | VT_ARRAY | VT_UI1;
+    const Variant reference = Reference(VT_ARRAY | VT_UI1, &V_ARRAY(&array));
     const auto failed = [](const wchar_t* what) {
         return Error(0x80040350, std::wstring(L"API function failed to ") + what);
     };

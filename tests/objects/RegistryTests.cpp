@@ -306,9 +306,7 @@ TEST_F(RegistryTest, GetItemsAssignsToPlainVariables)
 {
     Make(L"a");
     Variant array(MakeArray(VT_I4, 2));
-    Variant reference;
-    V_ARRAYREF(&reference) = &V_ARRAY(&array);
-    V_VT(&reference) = VT_BYREF | VT_ARRAY | VT_I4;
+    const Variant reference = Reference(VT_ARRAY | VT_I4, &V_ARRAY(&array));
     EXPECT_EQ(registry_.Call(L"GetItems", Path(), reference), 0);
     EXPECT_EQ(registry_.Get(L"ErrorCode"), kInvalidPath);
     EXPECT_EQ(Elements(array), L"0 0 (3)");
@@ -316,9 +314,8 @@ TEST_F(RegistryTest, GetItemsAssignsToPlainVariables)
     EXPECT_EQ(Elements(array), L"a (12)");
     EXPECT_EQ(registry_.Call(L"GetItems", Path(), L"by value"), 1);
     LONG number = 7;
-    V_I4REF(&reference) = &number;
-    V_VT(&reference) = VT_BYREF | VT_I4;
-    EXPECT_EQ(ErrorOf([&] { registry_.Call(L"GetItems", Path(), reference); }).number, 0x800A000D);
+    const auto intoNumber = [&] { registry_.Call(L"GetItems", Path(), Reference(VT_I4, &number)); };
+    EXPECT_EQ(ErrorOf(intoNumber).number, 0x800A000D);
     EXPECT_EQ(number, 7);
 }
 
