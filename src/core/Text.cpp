@@ -56,7 +56,7 @@ std::vector<std::wstring> SplitLines(const std::wstring& text)
     return SplitAt(text, kLineBreak);
 }
 
-std::string ToAnsi(const std::wstring& text)
+std::string ToAnsi(std::wstring_view text)
 {
     const int units = static_cast<int>(text.size());
     std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
@@ -65,6 +65,15 @@ std::string ToAnsi(const std::wstring& text)
     WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
                         nullptr, nullptr);
     return ansi;
+}
+
+std::wstring FromAnsi(std::string_view text)
+{
+    const int bytes = static_cast<int>(text.size());
+    std::wstring wide(
+        static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0)), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), static_cast<int>(wide.size()));
+    return wide;
 }
 
 } // namespace quill

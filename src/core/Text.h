@@ -22,6 +22,9 @@ std::vector<std::wstring> SplitAt(const std::wstring& text, std::wstring_view se
 std::vector<std::wstring> SplitLines(const std::wstring& text);
 
 // The text in the system's ANSI code page; characters that it lacks become question marks.
-std::string ToAnsi(const std::wstring& text);
+std::string ToAnsi(std::wstring_view text);
+
+// The characters of text in the system's ANSI code page.
+std::wstring FromAnsi(std::string_view text);
 
 } // namespace quill

@@ -73,6 +73,32 @@ void CheckConversion(HRESULT result)
     if (FAILED(result)) RaiseRuntimeError(RuntimeError::TypeMismatch);
 }
 
+// Bytes of a value of this type; 0 for what cannot be assigned by its bytes alone.
+size_t SizeOf(VARTYPE type) noexcept
+{
+    switch (type) {
+    case VT_I1:
+    case VT_UI1: return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL: return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4: return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE: return 8;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN: return sizeof(void*);
+    default: return 0;
+    }
+}
+
 // Where an element of this type is to be put inside a Variant.
 void* Room(VARIANT& value, VARTYPE type) noexcept
 {
@@ -100,6 +126,23 @@ Variant MakeStringArray(const std::vector<std::wstring>& strings, bool ofVariant
             DataOf<BSTR>(*array)[index] = MakeBstr(strings[index]).release();
     }
     return Variant(std::move(array));
+}
+
+void Assign(VARIANT& variable, Variant value)
+{
+    if (!V_ISBYREF(&variable)) {
+        std::swap(variable, static_cast<VARIANT&>(value));
+        return;
+    }
+    if (!V_BYREF(&variable)) throw AutomationError{E_POINTER, {}, {}};
+    const auto type = static_cast<VARTYPE>(V_VT(&variable) & ~VT_BYREF);
+    if (type == VT_VARIANT) return Assign(*V_VARIANTREF(&variable), std::move(value));
+    const size_t size = SizeOf(type);
+    if (size == 0) RaiseRuntimeError(RuntimeError::TypeMismatch);
+    CheckConversion(VariantChangeType(&value, &value, 0, type));
+    // What the variable held goes away with the value.
+    auto* held = static_cast<BYTE*>(V_BYREF(&variable));
+    std::swap_ranges(held, held + size, &V_UI1(&value));
 }
 
 std::wstring ToText(const VARIANT& value)

@@ -58,6 +58,10 @@ std::span<Element> DataOf(const SAFEARRAY& array) noexcept
 // A zero-based array of these strings: one of Variants, as scripts take it, or one of strings.
 Variant MakeStringArray(const std::vector<std::wstring>& strings, bool ofVariants);
 
+// Assigns to a script's own variable. One with a type of its own keeps it: the value is converted,
+// and what cannot be converted raises the language's run-time error.
+void Assign(VARIANT& variable, Variant value);
+
 // Conversions as the languages do them; what cannot be converted raises their run-time errors.
 std::wstring ToText(const VARIANT& value);
 LONG ToLong(const std::wstring& text);

@@ -38,6 +38,18 @@ _EventLog
   2 File BSTR get put
   3 mode I2 get put
   4 Report(estring BSTR, [etype I4 = 0])
+_File
+  1 Application(filespec BSTR) BSTR
+  2 Create(filespec BSTR, [overwrite BOOL = False]) BOOL
+  3 ExeType(filespec BSTR) I4
+  4 ExeType2(filespec BSTR) I4
+  5 ExeType3(filespec BSTR, [winversion BOOL = False]) I2
+  6 Exists(filespec BSTR) BOOL
+  7 Replace(filespec BSTR, replacementfile BSTR, [backupfile BSTR = ""]) BOOL
+  8 OpenBinary(filespec BSTR, [write_access BOOL = True]) _BinFile*
+  9 TimeSet(File BSTR, dt DATE, [which I2 = 2]) BOOL
+  10 TimeGet(File BSTR, [which I2 = 2]) DATE
+  11 TimeCompare(file1 BSTR, file2 BSTR, [which I2 = 2]) I2
 _FileSelection
   1 Directory BSTR get put
   2 DlgTitle BSTR get put
@@ -83,6 +95,20 @@ _Aux
   30 MatchName(name BSTR, pattern BSTR) BOOL
   31 ExpandEnvironment(chars BSTR) BSTR
   32 SplitCommandLine(commandline BSTR) VARIANT
+_Registry
+  1 Access64 I4 get put
+  2 Continue I4 get put
+  3 ConvertArr BOOL get put
+  4 ConvertStr BOOL get put
+  5 ErrorCode I4 get
+  6 ItemType I4 get put
+  7 KeyLevels I4 get put
+  8 GetItems(sPath BSTR, vItems VARIANT*) I4
+  9 Search(sItem BSTR, sPath BSTR) BSTR
+  10 RegRead(sItem BSTR, [sVal BSTR = ""]) VARIANT
+  11 RegRead1(sItem BSTR, [sVal BSTR = ""]) VARIANT
+  12 RegEntryExists(sItem BSTR) I4
+  13 RegEntryExists1(sItem BSTR) I4
 _MessageBox
   1 Buttons I4 get put
   2 DefButton I4 get put
@@ -125,6 +151,26 @@ _Clock
   2 RemoveTimer()
   3 Running BOOL get
   4 Wait([timeout I4 = -1]) BOOL
+_BinFile
+  1 BRead(vdata VARIANT*, [numbytes I4 = 0], [vtype I4 = 0]) BOOL
+  2 BWrite(vdata VARIANT*, [numbytes I4 = 0]) BOOL
+  3 BTrim() BOOL
+  4 BFlush()
+  5 BClose()
+  6 ByteCount I4 get
+  7 EOF BOOL get
+  8 ErrorLevel I4 get put
+  9 ConvertAnsi BOOL get put
+  10 UseUnicode BOOL get put
+  11 UseHexstring BOOL get put
+  12 TwistEndian BOOL get put
+  13 handle I4 get
+  14 Length I4 get
+  15 Length2 I4 get
+  16 Location I4 get put
+  17 Location2 I4 get put
+  18 LOC CY get put
+  19 LOF CY get
 __Clock
   1 Buzz()
 )";

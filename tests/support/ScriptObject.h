@@ -64,6 +64,15 @@ private:
     Arg() = default;
 };
 
+// A variable with a type of its own, or an array, as typed languages pass it by reference.
+inline Variant Reference(int type, void* variable)
+{
+    Variant reference;
+    V_BYREF(&reference) = variable;
+    V_VT(&reference) = static_cast<VARTYPE>(VT_BYREF | type);
+    return reference;
+}
+
 // Equal in kind and value: text with text, True with True, whole numbers of any size.
 bool operator==(const Value& left, const Arg& right);
 

@@ -1,0 +1,107 @@
+// Quill.Registry: reads and searches the registry.
+#pragma once
+
+#include "core/Automation.h"
+#include "services/registryfn.h"
+
+namespace quill {
+
+// Paths begin with the name of a root key, long or short. Raises nothing of its own: ErrorCode
+// tells how the last call ended.
+class Registry final : public Automation<_Registry> {
+public:
+    STDMETHODIMP get_Access64(LONG* value) noexcept override { return Get(value, access64_); }
+    STDMETHODIMP put_Access64(LONG value) noexcept override
+    {
+        return Put<Within<0, 2>>(access64_, value);
+    }
+    STDMETHODIMP get_Continue(LONG* value) noexcept override { return Get(value, continue_); }
+    STDMETHODIMP put_Continue(LONG value) noexcept override
+    {
+        return Put<Within<0, 64>>(continue_, value);
+    }
+    STDMETHODIMP get_ConvertArr(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, convertArr_);
+    }
+    STDMETHODIMP put_ConvertArr(VARIANT_BOOL value) noexcept override
+    {
+        return Put(convertArr_, value);
+    }
+    STDMETHODIMP get_ConvertStr(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, convertStr_);
+    }
+    STDMETHODIMP put_ConvertStr(VARIANT_BOOL value) noexcept override
+    {
+        return Put(convertStr_, value);
+    }
+    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
+    STDMETHODIMP get_ItemType(LONG* value) noexcept override { return Get(value, itemType_); }
+    STDMETHODIMP put_ItemType(LONG value) noexcept override
+    {
+        return Put<Within<0, 2>>(itemType_, value);
+    }
+    STDMETHODIMP get_KeyLevels(LONG* value) noexcept override { return Get(value, keyLevels_); }
+    STDMETHODIMP put_KeyLevels(LONG value) noexcept override
+    {
+        return Put<Within<1, 64>>(keyLevels_, value);
+    }
+    STDMETHODIMP GetItems(BSTR sPath, VARIANT* vItems, LONG* result) noexcept override
+    {
+        return Call(result, &Registry::ListItems, sPath, vItems);
+    }
+    STDMETHODIMP Search(BSTR sItem, BSTR sPath, BSTR* result) noexcept override
+    {
+        return Call(result, &Registry::FindItem, sItem, sPath);
+    }
+    STDMETHODIMP RegRead(BSTR sItem, BSTR sVal, VARIANT* result) noexcept override
+    {
+        return Call(result, &Registry::Read, sItem, sVal);
+    }
+    STDMETHODIMP RegRead1(BSTR sItem, BSTR, VARIANT* result) noexcept override
+    {
+        return Call(result, &Registry::Read, sItem, BSTR{});
+    }
+    STDMETHODIMP RegEntryExists(BSTR sItem, LONG* result) noexcept override
+    {
+        return Call(result, &Registry::KindOfEntry, sItem);
+    }
+    STDMETHODIMP RegEntryExists1(BSTR sItem, LONG* result) noexcept override
+    {
+        return Call(result, &Registry::KindOfPlainEntry, sItem);
+    }
+
+private:
+    enum Code : LONG { kInvalidPath = 801, kNothingThere = 802 };
+    enum Entry : LONG { kNothing, kKey, kValue };
+
+    struct Place {
+        HKEY root;
+        std::wstring path; // below the root
+    };
+
+    LONG ListItems(const std::wstring& path, VARIANT& items);
+    std::wstring FindItem(const std::wstring& item, const std::wstring& path);
+    Variant Read(const std::wstring& item, const std::wstring& valueName);
+    LONG KindOfEntry(const std::wstring& item);
+    LONG KindOfPlainEntry(const std::wstring& item);
+
+    static std::optional<Place> PlaceOf(const std::wstring& path);
+    REGSAM Access() const;
+    RegistryItem Item() const;
+    bool IsKey(const Place& entry) const;
+    LONG FindValueAt(const Place& key, const std::wstring& name) const;
+    Variant Convert(const RegistryValue& value) const;
+    Variant ConvertBytes(const std::vector<BYTE>& bytes) const;
+
+    LONG access64_ = 0;
+    LONG continue_ = 0;
+    bool convertArr_ = true; // arrays hold Variants
+    bool convertStr_ = true; // references are expanded, lists are split
+    LONG errorCode_ = 0;
+    LONG itemType_ = 0;
+    LONG keyLevels_ = 4;
+};
+
+} // namespace quill
