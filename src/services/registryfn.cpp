@@ -71,12 +71,18 @@ std::optional<RegistryValue> ReadValue(HKEY key, const std::wstring& name)
 
 bool NameAt(HKEY key, RegistryItem item, DWORD index, std::wstring& name)
 {
-    auto length = static_cast<DWORD>(kValueNameLimit + 1);
-    name.resize(length);
-    const LONG result =
-        item == RegistryItem::Value
-            ? RegEnumValueW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr)
-            : RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+    DWORD length = 0;
+    LONG result = ERROR_MORE_DATA;
+    // Room for any subkey, and for all but a few values; then for any value.
+    for (const size_t room : {size_t{256}, kValueNameLimit + 1}) {
+        name.resize(room);
+        length = static_cast<DWORD>(room);
+        result = item == RegistryItem::Value ? RegEnumValueW(key, index, name.data(), &length,
+                                                             nullptr, nullptr, nullptr, nullptr)
+                                             : RegEnumKeyExW(key, index, name.data(), &length,
+                                                             nullptr, nullptr, nullptr, nullptr);
+        if (result != ERROR_MORE_DATA) break;
+    }
     name.resize(result == ERROR_SUCCESS ? length : 0);
     return result == ERROR_SUCCESS;
 }
