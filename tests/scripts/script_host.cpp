@@ -31,6 +31,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "support/EventListener.h"
@@ -53,7 +54,7 @@ constexpr DWORD kRunDeadline = 45'000; // for one that another runs
 
 // What the scripts of a run share.
 struct Run {
-    const TemporaryFolder folder;
+    std::optional<TemporaryFolder> folder{std::in_place}; // until all scripts have ended
     std::atomic<int> checks{0};
     std::atomic<int> failures{0};
     std::atomic<int> done{0};
@@ -340,14 +341,14 @@ private:
         }
         return {};
     }
-    Variant Folder(const Arguments&) { return Variant(run_.folder.Path(L"")); }
+    Variant Folder(const Arguments&) { return Variant(run_.folder->Path(L"")); }
 
     Variant RunScript(const Arguments& given)
     {
         std::vector<std::wstring> words{TextOf(given[0])};
         if (const std::wstring argument = TextOf(given[1]); !argument.empty())
             words.push_back(argument);
-        const std::filesystem::path path(run_.folder.Write(L"output", ""));
+        const std::filesystem::path path(run_.folder->Write(L"output", ""));
         SetEnvironmentVariableW(L"TEMP", path.parent_path().c_str());
         {
             SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
@@ -541,6 +542,7 @@ bool RunScripts(const std::vector<std::vector<std::wstring>>& scripts)
         TerminateProcess(process.get(), 1);
     }
     CoRevokeClassObject(cookie);
+    run.folder.reset();
 
     const int expected = static_cast<int>(scripts.size());
     if (run.done != expected)

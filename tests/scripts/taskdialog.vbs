@@ -37,7 +37,8 @@ host.CheckEqual dialog.RadioButtonSelected, 2, "Green"
 host.CheckEqual dialog.VerificationChecked, False, "the check box"
 host.CheckEqual dialog.ErrorCode, 0, "ErrorCode"
 
-' What was read back is shown the next time.
+' What was read back is shown the next time. (Esc would cancel as well, but Wine's dialog does not
+' hear it.)
 host.Answer "Full", "Button", "Second", "close"
 host.CheckEqual dialog.ShowEx, 2, "the close box cancels"
 host.Check host.Answered, "the close box"

@@ -5,6 +5,7 @@ Dim host: Set host = CreateObject("QuillTest.Host")
 Dim files: Set files = CreateObject("Scripting.FileSystemObject")
 Dim example: example = WScript.Arguments(0)
 Dim folder: folder = host.Folder ' what examples write goes there
+Dim started: started = Now
 
 Select Case example
 Case "confirm.vbs"
@@ -17,6 +18,7 @@ Case "confirm.vbs"
     host.Check Not files.FileExists(folder & "old.txt"), "the file is gone"
 Case "countdown.vbs"
     Run "2", "2 ..." & vbCrLf & "1 ..." & vbCrLf & "All 10 files were copied." & vbCrLf & "The countdown is complete."
+    host.Check 86400 * (Now - started) > 0.5, "the seconds took their time"
 Case "install.vbs"
     host.Answer "Greeting 2.0", "Button", "Cancel", "keys %u%s%e"
     host.Answer "Greeting 2.0", "Button", "OK", "keys {ENTER}"
