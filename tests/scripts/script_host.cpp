@@ -7,6 +7,9 @@
 //     host.CheckEqual actual, expected, message
 //     host.CheckError Err.Number, Err.Source, Err.Description, number, source, description
 //     host.Folder                     a temporary folder, common to all scripts of the run
+//     host.Run(script, argument)      runs another script, with the temporary folder as TEMP, and
+//                                     returns what it printed; an empty argument stands for none
+//     host.ExitCode                   of the script that Run ran last
 //     host.Answer caption, controlClass, text, action
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
@@ -28,6 +31,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "support/EventListener.h"
@@ -45,11 +49,12 @@ constexpr wchar_t kProgId[] = L"QuillTest.Host";
 constexpr wchar_t kClassText[] = L"{6D2C41C8-0E53-4B83-93B1-8B7A0A6C1C55}";
 constexpr CLSID kClass{
     0x6D2C41C8, 0x0E53, 0x4B83, {0x93, 0xB1, 0x8B, 0x7A, 0x0A, 0x6C, 0x1C, 0x55}};
-constexpr DWORD kDeadline = 60'000; // milliseconds, for all scripts of a run
+constexpr DWORD kDeadline = 60'000;    // milliseconds, for all scripts of a run
+constexpr DWORD kRunDeadline = 45'000; // for one that another runs
 
 // What the scripts of a run share.
 struct Run {
-    const TemporaryFolder folder;
+    std::optional<TemporaryFolder> folder{std::in_place}; // until all scripts have ended
     std::atomic<int> checks{0};
     std::atomic<int> failures{0};
     std::atomic<int> done{0};
@@ -151,6 +156,28 @@ void PressKeys(Desk& desk, std::wstring_view keys)
             desk.Press(key);
         held = 0;
     }
+}
+
+// Starts the platform's script host for a script and its arguments. It prints to `output`, an
+// inheritable handle, or where this program does.
+Event StartScript(const std::vector<std::wstring>& words, HANDLE output = nullptr)
+{
+    std::wstring commandLine = L"cscript.exe //nologo";
+    commandLine += L" \"" + std::filesystem::absolute(words[0]).wstring() + L'"';
+    for (size_t index = 1; index < words.size(); ++index)
+        commandLine += L" \"" + words[index] + L'"';
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (output) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = startup.hStdError = output;
+    }
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, output != nullptr, 0,
+                        nullptr, nullptr, &startup, &process))
+        RaiseLastError();
+    CloseHandle(process.hThread);
+    return Event(process.hProcess);
 }
 
 // Answers the dialogs of one script on a thread of its own.
@@ -283,7 +310,7 @@ private:
         size_t arguments;
         Variant (Host::*method)(const Arguments&);
     };
-    static const Member kMembers[13];
+    static const Member kMembers[15];
 
     ~Host() = default;
 
@@ -314,7 +341,31 @@ private:
         }
         return {};
     }
-    Variant Folder(const Arguments&) { return Variant(run_.folder.Path(L"")); }
+    Variant Folder(const Arguments&) { return Variant(run_.folder->Path(L"")); }
+
+    Variant RunScript(const Arguments& given)
+    {
+        std::vector<std::wstring> words{TextOf(given[0])};
+        if (const std::wstring argument = TextOf(given[1]); !argument.empty())
+            words.push_back(argument);
+        const std::filesystem::path path(run_.folder->Write(L"output", ""));
+        SetEnvironmentVariableW(L"TEMP", path.parent_path().c_str());
+        {
+            SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+            const Event output(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                           &inheritable, OPEN_EXISTING, 0, nullptr));
+            const Event process = StartScript(words, output.get());
+            if (WaitForSingleObject(process.get(), kRunDeadline) != WAIT_OBJECT_0) {
+                run_.Fail("a script that another runs did not end");
+                TerminateProcess(process.get(), 1);
+            }
+            GetExitCodeProcess(process.get(), &exitCode_);
+        }
+        std::ifstream file(path, std::ios::binary);
+        const std::string printed(std::istreambuf_iterator<char>(file), {});
+        return Variant(std::wstring(printed.begin(), printed.end()));
+    }
+    Variant ExitCode(const Arguments&) { return Variant(static_cast<LONG>(exitCode_)); }
 
     Variant Answer(const Arguments& given)
     {
@@ -402,15 +453,18 @@ private:
     Run& run_;
     Answers answers_;
     std::unique_ptr<EventListener> listener_;
-    size_t seen_ = 0; // events that Pump has told of
+    size_t seen_ = 0;    // events that Pump has told of
+    DWORD exitCode_ = 0; // of the last script run
     std::atomic<ULONG> references_{0};
 };
 
-const Host::Member Host::kMembers[13] = {
+const Host::Member Host::kMembers[15] = {
     {L"Check", 2, &Host::CheckTruth},
     {L"CheckEqual", 3, &Host::CheckEqual},
     {L"CheckError", 6, &Host::CheckError},
     {L"Folder", 0, &Host::Folder},
+    {L"Run", 2, &Host::RunScript},
+    {L"ExitCode", 0, &Host::ExitCode},
     {L"Answer", 4, &Host::Answer},
     {L"Answered", 0, &Host::Answered},
     {L"Listen", 1, &Host::Listen},
@@ -467,23 +521,6 @@ private:
     }
 };
 
-// Starts the platform's script host for a script and its arguments.
-Event StartScript(const std::vector<std::wstring>& words)
-{
-    std::wstring commandLine = L"cscript.exe //nologo";
-    commandLine += L" \"" + std::filesystem::absolute(words[0]).wstring() + L'"';
-    for (size_t index = 1; index < words.size(); ++index)
-        commandLine += L" \"" + words[index] + L'"';
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process))
-        RaiseLastError();
-    CloseHandle(process.hThread);
-    return Event(process.hProcess);
-}
-
 bool RunScripts(const std::vector<std::vector<std::wstring>>& scripts)
 {
     static Run run; // objects that a script did not release may outlive this call
@@ -505,6 +542,7 @@ bool RunScripts(const std::vector<std::vector<std::wstring>>& scripts)
         TerminateProcess(process.get(), 1);
     }
     CoRevokeClassObject(cookie);
+    run.folder.reset();
 
     const int expected = static_cast<int>(scripts.size());
     if (run.done != expected)

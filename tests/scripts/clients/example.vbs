@@ -1,0 +1,59 @@
+Option Explicit
+
+' Runs the example that the argument names as a user would, and checks how it ends.
+Dim host: Set host = CreateObject("QuillTest.Host")
+Dim files: Set files = CreateObject("Scripting.FileSystemObject")
+Dim example: example = WScript.Arguments(0)
+Dim folder: folder = host.Folder ' what examples write goes there
+Dim started: started = Now
+
+Select Case example
+Case "confirm.vbs"
+    Write "old.txt", "old"
+    host.Answer "Delete a file", "Button", "Yes", "keys {ENTER}"
+    Run folder & "old.txt", "Kept: " & folder & "old.txt"
+    host.Check files.FileExists(folder & "old.txt"), "Enter alone deletes nothing"
+    host.Answer "Delete a file", "Button", "Yes", "click"
+    Run folder & "old.txt", "Deleted: " & folder & "old.txt"
+    host.Check Not files.FileExists(folder & "old.txt"), "the file is gone"
+Case "countdown.vbs"
+    Run "2", "2 ..." & vbCrLf & "1 ..." & vbCrLf & "All 10 files were copied." & vbCrLf & "The countdown is complete."
+    host.Check 86400 * (Now - started) > 0.5, "the seconds took their time"
+Case "install.vbs"
+    host.Answer "Greeting 2.0", "Button", "Cancel", "keys %u%s%e"
+    host.Answer "Greeting 2.0", "Button", "OK", "keys {ENTER}"
+    Run "", "Install for all users: program, examples, sources" & vbCrLf & "Greeting was installed for all users."
+Case "open-files.vbs"
+    Write "first.txt", "one"
+    Write "second.log", "seven"
+    host.Answer "Choose the files to add up", "Edit", "", "keys ""first.txt"" ""second.log""{ENTER}"
+    Run Left(folder, Len(folder) - 1), "  first.txt: 3" & vbCrLf & "  second.log: 5" & vbCrLf & "Files: 2, bytes: 8"
+Case "settings.vbs"
+    Write "own.ini", "[User]" & vbCrLf & "Name=somebody" & vbCrLf
+    Run folder & "own.ini", "Top=80" & vbCrLf & vbCrLf & "Settings are in " & folder & "own.ini"
+Case "tasks.js"
+    host.Answer "Tasks", "ListBox", "", "keys {HOME}+{DOWN}{ENTER}"
+    Run "", "Left:" & vbCrLf & "Back up the photos" & vbCrLf & "Pay the rent" & vbCrLf & vbCrLf & _
+        "Tasks are in " & folder & "quill-tasks.txt"
+Case "tour.vbs"
+    host.Answer "Choose your office", "ListBox", "", "keys os{ENTER}"
+    host.Answer "Choose your drives", "ListBox", "", "keys {DOWN}+{DOWN}{ENTER}"
+    Run "", "Kept in the file: Oslo" & vbCrLf & "The tour is complete."
+Case Else
+    host.Check False, "nobody knows how " & example & " ends"
+End Select
+host.Done
+
+Sub Write(name, text)
+    Dim file: Set file = files.CreateTextFile(folder & name, True)
+    file.Write text
+    file.Close
+End Sub
+
+' Runs the example to its end; its last lines must be these.
+Sub Run(argument, ending)
+    Dim output: output = vbCrLf & host.Run("..\..\examples\" & example, argument)
+    host.CheckEqual Right(output, Len(ending) + 4), vbCrLf & ending & vbCrLf, example & " prints" & output
+    host.Check host.Answered, example & " showed its dialogs"
+    host.CheckEqual host.ExitCode, 0, "exit code of " & example
+End Sub
