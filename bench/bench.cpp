@@ -1,6 +1,7 @@
 // Measures quill.exe against the bare server, both registered and on this machine.
 //
 //     bench         starts, creations and calls: ours, bare, and ours / bare; size and memory
+//     bench calls   of these, only what a running server does
 //     bench list    from the call of Quill.List.Selection to its visible window
 //     bench idle    processor time of the server while a list is open and nobody touches it
 //
@@ -336,7 +337,7 @@ std::function<double()> Each(int count, const std::function<void()>& body)
     };
 }
 
-void MeasureAgainstBare()
+void MeasureAgainstBare(bool starts)
 {
     const Server quill(L"Quill.Profile");
     const Server bare(L"QuillBench.Bare");
@@ -346,36 +347,38 @@ void MeasureAgainstBare()
     {
         Object first(quill.Id()), second(bare.Id());
     }
-    Compare(
-        "cold start to the first object", 5, [&] { return quill.ColdStart(); },
-        [&] { return bare.ColdStart(); });
-    Compare(
-        "process start to the first object", 9, [&] { return quill.DirectStart(); },
-        [&] { return bare.DirectStart(); });
+    if (starts) {
+        Compare(
+            "cold start to the first object", 5, [&] { return quill.ColdStart(); },
+            [&] { return bare.ColdStart(); });
+        Compare(
+            "process start to the first object", 9, [&] { return quill.DirectStart(); },
+            [&] { return bare.DirectStart(); });
+    }
 
     const Object profile(quill.Id());
     const Object measure(bare.Id());
     const double ourMemory = quill.PrivateMegabytes(); // with this one object, before the calls
     const double bareMemory = bare.PrivateMegabytes();
 
-    const auto make = [](const CLSID& id) { return Each(10, [&id] { Object made(id); }); };
-    Compare("create and release, Profile", 31, make(quill.Id()), make(bare.Id()));
+    const auto make = [](const CLSID& id) { return Each(5, [&id] { Object made(id); }); };
+    Compare("create and release, Profile", 51, make(quill.Id()), make(bare.Id()));
     const CLSID listId = Object::ClassOf(L"Quill.List");
     const Object list(listId); // the apartment that it lives in is there before the clock starts
-    Compare("create and release, List (own apartment)", 31, make(listId), make(bare.Id()));
+    Compare("create and release, List (own apartment)", 51, make(listId), make(bare.Id()));
 
     const DISPID fileName = profile.Find(L"File");
     const DISPID text = measure.Find(L"Text");
-    Compare("get of a string, late-bound", 31, Each(100, [&] { profile.Get(fileName); }),
-            Each(100, [&] { measure.Get(text); }));
+    Compare("get of a string, late-bound", 101, Each(25, [&] { profile.Get(fileName); }),
+            Each(25, [&] { measure.Get(text); }));
 
     // Profile has no string property that merely keeps its value (File looks for the file), so
     // the put goes to a caption of List.
     const DISPID caption = list.Find(L"ButtonText");
     const Value thousand(std::wstring(1000, L'x'));
-    Compare("put of 1,000 characters, late-bound", 31,
-            Each(100, [&] { list.Put(caption, thousand); }),
-            Each(100, [&] { measure.Put(text, thousand); }));
+    Compare("put of 1,000 characters, late-bound", 101,
+            Each(25, [&] { list.Put(caption, thousand); }),
+            Each(25, [&] { measure.Put(text, thousand); }));
 
     PrintRatio("private memory with one object", ourMemory, bareMemory, "MB");
     const double size = quill.Megabytes();
@@ -490,7 +493,7 @@ int wmain(int count, wchar_t** arguments)
         else if (mode == L"idle")
             MeasureIdle();
         else
-            MeasureAgainstBare();
+            MeasureAgainstBare(mode != L"calls");
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "bench: %s\n", failure.what());
         exitCode = 1;
