@@ -180,11 +180,11 @@ std::vector<Variant> ElementsOf(const SAFEARRAY& array, size_t limit)
 
     const SAFEARRAYBOUND& bound = array.rgsabound[0];
     std::vector<Variant> values(std::min<size_t>(bound.cElements, limit));
-    LONG index = bound.lLbound;
-    for (Variant& value : values) {
+    for (size_t position = 0; position < values.size(); ++position) {
+        Variant& value = values[position];
+        auto index = static_cast<LONG>(bound.lLbound + static_cast<LONGLONG>(position));
         CheckConversion(SafeArrayGetElement(elements, &index, Room(value, type)));
         if (type != VT_VARIANT) V_VT(&value) = type;
-        ++index;
     }
     return values;
 }

@@ -16,6 +16,26 @@ namespace {
 // letters: dispatch id, name, parameters with types and defaults, result. Properties have the
 // accesses that they offer behind their type.
 constexpr char kContract[] = R"(
+_BinFile
+  1 BRead(vdata VARIANT*, [numbytes I4 = 0], [vtype I4 = 0]) BOOL
+  2 BWrite(vdata VARIANT*, [numbytes I4 = 0]) BOOL
+  3 BTrim() BOOL
+  4 BFlush()
+  5 BClose()
+  6 ByteCount I4 get
+  7 EOF BOOL get
+  8 ErrorLevel I4 get put
+  9 ConvertAnsi BOOL get put
+  10 UseUnicode BOOL get put
+  11 UseHexstring BOOL get put
+  12 TwistEndian BOOL get put
+  13 handle I4 get
+  14 Length I4 get
+  15 Length2 I4 get
+  16 Location I4 get put
+  17 Location2 I4 get put
+  18 LOC CY get put
+  19 LOF CY get
 _List
   1 MultiSel BOOL get put
   2 ButtonText BSTR get put
@@ -151,26 +171,6 @@ _Clock
   2 RemoveTimer()
   3 Running BOOL get
   4 Wait([timeout I4 = -1]) BOOL
-_BinFile
-  1 BRead(vdata VARIANT*, [numbytes I4 = 0], [vtype I4 = 0]) BOOL
-  2 BWrite(vdata VARIANT*, [numbytes I4 = 0]) BOOL
-  3 BTrim() BOOL
-  4 BFlush()
-  5 BClose()
-  6 ByteCount I4 get
-  7 EOF BOOL get
-  8 ErrorLevel I4 get put
-  9 ConvertAnsi BOOL get put
-  10 UseUnicode BOOL get put
-  11 UseHexstring BOOL get put
-  12 TwistEndian BOOL get put
-  13 handle I4 get
-  14 Length I4 get
-  15 Length2 I4 get
-  16 Location I4 get put
-  17 Location2 I4 get put
-  18 LOC CY get put
-  19 LOF CY get
 __Clock
   1 Buzz()
 )";

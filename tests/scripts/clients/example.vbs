@@ -8,6 +8,10 @@ Dim folder: folder = host.Folder ' what examples write goes there
 Dim started: started = Now
 
 Select Case example
+Case "checksums.vbs"
+    files.CreateFolder folder & "sums"
+    Write "sums\a.txt", "abc"
+    Run folder & "sums", "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD  a.txt  (3 bytes)"
 Case "confirm.vbs"
     Write "old.txt", "old"
     host.Answer "Delete a file", "Button", "Yes", "keys {ENTER}"
@@ -19,6 +23,14 @@ Case "confirm.vbs"
 Case "countdown.vbs"
     Run "2", "2 ..." & vbCrLf & "1 ..." & vbCrLf & "All 10 files were copied." & vbCrLf & "The countdown is complete."
     host.Check 86400 * (Now - started) > 0.5, "the seconds took their time"
+Case "imagesize.vbs"
+    Write "a.bmp", "BM" & String(16, Chr(0)) & Chr(64) & String(3, Chr(0)) & Chr(48) & String(3, Chr(0))
+    Run folder & "a.bmp", folder & "a.bmp: 64 x 48"
+Case "joblog.vbs"
+    Dim log: log = CreateObject("Quill.Aux").ExpandEnvironment("%LOCALAPPDATA%\Quill\jobs.log")
+    Run "whoami", "Recorded in " & log
+    host.Check InStr(files.OpenTextFile(log).ReadAll, "Ended well: ""whoami""") > 0, "the log says so"
+    files.DeleteFile log
 Case "install.vbs"
     host.Answer "Greeting 2.0", "Button", "Cancel", "keys %u%s%e"
     host.Answer "Greeting 2.0", "Button", "OK", "keys {ENTER}"
@@ -28,6 +40,13 @@ Case "open-files.vbs"
     Write "second.log", "seven"
     host.Answer "Choose the files to add up", "Edit", "", "keys ""first.txt"" ""second.log""{ENTER}"
     Run Left(folder, Len(folder) - 1), "  first.txt: 3" & vbCrLf & "  second.log: 5" & vbCrLf & "Files: 2, bytes: 8"
+Case "programs.vbs"
+    Dim key: key = """HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\QuillTest"" "
+    Dim shell: Set shell = CreateObject("WScript.Shell")
+    shell.Run "reg add " & key & "/v DisplayName /d ""A quill of our own"" /f", 0, True
+    shell.Run "reg add " & key & "/v DisplayVersion /d 1.2 /f", 0, True
+    Run "QUILL", "For this user" & vbCrLf & "  A quill of our own  1.2"
+    shell.Run "reg delete " & key & "/f", 0, True
 Case "settings.vbs"
     Write "own.ini", "[User]" & vbCrLf & "Name=somebody" & vbCrLf
     Run folder & "own.ini", "Top=80" & vbCrLf & vbCrLf & "Settings are in " & folder & "own.ini"
