@@ -37,9 +37,9 @@ bool DispatchPending()
 
 bool WaitForMessages(DWORD milliseconds)
 {
-    if (!DispatchPending()) return false;
-    MsgWaitForMultipleObjectsEx(0, nullptr, milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-    return true;
+    const DWORD woken =
+        MsgWaitForMultipleObjectsEx(0, nullptr, milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    return woken == WAIT_TIMEOUT || DispatchPending();
 }
 
 int RunMessageLoop()

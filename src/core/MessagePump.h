@@ -16,8 +16,8 @@ void SetMessagePreview(MessagePreview preview) noexcept;
 // posted again for the loop outside.
 bool DispatchPending();
 
-// One round of a wait: dispatches what waits, then sleeps until input or a call comes in, for at
-// most `milliseconds`. False when the thread is to end.
+// One round of a wait: sleeps until input or a call is there, for at most `milliseconds`, and
+// dispatches it. False when the thread is to end.
 bool WaitForMessages(DWORD milliseconds);
 
 // Pumps until WM_QUIT. Returns its exit code.

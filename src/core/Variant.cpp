@@ -145,6 +145,28 @@ void Assign(VARIANT& variable, Variant value)
     std::swap_ranges(held, held + size, &V_UI1(&value));
 }
 
+bool IsNumericType(VARTYPE type) noexcept
+{
+    switch (type) {
+    case VT_I1:
+    case VT_I2:
+    case VT_I4:
+    case VT_I8:
+    case VT_INT:
+    case VT_UI1:
+    case VT_UI2:
+    case VT_UI4:
+    case VT_UI8:
+    case VT_UINT:
+    case VT_R4:
+    case VT_R8:
+    case VT_CY:
+    case VT_DECIMAL:
+    case VT_BOOL: return true;
+    default: return false;
+    }
+}
+
 std::wstring ToText(const VARIANT& value)
 {
     Variant text = Variant::Dereferenced(value);

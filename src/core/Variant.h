@@ -62,6 +62,9 @@ Variant MakeStringArray(const std::vector<std::wstring>& strings, bool ofVariant
 // and what cannot be converted raises the language's run-time error.
 void Assign(VARIANT& variable, Variant value);
 
+// True for whole numbers, fractions, Currency and Boolean.
+bool IsNumericType(VARTYPE type) noexcept;
+
 // Conversions as the languages do them; what cannot be converted raises their run-time errors.
 std::wstring ToText(const VARIANT& value);
 LONG ToLong(const std::wstring& text);

@@ -21,29 +21,11 @@ std::wstring HomeFolder()
 
 bool IsNumeric(const VARIANT& value) noexcept
 {
-    switch (V_VT(&value)) {
-    case VT_I1:
-    case VT_I2:
-    case VT_I4:
-    case VT_I8:
-    case VT_INT:
-    case VT_UI1:
-    case VT_UI2:
-    case VT_UI4:
-    case VT_UI8:
-    case VT_UINT:
-    case VT_R4:
-    case VT_R8:
-    case VT_CY:
-    case VT_DECIMAL:
-    case VT_BOOL:
-    case VT_EMPTY: return true;
-    case VT_BSTR: {
+    if (V_VT(&value) == VT_BSTR) {
         double number;
         return SUCCEEDED(VarR8FromStr(V_BSTR(&value), LOCALE_USER_DEFAULT, 0, &number));
     }
-    default: return false;
-    }
+    return V_VT(&value) == VT_EMPTY || IsNumericType(V_VT(&value));
 }
 
 // True when left <= right as automation compares Variants.

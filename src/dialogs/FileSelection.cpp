@@ -30,6 +30,15 @@ constexpr DWORD FlagsOf(SHORT mode)
 }
 static_assert(FlagsOf(0) == 0x0210180C && FlagsOf(1) == 0x0210880E && FlagsOf(2) == 0x02181A0C);
 
+// A function of the common dialogs. Their library is large, and most scripts do without it.
+template <class Function>
+Function* CommonDialog(const char* name)
+{
+    Function* function = FindSystemFunction<Function>(L"comdlg32.dll", name);
+    if (!function) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
+    return function;
+}
+
 } // namespace
 
 template <>
@@ -97,9 +106,12 @@ LONG FileSelection::ShowDialog(SHORT mode)
     dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
 
+    const auto show = CommonDialog<decltype(GetOpenFileNameW)>(mode == kSave ? "GetSaveFileNameW"
+                                                                             : "GetOpenFileNameW");
     const ModalDialog company([this] { return ClientsGone(); });
-    if (!(mode == kSave ? GetSaveFileNameW(&dialog) : GetOpenFileNameW(&dialog))) {
-        const auto code = static_cast<LONG>(CommDlgExtendedError());
+    if (!show(&dialog)) {
+        const auto code = static_cast<LONG>(
+            CommonDialog<decltype(CommDlgExtendedError)>("CommDlgExtendedError")());
         errorCode_ = code == 0 ? kCancelled : code;
         return 0;
     }

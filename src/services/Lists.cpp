@@ -12,26 +12,8 @@ namespace {
 
 bool CanBeElement(LONG type) noexcept
 {
-    switch (type) {
-    case VT_I1:
-    case VT_I2:
-    case VT_I4:
-    case VT_I8:
-    case VT_INT:
-    case VT_UI1:
-    case VT_UI2:
-    case VT_UI4:
-    case VT_UI8:
-    case VT_UINT:
-    case VT_R4:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-    case VT_DECIMAL:
-    case VT_BOOL:
-    case VT_BSTR: return true;
-    default: return false;
-    }
+    if (type & ~VT_TYPEMASK) return false;
+    return IsNumericType(static_cast<VARTYPE>(type)) || type == VT_DATE || type == VT_BSTR;
 }
 
 // What SafeArrayPutElement copies from.
