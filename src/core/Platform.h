@@ -41,6 +41,7 @@ using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Closer<Close>>;
 
 using Bstr = Owned<BSTR, SysFreeString>;
 using Event = Owned<HANDLE, CloseHandle>;
+using FileHandle = Owned<HANDLE, CloseHandle>;
 using Font = Owned<HFONT, DeleteObject>;
 using RegistryKey = Owned<HKEY, RegCloseKey>;
 

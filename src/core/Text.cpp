@@ -76,4 +76,35 @@ std::wstring FromAnsi(std::string_view text)
     return wide;
 }
 
+std::wstring UpperCase(std::wstring text)
+{
+    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
+    return text;
+}
+
+bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept
+{
+    size_t at = 0;
+    size_t wanted = 0;
+    // Where to go on when the rest does not fit: the last * then takes one character more.
+    size_t star = std::wstring_view::npos;
+    size_t takenBy = 0;
+    while (at < text.size()) {
+        if (wanted < pattern.size() && pattern[wanted] == L'*') {
+            star = ++wanted;
+            takenBy = at;
+        } else if (wanted < pattern.size() &&
+                   (pattern[wanted] == L'?' || pattern[wanted] == text[at])) {
+            ++at;
+            ++wanted;
+        } else if (star != std::wstring_view::npos) {
+            wanted = star;
+            at = ++takenBy;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(L'*', wanted) == std::wstring_view::npos;
+}
+
 } // namespace quill

@@ -27,4 +27,12 @@ std::string ToAnsi(std::wstring_view text);
 // The characters of text in the system's ANSI code page.
 std::wstring FromAnsi(std::string_view text);
 
+// In upper case by the platform's own table, whatever the user's language.
+std::wstring UpperCase(std::wstring text);
+
+// True when the text is like the pattern, where * stands for any text and ? for one character.
+// Takes time in proportion to both lengths, whatever the pattern; the platform's own routine can
+// take for ever on many stars.
+bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept;
+
 } // namespace quill

@@ -40,7 +40,7 @@ bool BinFile::Open(const std::wstring& path, bool writeAccess)
         path.c_str(), writeAccess ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, 0, nullptr,
         OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS | FILE_ATTRIBUTE_ARCHIVE, nullptr);
     if (opened == INVALID_HANDLE_VALUE) return false;
-    Owned<HANDLE, CloseHandle> file(opened);
+    FileHandle file(opened);
     if (GetFileType(opened) != FILE_TYPE_DISK) return false;
     SetLastError(NO_ERROR);
     DWORD high = 0;

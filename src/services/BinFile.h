@@ -142,7 +142,7 @@ private:
     bool MayWrite() const;
     void Fail(const ErrorEntry& entry, Severity severity, const std::wstring& value = {}) const;
 
-    Owned<HANDLE, CloseHandle> file_; // null when closed
+    FileHandle file_; // null when closed
     std::wstring path_;
     bool writeAccess_ = false;
     ByteForm form_;

@@ -7,8 +7,6 @@ namespace quill {
 
 namespace {
 
-using FileHandle = Owned<HANDLE, CloseHandle>;
-
 enum Time : SHORT { kCreation = 1, kLastWrite = 2, kLastAccess = 4 };
 
 // Null where the platform refuses. Nobody else may have the file open meanwhile.

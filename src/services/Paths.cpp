@@ -24,38 +24,6 @@ std::wstring Filled(Fill fill)
     }
 }
 
-// Takes time in proportion to both lengths, whatever the pattern; the platform's own routine can
-// take for ever on many stars.
-bool Matches(std::wstring_view name, std::wstring_view pattern)
-{
-    if (pattern == L"*.*") return true;
-    size_t at = 0;
-    size_t in = 0;
-    size_t star = std::wstring_view::npos; // the last one met
-    size_t retry = 0;                      // where the part behind it was tried
-    while (at < name.size()) {
-        if (in < pattern.size() && pattern[in] == L'*') {
-            star = in++;
-            retry = at;
-        } else if (in < pattern.size() && (pattern[in] == L'?' || pattern[in] == name[at])) {
-            ++in;
-            ++at;
-        } else if (star != std::wstring_view::npos) {
-            in = star + 1;
-            at = ++retry;
-        } else {
-            return false;
-        }
-    }
-    return pattern.find_first_not_of(L'*', in) == std::wstring_view::npos;
-}
-
-std::wstring UpperCase(std::wstring text)
-{
-    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
-    return text;
-}
-
 } // namespace
 
 bool IsPlain(const std::wstring& text) noexcept
@@ -158,7 +126,7 @@ bool MatchName(const std::wstring& name, const std::wstring& patterns)
     const auto parts = SplitAt(UpperCase(patterns), L";");
     return std::any_of(parts.begin(), parts.end(), [&](std::wstring_view pattern) {
         pattern.remove_prefix(std::min(pattern.find_first_not_of(L' '), pattern.size()));
-        return Matches(upper, pattern);
+        return pattern == L"*.*" || IsLike(upper, pattern);
     });
 }
 

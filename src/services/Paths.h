@@ -15,8 +15,6 @@ bool IsPlain(const std::wstring& text) noexcept;
 // process are not those of the script.
 bool IsFullPath(const std::wstring& path) noexcept;
 
-using FileHandle = Owned<HANDLE, CloseHandle>;
-
 // Opens a file on a disk, shared with all others; null, with the reason in GetLastError, for what
 // is not there and for devices and pipes, where a read could wait for ever.
 FileHandle OpenDiskFile(const std::wstring& path, DWORD access, DWORD disposition,

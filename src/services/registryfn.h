@@ -36,9 +36,6 @@ std::optional<RegistryValue> ReadValue(HKEY key, const std::wstring& name);
 // key cannot be read.
 bool NameAt(HKEY key, RegistryItem item, DWORD index, std::wstring& name);
 
-// True when the text is like the pattern, where * stands for any text and ? for one character.
-bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept;
-
 // Looks below a key for names like a pattern, without regard to case.
 class RegistrySearch {
 public:

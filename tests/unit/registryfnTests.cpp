@@ -1,3 +1,4 @@
+#include "core/Text.h"
 #include "services/registryfn.h"
 
 #include <gtest/gtest.h>
