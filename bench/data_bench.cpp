@@ -11,6 +11,7 @@
 // not be measured, which includes a wrong result.
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <random>
 
 #include "measure.h"
@@ -150,27 +151,46 @@ void MeasureFile()
 // No key is called this, so all are looked at.
 constexpr wchar_t kSought[] = L"no key is called this";
 
-// The number of keys below, and whether one of them has the name.
-struct Walked {
-    int keys = 0;
-    bool found = false;
-};
-
-void Walk(HKEY key, Walked& walked)
+// Shows each key below to `visit`, with its level.
+template <class Visit>
+void Walk(HKEY key, int level, const Visit& visit)
 {
     wchar_t name[256];
     DWORD length = 256;
     for (DWORD index = 0; RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr,
                                         nullptr) == ERROR_SUCCESS;
          ++index, length = 256) {
-        ++walked.keys;
-        if (CompareStringOrdinal(name, static_cast<int>(length), kSought, -1, TRUE) == CSTR_EQUAL)
-            walked.found = true;
+        visit(name, static_cast<int>(length), level);
         HKEY subkey = nullptr;
         if (RegOpenKeyExW(key, name, 0, KEY_READ, &subkey) != ERROR_SUCCESS) continue;
-        Walk(subkey, walked);
+        Walk(subkey, level + 1, visit);
         RegCloseKey(subkey);
     }
+}
+
+template <class Visit>
+void WalkSoftware(const Visit& visit)
+{
+    HKEY key = nullptr;
+    Require(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, KEY_READ, &key) == ERROR_SUCCESS,
+            "the registry could not be read");
+    Walk(key, 1, visit);
+    RegCloseKey(key);
+}
+
+// Of the names that only one key has, that of the key on the lowest level.
+std::wstring DeepestName()
+{
+    std::map<std::wstring, std::vector<int>> levels;
+    WalkSoftware([&](const wchar_t* name, int, int level) { levels[name].push_back(level); });
+    int deepest = 0;
+    std::wstring found;
+    for (const auto& [name, on] : levels) {
+        if (on.size() > 1 || on[0] <= deepest) continue;
+        deepest = on[0];
+        found = name;
+    }
+    return found;
 }
 
 void MeasureRegistry()
@@ -179,30 +199,35 @@ void MeasureRegistry()
     const Object registry(L"Quill.Registry");
     registry.Put(registry.Find(L"KeyLevels"), Value(64L));
     const DISPID search = registry.Find(L"Search");
-    Value arguments[]{Value(std::wstring(L"HKLM\\Software")), Value(std::wstring(kSought))};
+    const auto finds = [&](const std::wstring& name) {
+        Value arguments[]{Value(std::wstring(L"HKLM\\Software")), Value(name)};
+        Value found;
+        registry.Call(search, arguments, found);
+        return V_VT(&found) == VT_BSTR && SysStringLen(V_BSTR(&found)) > 0;
+    };
+
+    Require(finds(DeepestName()), "a search does not go as deep as a walk");
 
     int keys = 0;
     Compare(
         "search through HKLM\\Software", 15,
         [&] {
-            Value found;
-            const double time = Timed([&] { registry.Call(search, arguments, found); });
-            Require(V_VT(&found) == VT_BSTR && SysStringLen(V_BSTR(&found)) == 0,
-                    "a search found what is not there");
+            bool isThere = true;
+            const double time = Timed([&] { isThere = finds(kSought); });
+            Require(!isThere, "a search found what is not there");
             return time;
         },
         [&] {
-            Walked walked;
+            keys = 0;
+            bool isThere = false;
             const double time = Timed([&] {
-                HKEY key = nullptr;
-                Require(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, KEY_READ, &key) ==
-                            ERROR_SUCCESS,
-                        "the registry could not be read");
-                Walk(key, walked);
-                RegCloseKey(key);
+                WalkSoftware([&](const wchar_t* name, int length, int) {
+                    ++keys;
+                    if (CompareStringOrdinal(name, length, kSought, -1, TRUE) == CSTR_EQUAL)
+                        isThere = true;
+                });
             });
-            Require(walked.keys > 0 && !walked.found, "a walk found what is not there");
-            keys = walked.keys;
+            Require(!isThere, "a walk found what is not there");
             return time;
         },
         kSearchAim);
