@@ -1,5 +1,6 @@
 // The measure for quill.exe: the least that a server of its kind can be. One class, one property,
-// one apartment, late binding through the type information; nothing that it could do without.
+// two methods for byte arrays, one apartment, late binding through the type information; nothing
+// that it could do without.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -90,6 +91,25 @@ public:
     STDMETHODIMP put_Text(BSTR value) override
     {
         return SysReAllocStringLen(&text_, value, SysStringLen(value)) ? S_OK : E_OUTOFMEMORY;
+    }
+
+    // A script's variable comes as itself: the platform has taken the reference off.
+    STDMETHODIMP Take(VARIANT* bytes, LONG count, VARIANT_BOOL* result) override
+    {
+        const bool taken = V_VT(bytes) == (VT_ARRAY | VT_UI1) &&
+                           V_ARRAY(bytes)->rgsabound[0].cElements == static_cast<ULONG>(count);
+        *result = taken ? VARIANT_TRUE : VARIANT_FALSE;
+        return S_OK;
+    }
+    STDMETHODIMP Give(VARIANT* bytes, LONG count, VARIANT_BOOL* result) override
+    {
+        SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(count));
+        if (!array) return E_OUTOFMEMORY;
+        VariantClear(bytes);
+        V_ARRAY(bytes) = array;
+        V_VT(bytes) = VT_ARRAY | VT_UI1;
+        *result = VARIANT_TRUE;
+        return S_OK;
     }
 
 private:

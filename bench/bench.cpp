@@ -9,139 +9,26 @@
 // machine hits both alike. The exit code is 1 when something could not be measured.
 #include <windows.h>
 
-#include <oleauto.h>
 #include <psapi.h>
 #include <tlhelp32.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include <wrl/client.h>
+#include "measure.h"
 
 namespace {
 
-using Microsoft::WRL::ComPtr;
+using namespace bench;
 
-constexpr double kRatioAim = 1.15;
 constexpr double kSizeAimMegabytes = 1.5;
-
-double Milliseconds()
-{
-    LARGE_INTEGER now;
-    LARGE_INTEGER frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double Timed(const std::function<void()>& body)
-{
-    const double begin = Milliseconds();
-    body();
-    return Milliseconds() - begin;
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const size_t middle = values.size() / 2;
-    return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
-void Require(bool done, const char* what)
-{
-    if (!done) throw std::runtime_error(what);
-}
 
 struct HandleCloser {
     void operator()(HANDLE handle) const { CloseHandle(handle); }
 };
 using Handle = std::unique_ptr<void, HandleCloser>;
-
-// An argument or a result of a late-bound call.
-class Value : public VARIANT {
-public:
-    Value() { VariantInit(this); }
-    explicit Value(const std::wstring& text) : Value()
-    {
-        V_BSTR(this) = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-        V_VT(this) = VT_BSTR;
-    }
-    explicit Value(LONG number) : Value()
-    {
-        V_I4(this) = number;
-        V_VT(this) = VT_I4;
-    }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
-    ~Value() { VariantClear(this); }
-};
-
-// An object, called as scripts call it.
-class Object {
-public:
-    explicit Object(const CLSID& id)
-    {
-        const HRESULT created =
-            CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, &dispatch_);
-        Require(SUCCEEDED(created), "an object could not be made");
-    }
-    explicit Object(const wchar_t* progId) : Object(ClassOf(progId)) {}
-
-    static CLSID ClassOf(const wchar_t* progId)
-    {
-        CLSID id;
-        Require(SUCCEEDED(CLSIDFromProgID(progId, &id)), "a class is not registered");
-        return id;
-    }
-
-    DISPID Find(const wchar_t* name) const
-    {
-        DISPID id = 0;
-        auto* spelled = const_cast<wchar_t*>(name);
-        Require(SUCCEEDED(dispatch_->GetIDsOfNames(IID_NULL, &spelled, 1, 0, &id)),
-                "a member was not found");
-        return id;
-    }
-    void Get(DISPID id) const
-    {
-        DISPPARAMS none{};
-        Value result;
-        Invoke(id, DISPATCH_PROPERTYGET, none, &result);
-    }
-    void Put(DISPID id, const Value& value) const
-    {
-        DISPID name = DISPID_PROPERTYPUT;
-        DISPPARAMS parameters{const_cast<Value*>(&value), &name, 1, 1};
-        Invoke(id, DISPATCH_PROPERTYPUT, parameters, nullptr);
-    }
-    // Shows the lines; returns when the dialog is closed.
-    void Select(DISPID id, const std::wstring& lines, const std::wstring& title) const
-    {
-        Value arguments[3]{Value(title), Value(0L), Value(lines)}; // the last one first
-        DISPPARAMS parameters{arguments, nullptr, 3, 0};
-        Value result;
-        Invoke(id, DISPATCH_METHOD, parameters, &result);
-    }
-
-private:
-    void Invoke(DISPID id, WORD flags, DISPPARAMS& parameters, VARIANT* result) const
-    {
-        Require(SUCCEEDED(dispatch_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-                                            result, nullptr, nullptr)),
-                "a call failed");
-    }
-
-    ComPtr<IDispatch> dispatch_;
-};
 
 // A registered server: its executable and its process.
 class Server {
@@ -303,40 +190,6 @@ private:
     std::wstring path_;
 };
 
-void PrintRatio(const char* what, double ours, double bare, const char* unit)
-{
-    const double ratio = ours / bare;
-    std::printf("%-46s %9.3f %9.3f %-3s %6.2f   %s\n", what, ours, bare, unit, ratio,
-                ratio <= kRatioAim ? "met" : "MISSED");
-    std::fflush(stdout);
-}
-
-// Both bodies in turn, changing who goes first; the medians of what they return.
-void Compare(const char* what, int rounds, const std::function<double()>& ours,
-             const std::function<double()>& bare)
-{
-    std::vector<double> ourTimes;
-    std::vector<double> bareTimes;
-    for (int round = 0; round < rounds; ++round) {
-        if (round % 2) bareTimes.push_back(bare());
-        ourTimes.push_back(ours());
-        if (round % 2 == 0) bareTimes.push_back(bare());
-    }
-    PrintRatio(what, Median(ourTimes), Median(bareTimes), "ms");
-}
-
-// Milliseconds for one of `count` repetitions.
-std::function<double()> Each(int count, const std::function<void()>& body)
-{
-    return [=] {
-        return Timed([&] {
-                   for (int index = 0; index < count; ++index)
-                       body();
-               }) /
-               count;
-    };
-}
-
 void MeasureAgainstBare(bool starts)
 {
     const Server quill(L"Quill.Profile");
@@ -361,14 +214,8 @@ void MeasureAgainstBare(bool starts)
     const double ourMemory = quill.PrivateMegabytes(); // with this one object, before the calls
     const double bareMemory = bare.PrivateMegabytes();
 
-    // Wine's server can wait for itself for ever when the last reference to an interface goes just
-    // after a call to it; a class object that is held keeps both servers from that.
     const CLSID listId = Object::ClassOf(L"Quill.List");
-    std::vector<ComPtr<IClassFactory>> held;
-    for (const CLSID& id : {quill.Id(), listId, bare.Id()})
-        Require(SUCCEEDED(CoGetClassObject(id, CLSCTX_LOCAL_SERVER, nullptr,
-                                           IID_PPV_ARGS(&held.emplace_back()))),
-                "a class object could not be had");
+    const ComPtr<IClassFactory> held[]{Hold(quill.Id()), Hold(listId), Hold(bare.Id())};
 
     const auto make = [](const CLSID& id) { return Each(1, [&id] { Object made(id); }); };
     Compare("create and release, Profile", 251, make(quill.Id()), make(bare.Id()));
@@ -405,8 +252,10 @@ public:
             try {
                 const Object list(L"Quill.List");
                 const DISPID selection = list.Find(L"Selection");
+                Value arguments[]{Value(title), Value(0L), Value(lines)};
+                Value result;
                 called_ = Milliseconds();
-                list.Select(selection, lines, title);
+                list.Call(selection, arguments, result); // returns when the dialog is closed
             } catch (const std::exception& failure) {
                 std::fprintf(stderr, "bench: %s\n", failure.what());
             }
