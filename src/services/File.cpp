@@ -156,7 +156,7 @@ SHORT File::CompareTimes(const std::wstring& first, const std::wstring& second, 
     TimeOf(firstFile.get(), which, firstTime); // a time that is not told is the earliest
     if (!TimeOf(secondFile.get(), which, secondTime)) return -1;
     const LONG order = CompareFileTime(&firstTime, &secondTime);
-    return order < 0 ? 1 : order > 0 ? 2 : 0;
+    return static_cast<SHORT>(order < 0 ? 1 : order > 0 ? 2 : 0);
 }
 
 } // namespace quill
