@@ -73,6 +73,11 @@ std::wstring FolderOf(const std::wstring& program)
     return program.substr(0, program.find_last_of(L'\\'));
 }
 
+std::wstring ProgId(const CatalogueRow& row)
+{
+    return std::wstring(L"Quill.") + row.name;
+}
+
 // The keys that hold the path of the executable: who owns a registration is read there.
 std::wstring ClassKey(const CatalogueRow& row)
 {
@@ -136,7 +141,7 @@ std::vector<RegistryValue> Values(const std::wstring& program)
     std::vector<RegistryValue> values;
 
     for (const CatalogueRow& row : kCatalogue) {
-        const std::wstring progId = std::wstring(L"Quill.") + row.name;
+        const std::wstring progId = ProgId(row);
         const std::wstring versioned = progId + L".1";
         const std::wstring key = ClassKey(row);
         values.push_back({key, L"", progId});
@@ -235,19 +240,19 @@ void RemoveFrom(const Root& root, const std::wstring& program)
     for (const CatalogueRow& row : kCatalogue) {
         const std::wstring server = Read(root, ClassKey(row) + L"\\LocalServer32");
         if (!SamePath(server, L'"' + program + L'"')) continue;
-        const std::wstring progId = std::wstring(L"Quill.") + row.name;
+        const std::wstring progId = ProgId(row);
         Remove(root, progId);
         Remove(root, progId + L".1");
         Remove(root, ClassKey(row));
     }
     const TLIBATTR library = LibraryAttributes();
-    for (const PublishedInterface& published : PublishedInterfaces()) {
-        // Interfaces do not name the executable; they go with its type library.
-        const std::wstring file = Read(root, LibraryFileKey(library));
-        if (file.empty() || SamePath(file, program))
+    const std::wstring file = Read(root, LibraryFileKey(library));
+    // Interfaces do not name the executable; they go with its type library.
+    if (file.empty() || SamePath(file, program)) {
+        for (const PublishedInterface& published : PublishedInterfaces())
             Remove(root, L"Interface\\" + Braced(published.id));
     }
-    if (SamePath(Read(root, LibraryFileKey(library)), program)) {
+    if (SamePath(file, program)) {
         Remove(root, LibraryKey(library) + L'\\' + LibraryVersion(library));
         RemoveIfEmpty(root, LibraryKey(library));
     }
@@ -283,8 +288,9 @@ RegistrationScope DefaultRegistrationScope() noexcept
 void RegisterServer(RegistrationScope scope, const std::wstring& program)
 {
     const HKEY hive = scope == RegistrationScope::AllUsers ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    const std::vector<RegistryValue> values = Values(program);
     for (const Root& root : RootsOf(hive))
-        for (const RegistryValue& value : Values(program))
+        for (const RegistryValue& value : values)
             Write(root, value);
     // The event log belongs to the machine; events of an unknown source are recorded all the same.
     if (scope == RegistrationScope::AllUsers) WriteEventSource(program);

@@ -4,6 +4,7 @@
 
 #include "core/Text.h"
 #include "core/quillfn.h"
+#include "services/Bytes.h"
 
 namespace quill {
 
@@ -22,24 +23,13 @@ size_t NumberSize(VARTYPE type) noexcept
     }
 }
 
-BYTE Digit(wchar_t unit, bool& isDigit) noexcept
-{
-    isDigit = true;
-    if (unit >= L'0' && unit <= L'9') return static_cast<BYTE>(unit - L'0');
-    if (unit >= L'a' && unit <= L'f') return static_cast<BYTE>(unit - L'a' + 10);
-    if (unit >= L'A' && unit <= L'F') return static_cast<BYTE>(unit - L'A' + 10);
-    isDigit = false;
-    return 0;
-}
-
 // As lenient as a language that reads a number up to the first character that is no digit.
 BYTE ByteOfPair(wchar_t first, wchar_t second) noexcept
 {
-    bool isDigit;
-    const BYTE high = Digit(first, isDigit);
-    if (!isDigit) return 0;
-    const BYTE low = Digit(second, isDigit);
-    return isDigit ? static_cast<BYTE>(high * 16 + low) : high;
+    const int high = HexDigit(first);
+    if (high < 0) return 0;
+    const int low = HexDigit(second);
+    return static_cast<BYTE>(low < 0 ? high : high * 16 + low);
 }
 
 bool IsHexadecimal(std::wstring_view text) noexcept
