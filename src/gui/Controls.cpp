@@ -115,8 +115,22 @@ void Control::SetAccessibleName(const std::wstring& name)
                                     PROPID_ACC_NAME, name.c_str());
 }
 
-Label::Label(Form& form, const TwipRect& place, const wchar_t* text)
-    : Control(form, place, WC_STATICW, text, SS_LEFT | SS_NOPREFIX)
+void Control::SetTextColor(COLORREF color)
+{
+    const bool ofSystem = color != CLR_DEFAULT && (color & 0x80000000U) != 0;
+    textColor_ = ofSystem ? GetSysColor(static_cast<int>(color & 0xFFU)) : color;
+    InvalidateRect(window_, nullptr, TRUE);
+}
+
+float Control::LineHeight() const
+{
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(MeasuringDevice(*this), &metrics);
+    return form_.ToTwips(metrics.tmHeight);
+}
+
+Label::Label(Form& form, const TwipRect& place, const wchar_t* text, DWORD style)
+    : Control(form, place, WC_STATICW, text, style)
 {
 }
 
@@ -148,6 +162,32 @@ float Button::WidthOfText() const
 void Button::OnCommand(WORD code)
 {
     if (code == BN_CLICKED) onClick_();
+}
+
+TextBox::TextBox(Form& form, const TwipRect& place, DWORD style, std::function<void(bool)> onFocus)
+    : Control(form, place, WC_EDITW, L"",
+              WS_TABSTOP | style |
+                  static_cast<DWORD>(style & ES_MULTILINE ? ES_AUTOVSCROLL : ES_AUTOHSCROLL),
+              WS_EX_CLIENTEDGE),
+      onFocus_(std::move(onFocus))
+{
+}
+
+std::wstring TextBox::Text() const
+{
+    return TextOf(Window());
+}
+
+void TextBox::Select(int first, int last)
+{
+    const int end = GetWindowTextLengthW(Window());
+    Send(EM_SETSEL, static_cast<WPARAM>(first < 0 ? end : first), last < 0 ? end : last);
+    Send(EM_SCROLLCARET);
+}
+
+void TextBox::OnCommand(WORD code)
+{
+    if (onFocus_ && (code == EN_SETFOCUS || code == EN_KILLFOCUS)) onFocus_(code == EN_SETFOCUS);
 }
 
 ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick)

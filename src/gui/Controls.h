@@ -20,6 +20,11 @@ public:
     void Focus();
     // What screen readers call the control, where no label says it.
     void SetAccessibleName(const std::wstring& name);
+    // The colour of its text; system colours as GetSysColor counts them with the high bit set.
+    // CLR_DEFAULT is the system's own.
+    void SetTextColor(COLORREF color);
+    // The height in twips of one line of its text.
+    float LineHeight() const;
     const FontSpec& CurrentFont() const noexcept { return font_; }
     virtual void SetFont(const FontSpec& font);
 
@@ -28,8 +33,9 @@ protected:
             DWORD style, DWORD extendedStyle = 0);
     virtual ~Control();
 
-    // A notification of the native control (the high word of WM_COMMAND).
+    // A notification of the native control (the high word of WM_COMMAND, or WM_NOTIFY).
     virtual void OnCommand(WORD) {}
+    virtual void OnNotify(const NMHDR&) {}
     // A character was typed into the control; true when that is done with.
     virtual bool OnCharacter(wchar_t) { return false; }
 
@@ -47,12 +53,14 @@ private:
     HWND window_ = nullptr;
     TwipRect place_;
     FontSpec font_;
+    COLORREF textColor_ = CLR_DEFAULT;
 };
 
-// Text that wraps; "&" is shown as it is.
+// Text that wraps. With the default style "&" is shown as it is.
 class Label : public Control {
 public:
-    Label(Form& form, const TwipRect& place, const wchar_t* text = L"");
+    Label(Form& form, const TwipRect& place, const wchar_t* text = L"",
+          DWORD style = SS_LEFT | SS_NOPREFIX); // SS_ bits
 
     // The height in twips that its text needs at its width.
     float HeightOfText() const;
@@ -73,6 +81,23 @@ private:
     void OnCommand(WORD code) override;
 
     std::function<void()> onClick_;
+};
+
+// A native edit control with a border; scrolls sideways, or down where it has several lines.
+class TextBox : public Control {
+public:
+    // ES_ and WS_ bits; `onFocus` hears that the user comes in (true) or leaves (false).
+    TextBox(Form& form, const TwipRect& place, DWORD style = 0,
+            std::function<void(bool)> onFocus = nullptr);
+
+    std::wstring Text() const;
+    // Selects from `first` to before `last`, -1 for the end, and shows the caret.
+    void Select(int first, int last);
+
+private:
+    void OnCommand(WORD code) override;
+
+    std::function<void(bool)> onFocus_;
 };
 
 // A list box. Typing finds the line that begins with what was typed.

@@ -229,6 +229,19 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         if (Control* control = FindControl(reinterpret_cast<HWND>(lParam)))
             control->OnCommand(HIWORD(wParam));
         return 0;
+    case WM_NOTIFY: {
+        const auto& notification = *reinterpret_cast<const NMHDR*>(lParam);
+        if (Control* control = FindControl(notification.hwndFrom)) control->OnNotify(notification);
+        return DefWindowProcW(window_, message, wParam, lParam);
+    }
+    case WM_CTLCOLORSTATIC: // also edit controls that are locked
+    case WM_CTLCOLOREDIT: {
+        const LRESULT brush = DefWindowProcW(window_, message, wParam, lParam);
+        const Control* control = FindControl(reinterpret_cast<HWND>(lParam));
+        if (control && control->textColor_ != CLR_DEFAULT)
+            ::SetTextColor(reinterpret_cast<HDC>(wParam), control->textColor_);
+        return brush;
+    }
     case WM_CLOSE: OnClose(); return 0;
     default: return DefWindowProcW(window_, message, wParam, lParam);
     }
