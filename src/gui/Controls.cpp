@@ -74,7 +74,8 @@ void Control::Move(const TwipRect& place)
     const int left = form_.ToPixels(place.left);
     const int top = form_.ToPixels(place.top);
     // Drawn anew as a whole: text that wraps looks different at each width.
-    SetWindowPos(window_, nullptr, left, top, form_.ToPixels(place.left + place.width) - left,
+    SetWindowPos(window_, nullptr, left, top - form_.scrolled_,
+                 form_.ToPixels(place.left + place.width) - left,
                  form_.ToPixels(place.top + place.height) - top,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
@@ -97,6 +98,7 @@ void Control::SetVisible(bool visible)
 void Control::Focus()
 {
     SetFocus(window_);
+    form_.ScrollIntoView(*this);
 }
 
 void Control::SetFont(const FontSpec& font)
