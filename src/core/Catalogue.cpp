@@ -9,15 +9,19 @@ namespace quill {
 namespace {
 
 const CatalogueRow kRows[] = {
+    {CLSID_DriveList, L"DriveList", Home::Pool, Create<::DriveList>},
     {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
     {CLSID_EventLog, L"EventLog", Home::Pool, Create<::EventLog>},
+    {CLSID_CheckList, L"CheckList", Home::Pool, Create<::CheckList>},
     {CLSID_File, L"File", Home::Main, Create<::File>},
     {CLSID_FileSelection, L"FileSelection", Home::Pool, Create<::FileSelection>},
     {CLSID_Aux, L"Aux", Home::Pool, Create<::Aux>},
+    {CLSID_DTPick, L"DTPick", Home::Pool, Create<::DTPick>},
     {CLSID_Registry, L"Registry", Home::Pool, Create<::Registry>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
+    {CLSID_MInputBox, L"MInputBox", Home::Pool, Create<::MInputBox>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
 };
 

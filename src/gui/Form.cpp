@@ -148,10 +148,9 @@ void Form::WaitUntilClosed(const std::function<bool()>& abandoned)
 
 void Form::OnActivate()
 {
-    if (IsWindow(lastFocus_))
-        SetFocus(lastFocus_);
-    else
-        SetFocus(GetNextDlgTabItem(window_, nullptr, FALSE));
+    if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
+    SetFocus(lastFocus_);
+    if (const Control* control = FindControl(lastFocus_)) ScrollIntoView(*control);
 }
 
 void Form::OnKeyDown(WPARAM) {}
@@ -306,6 +305,11 @@ void Form::LimitSize(MINMAXINFO& limits) const
     const TwipSize maximum = MaximumSize();
     if (maximum.width > 0) limits.ptMaxTrackSize.x = ToPixels(maximum.width);
     if (maximum.height > 0) limits.ptMaxTrackSize.y = ToPixels(maximum.height);
+}
+
+void Form::SetFirstFocus(const Control& control)
+{
+    lastFocus_ = control.Window();
 }
 
 void Form::SetContentHeight(float height)

@@ -67,6 +67,9 @@ public:
     // True: OnKeyDown sees every key before the control that has the focus.
     void SetKeyPreview(bool preview) noexcept { keyPreview_ = preview; }
 
+    // The control that has the focus when the window is first active; without it, the first one.
+    void SetFirstFocus(const Control& control);
+
     // The height in twips that the controls take. A window that is lower gets a scroll bar, and
     // follows the focus.
     void SetContentHeight(float height);
