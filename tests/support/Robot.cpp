@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "core/MessagePump.h"
 #include "support/ScriptObject.h"
@@ -330,6 +331,29 @@ bool Robot::Finish()
         if (!failure_.empty()) reporter_("robot: " + failure_);
     }
     return failure_.empty();
+}
+
+namespace {
+
+thread_local std::function<void()> duringWait;
+
+void CALLBACK RunDuringWait(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    std::exchange(duringWait, nullptr)();
+}
+
+} // namespace
+
+DuringWait::DuringWait(std::function<void()> action)
+{
+    duringWait = std::move(action);
+    timer_ = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunDuringWait);
+}
+
+DuringWait::~DuringWait()
+{
+    KillTimer(nullptr, timer_);
 }
 
 } // namespace quill::test

@@ -105,4 +105,17 @@ private:
     std::thread thread_;
 };
 
+// Runs an action once on the calling thread when a call waits there, as the call of a second client
+// or an event handler would come in.
+class DuringWait {
+public:
+    explicit DuringWait(std::function<void()> action);
+    ~DuringWait();
+    DuringWait(const DuringWait&) = delete;
+    DuringWait& operator=(const DuringWait&) = delete;
+
+private:
+    UINT_PTR timer_;
+};
+
 } // namespace quill::test
