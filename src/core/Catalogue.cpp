@@ -18,6 +18,7 @@ const CatalogueRow kRows[] = {
     {CLSID_Registry, L"Registry", Home::Pool, Create<::Registry>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
+    {CLSID_Notice, L"Notice", Home::Pool, Create<::Notice>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
 };
 
