@@ -32,8 +32,7 @@ Icon LoadImageIcon(HMODULE module, PCWSTR name, bool large, UINT flags)
 {
     const int side = large ? 0 : GetSystemMetrics(SM_CXSMICON);
     if (large) flags |= LR_DEFAULTSIZE;
-    const auto icon =
-        static_cast<HICON>(LoadImageW(module, name, IMAGE_ICON, side, side, flags));
+    const auto icon = static_cast<HICON>(LoadImageW(module, name, IMAGE_ICON, side, side, flags));
     // A shared icon stays the system's; the copy is ours to destroy.
     return Icon(icon && (flags & LR_SHARED) ? CopyIcon(icon) : icon);
 }

@@ -62,7 +62,10 @@ public:
     {
         return Put<Within<kCustomIcon, kTrayIcon>>(balloonKind_, value);
     }
-    STDMETHODIMP get_BIconID(LONG* value) noexcept override { return Get(value, balloonSource_.id); }
+    STDMETHODIMP get_BIconID(LONG* value) noexcept override
+    {
+        return Get(value, balloonSource_.id);
+    }
     STDMETHODIMP put_BIconID(LONG value) noexcept override { return Put(balloonSource_.id, value); }
     STDMETHODIMP get_BIconName(BSTR* value) noexcept override
     {
@@ -90,9 +93,15 @@ public:
     }
     STDMETHODIMP get_IconID(LONG* value) noexcept override { return Get(value, traySource_.id); }
     STDMETHODIMP put_IconID(LONG value) noexcept override { return Put(traySource_.id, value); }
-    STDMETHODIMP get_IconName(BSTR* value) noexcept override { return Get(value, traySource_.name); }
+    STDMETHODIMP get_IconName(BSTR* value) noexcept override
+    {
+        return Get(value, traySource_.name);
+    }
     STDMETHODIMP put_IconName(BSTR value) noexcept override { return Put(traySource_.name, value); }
-    STDMETHODIMP get_IconFile(BSTR* value) noexcept override { return Get(value, traySource_.file); }
+    STDMETHODIMP get_IconFile(BSTR* value) noexcept override
+    {
+        return Get(value, traySource_.file);
+    }
     STDMETHODIMP put_IconFile(BSTR value) noexcept override
     {
         return Put<CutTo<255>>(traySource_.file, value);

@@ -14,7 +14,8 @@
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
 //                                     Actions: click, double x y, close, move x y, wait, or
-//                                     keys and what to type: keys a{DOWN}^a{ENTER}
+//                                     keys and what to type: keys a{DOWN}^a{ENTER}, or
+//                                     menu and keys: a right click, then the keys in its menu
 //     host.Answered                   waits for the robot; True when all went well
 //     host.Listen object              hears the object's events from now on
 //     host.Pump milliseconds          waits for the next event; False when none came
@@ -384,7 +385,11 @@ private:
                 desk.Close(GetAncestor(control, GA_ROOT));
             else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2)
                 desk.Move(GetAncestor(control, GA_ROOT), point);
-            else if (action.starts_with(L"keys "))
+            else if (action.starts_with(L"menu ")) {
+                desk.RightClick(control);
+                desk.Window(nullptr, L"#32768");
+                PressKeys(desk, std::wstring_view(action).substr(5));
+            } else if (action.starts_with(L"keys "))
                 PressKeys(desk, std::wstring_view(action).substr(5));
             else if (action != L"wait")
                 throw std::runtime_error("unknown action " + Narrow(action));

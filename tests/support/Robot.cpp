@@ -10,7 +10,8 @@ namespace quill::test {
 
 namespace {
 
-constexpr DWORD kPoll = 15;              // milliseconds between two looks
+constexpr DWORD kPoll = 15; // milliseconds between two looks
+constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr DWORD kAnswerDeadline = 2'000; // for a window to answer a message
 
 BOOL CALLBACK AddToList(HWND window, LPARAM list)
@@ -196,6 +197,13 @@ void Desk::ClickAt(HWND window, POINT point)
           MouseInput(target, MOUSEEVENTF_LEFTUP)});
 }
 
+void Desk::RightClick(HWND control)
+{
+    const POINT target = Target(control, CentreOf(control));
+    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_RIGHTDOWN),
+          MouseInput(target, MOUSEEVENTF_RIGHTUP)});
+}
+
 void Desk::DoubleClickAt(HWND window, POINT point)
 {
     const POINT target = Target(window, point);
@@ -209,6 +217,10 @@ void Desk::WaitForKeys()
     WaitFor(L"the window " + Quoted(TextOf(current_).c_str()) + L" to have the keyboard", [&] {
         GUITHREADINFO info{};
         info.cbSize = sizeof info;
+        if (ClassOf(current_) == kMenuClass)
+            return GetGUIThreadInfo(GetWindowThreadProcessId(GetForegroundWindow(), nullptr),
+                                    &info) &&
+                   info.hwndMenuOwner == current_;
         return GetForegroundWindow() == current_ &&
                GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
                info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
