@@ -15,7 +15,9 @@
 //                                     for any) and then act; answers are given one after the other.
 //                                     Actions: click, double x y, close, move x y, wait, or
 //                                     keys and what to type: keys a{DOWN}^a{ENTER}, or
-//                                     menu and keys: a right click, then the keys in its menu
+//                                     menu and keys: a right click, then the keys in its menu;
+//                                     write and a path: the file appears; see waits for a window
+//                                     of this caption and class instead of a control
 //     host.Answered                   waits for the robot; True when all went well
 //     host.Listen object              hears the object's events from now on
 //     host.Pump milliseconds          waits for the next event; False when none came
@@ -375,6 +377,10 @@ private:
             const auto any = [](const std::wstring& name) {
                 return name.empty() ? nullptr : name.c_str();
             };
+            if (action == L"see") {
+                desk.Window(any(caption), any(controlClass));
+                return;
+            }
             const HWND control = desk.Control(any(caption), any(controlClass), any(text));
             POINT point{};
             if (action == L"click")
@@ -389,7 +395,9 @@ private:
                 desk.RightClick(control);
                 desk.Window(nullptr, L"#32768");
                 PressKeys(desk, std::wstring_view(action).substr(5));
-            } else if (action.starts_with(L"keys "))
+            } else if (action.starts_with(L"write "))
+                std::ofstream(std::filesystem::path(action.substr(6))) << "written";
+            else if (action.starts_with(L"keys "))
                 PressKeys(desk, std::wstring_view(action).substr(5));
             else if (action != L"wait")
                 throw std::runtime_error("unknown action " + Narrow(action));
