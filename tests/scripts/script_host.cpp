@@ -392,7 +392,7 @@ private:
             else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2)
                 desk.Move(GetAncestor(control, GA_ROOT), point);
             else if (action.starts_with(L"menu ")) {
-                desk.RightClick(control);
+                desk.Click(control, Desk::Button::Right);
                 desk.Window(nullptr, L"#32768");
                 PressKeys(desk, std::wstring_view(action).substr(5));
             } else if (action.starts_with(L"write "))

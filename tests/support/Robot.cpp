@@ -185,23 +185,18 @@ POINT Desk::Target(HWND window, POINT point)
     return screen;
 }
 
-void Desk::Click(HWND control)
+void Desk::Click(HWND control, Button button)
 {
-    ClickAt(control, CentreOf(control));
+    ClickAt(control, CentreOf(control), button);
 }
 
-void Desk::ClickAt(HWND window, POINT point)
+void Desk::ClickAt(HWND window, POINT point, Button button)
 {
     const POINT target = Target(window, point);
-    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
-          MouseInput(target, MOUSEEVENTF_LEFTUP)});
-}
-
-void Desk::RightClick(HWND control)
-{
-    const POINT target = Target(control, CentreOf(control));
-    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_RIGHTDOWN),
-          MouseInput(target, MOUSEEVENTF_RIGHTUP)});
+    const bool left = button == Button::Left;
+    Send({MouseInput(target, MOUSEEVENTF_MOVE),
+          MouseInput(target, left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN),
+          MouseInput(target, left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP)});
 }
 
 void Desk::DoubleClickAt(HWND window, POINT point)
