@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/Text.h"
 #include "tray/IconSource.h"
 
 namespace quill {
@@ -22,14 +23,12 @@ NOTIFYICONDATAW MakeRecord(const TrayPlace& place, UINT flags)
     return record;
 }
 
-// Fills a field as far as it goes. Half a surrogate pair at the end would show as a box.
+// Fills a field, which holds NULs, as far as it goes.
 template <size_t Size>
 void CopyText(wchar_t (&field)[Size], const std::wstring& text)
 {
-    size_t length = std::min(text.size(), Size - 1);
-    if (length > 0 && IS_HIGH_SURROGATE(text[length - 1])) --length;
-    std::copy_n(text.begin(), length, field);
-    field[length] = L'\0';
+    const std::wstring_view shown = CutForDisplay(text, Size - 1);
+    std::copy(shown.begin(), shown.end(), field);
 }
 
 bool Send(DWORD request, NOTIFYICONDATAW record)

@@ -336,7 +336,8 @@ TEST_F(NoticeTest, TheMenuWorksByMouseAndKeyboard)
     SetForegroundWindow(before);
     Try(L"Add");
     result_ = FALSE;
-    notice_.Put(L"ContextMenu", ListOf({L"&One", L"-", L"", L"T&wo"}));
+    notice_.Put(L"ContextMenu",
+                ListOf({L"&One", L"-", L"", L"T&wo" + std::wstring(1'000'000, L'o')}));
     EXPECT_EQ(ChooseFromMenu(press({VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN})), 13);
     EXPECT_EQ(requests_.back(), DWORD{NIM_SETFOCUS});
     EXPECT_EQ(GetForegroundWindow(), before);
@@ -346,6 +347,7 @@ TEST_F(NoticeTest, TheMenuWorksByMouseAndKeyboard)
                   const HWND menu = desk.Window(nullptr, kMenu);
                   EXPECT_EQ(WindowFromPoint({201, 101}), menu) << "it opens where the click was";
                   EXPECT_NE(WindowFromPoint({199, 99}), menu);
+                  EXPECT_NE(WindowFromPoint({1270, 101}), menu) << "too wide";
                   desk.ClickAt(menu, {12, 12});
               }),
               11);
