@@ -22,6 +22,7 @@ const CatalogueRow kRows[] = {
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
     {CLSID_MInputBox, L"MInputBox", Home::Pool, Create<::MInputBox>},
+    {CLSID_Notice, L"Notice", Home::Pool, Create<::Notice>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
 };
 

@@ -46,9 +46,10 @@ public:
     void WaitUntilGone(HWND window);
 
     // Real input. The mouse waits until its target lies on top, the keys until the window last
-    // found, or its control, is the one that hears them.
-    void Click(HWND control);
-    void ClickAt(HWND window, POINT point);
+    // found, or its control, is the one that hears them; a menu hears those of its thread.
+    enum class Button { Left, Right };
+    void Click(HWND control, Button button = Button::Left);
+    void ClickAt(HWND window, POINT point, Button button = Button::Left);
     void DoubleClickAt(HWND window, POINT point);
     void Press(WORD key, std::initializer_list<WORD> held = {}); // VK_ codes
     void Type(std::wstring_view text);
