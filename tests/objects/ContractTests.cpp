@@ -36,6 +36,14 @@ _BinFile
   17 Location2 I4 get put
   18 LOC CY get put
   19 LOF CY get
+_DriveList
+  1 ButtonText BSTR get put
+  2 Crop BOOL get put
+  3 FontEnlarge I2 get put
+  4 FontModernize BOOL get put
+  5 Info BSTR get put
+  6 Topmost BOOL get put
+  7 Selection(default BSTR, [Title BSTR = ""]) BSTR
 _List
   1 MultiSel BOOL get put
   2 ButtonText BSTR get put
@@ -58,6 +66,15 @@ _EventLog
   2 File BSTR get put
   3 mode I2 get put
   4 Report(estring BSTR, [etype I4 = 0])
+_CheckList
+  1 ButtonText BSTR get put
+  2 DlgCancelEsc BOOL get put
+  3 FontEnlarge I2 get put
+  4 FontModernize BOOL get put
+  5 Info BSTR get put
+  6 Topmost BOOL get put
+  7 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) I4
+  8 SelectionA(items VARIANT*, [indices VARIANT*], [Title BSTR = ""]) I4
 _File
   1 Application(filespec BSTR) BSTR
   2 Create(filespec BSTR, [overwrite BOOL = False]) BOOL
@@ -115,6 +132,13 @@ _Aux
   30 MatchName(name BSTR, pattern BSTR) BOOL
   31 ExpandEnvironment(chars BSTR) BSTR
   32 SplitCommandLine(commandline BSTR) VARIANT
+_DTPick
+  1 ButtonText BSTR get put
+  2 ControlMode I2 get put
+  3 Info BSTR get put
+  4 Title BSTR get put
+  5 Topmost BOOL get put
+  6 Selection(vdt VARIANT*) BOOL
 _Registry
   1 Access64 I4 get put
   2 Continue I4 get put
@@ -166,6 +190,44 @@ _TaskDialog
   22 VerificationChecked BOOL get put
   23 Show([prompt BSTR = ""], [Buttons I4 = -1], [Title BSTR = ""]) I2
   24 ShowEx() I2
+_MInputBox
+  1 InputNumber I2 get put
+  2 InputStart I2 get put
+  3 TextLimit I2 get put
+  4 LabelEditRatio I2 get put
+  5 AlignInput I2 get put
+  6 AlignLabel I2 get put
+  7 ShowTipControl I2 get put
+  8 InputFlags I2 get put
+  9 CheckNumStyle BOOL get put
+  10 ConvertArr BOOL get put
+  11 InputSelection BOOL get put
+  12 ShowCueAtFocus BOOL get put
+  13 AccPrefix BOOL get put
+  14 PasswordChar BSTR get put
+  15 MinBalloonText BSTR get put
+  16 MinBalloonTitle BSTR get put
+  17 Title BSTR get put
+  18 Info BSTR get put
+  19 InfoBig BOOL get put
+  20 ButtonText BSTR get put
+  21 Topmost BOOL get put
+  22 FontModernize BOOL get put
+  23 FontEnlarge I2 get put
+  24 DlgCancelEsc BOOL get put
+  25 DlgCancelTime I2 get put
+  26 InpLabel VARIANT get put
+  27 InpText VARIANT get put
+  28 InpCueText VARIANT get put
+  29 InpTipText VARIANT get put
+  30 InpTextStyle VARIANT get put
+  31 InpMaxLen VARIANT get put
+  32 InpMinLen VARIANT get put
+  33 InpLocked VARIANT get put
+  34 InpLabelColor VARIANT get put
+  35 InpTextColor VARIANT get put
+  36 InputS([prompt BSTR = ""], [Title BSTR = ""], [default BSTR = ""]) BSTR
+  37 InputM(vinp VARIANT*) BOOL
 _Notice
   1 Add() BOOL
   2 ChangeIcon() BOOL
