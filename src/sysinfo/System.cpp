@@ -42,7 +42,7 @@ Network QueryNetwork()
     NETSETUP_JOIN_STATUS type = NetSetupUnknownStatus;
     if (machine.getJoinInformation(nullptr, &name, &type) != NERR_Success) return {};
     const std::unique_ptr<wchar_t, decltype(machine.freeBuffer)> owned(name, machine.freeBuffer);
-    return {type, name ? name : L""};
+    return {static_cast<LONG>(type), name ? name : L""};
 }
 
 struct Volume {

