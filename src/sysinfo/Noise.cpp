@@ -1,7 +1,7 @@
 #include "sysinfo/Noise.h"
 
 #include <algorithm>
-#include <thread>
+#include <memory>
 
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
@@ -47,16 +47,19 @@ SoundFunctions& SoundsOfThread() noexcept
 
 // The platform's calls for sounds return at the end without a look at messages, so they run on a
 // thread of their own.
-template <class Sound>
-void Noise::UntilItEnds(Sound sound)
+void Noise::UntilItEnds(std::function<void()> sound)
 {
-    const auto ended = std::make_shared<Event>(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    std::thread([ended, sound = std::move(sound)]() noexcept {
-        sound();
-        SetEvent(ended->get());
-    }).detach();
-    while (WaitForSingleObject(ended->get(), 0) == WAIT_TIMEOUT && !ClientsGone())
-        if (!WaitForMessages(kRoundMilliseconds, ended->get())) break;
+    using Sound = std::unique_ptr<std::function<void()>>;
+    auto own = std::make_unique<std::function<void()>>(std::move(sound));
+    const auto run = [](void* given) WINAPI -> DWORD {
+        (*Sound(static_cast<Sound::pointer>(given)))();
+        return 0;
+    };
+    const Owned<HANDLE, CloseHandle> thread(CreateThread(nullptr, 0, run, own.get(), 0, nullptr));
+    if (!thread) return;
+    static_cast<void>(own.release()); // the thread's from now on
+    while (WaitForSingleObject(thread.get(), 0) == WAIT_TIMEOUT && !ClientsGone())
+        if (!WaitForMessages(kRoundMilliseconds, thread.get())) break;
 }
 
 void Noise::PlayTone(LONG frequency, LONG milliseconds)

@@ -34,8 +34,7 @@ private:
     void PlayBeep(LONG type);
     void PlaySoundOf(const std::wstring& sound, LONG module, LONG flags);
 
-    template <class Sound>
-    void UntilItEnds(Sound sound);
+    void UntilItEnds(std::function<void()> sound);
 };
 
 // The platform's sounds; tests put their own in their place.
