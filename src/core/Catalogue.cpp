@@ -9,14 +9,20 @@ namespace quill {
 namespace {
 
 const CatalogueRow kRows[] = {
+    {CLSID_Me, L"Me", Home::Main, Create<::Me>},
     {CLSID_DriveList, L"DriveList", Home::Pool, Create<::DriveList>},
     {CLSID_List, L"List", Home::Pool, Create<::List>},
     {CLSID_Profile, L"Profile", Home::Main, Create<::Profile>},
     {CLSID_EventLog, L"EventLog", Home::Pool, Create<::EventLog>},
+    {CLSID_Clipboard, L"Clipboard", Home::Pool, Create<::Clipboard>},
+    {CLSID_System, L"System", Home::Pool, Create<::System>},
+    {CLSID_OsVersion, L"OsVersion", Home::Main, Create<::OsVersion>},
+    {CLSID_Noise, L"Noise", Home::Pool, Create<::Noise>},
     {CLSID_CheckList, L"CheckList", Home::Pool, Create<::CheckList>},
     {CLSID_File, L"File", Home::Main, Create<::File>},
     {CLSID_FileSelection, L"FileSelection", Home::Pool, Create<::FileSelection>},
     {CLSID_Aux, L"Aux", Home::Pool, Create<::Aux>},
+    {CLSID_DateTime, L"DateTime", Home::Main, Create<::DateTime>},
     {CLSID_DTPick, L"DTPick", Home::Pool, Create<::DTPick>},
     {CLSID_Registry, L"Registry", Home::Pool, Create<::Registry>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},

@@ -36,6 +36,15 @@ _BinFile
   17 Location2 I4 get put
   18 LOC CY get put
   19 LOF CY get
+_Me
+  1 About BSTR get
+  2 hInstance I4 get
+  3 Path BSTR get
+  4 ProcessID I4 get
+  5 ThreadID I4 get
+  6 Version BSTR get
+  7 ParentProcessID I4 get
+  8 CallerTID I4 get
 _DriveList
   1 ButtonText BSTR get put
   2 Crop BOOL get put
@@ -66,6 +75,40 @@ _EventLog
   2 File BSTR get put
   3 mode I2 get put
   4 Report(estring BSTR, [etype I4 = 0])
+_Clipboard
+  1 Text BSTR get put
+  2 UseUnicode BOOL get put
+_System
+  1 UserName BSTR get
+  2 ComputerName([f ComputerNameFormat = 0]) BSTR
+  3 NetworkName BSTR get
+  4 NetworkType I4 get
+  5 ProcessorArchitecture I4 get
+  6 ProcessorInfo I4 get
+  7 GetMetrics(n I4) I4
+  8 VolumeGetSN(drv BSTR) I4
+  9 VolumeGetName(drv BSTR) BSTR
+  10 VolumeGetFileSys(drv BSTR) BSTR
+  11 VolumeGetGUID(drv BSTR) BSTR
+  12 CurrentCodePage I4 get
+  13 BiosMode([fAlt I2 = 0]) I2
+_OsVersion
+  1 Number I2 get
+  2 Major I4 get
+  3 Minor I4 get
+  4 Build I4 get
+  5 SPMajor I4 get
+  6 SPMinor I4 get
+  7 Suite I2 get
+  8 Product I2 get
+  9 Product2 I4 get
+  10 Bitness I2 get
+_Noise
+  1 Ring([freq I4 = 1024], [dura I4 = 500])
+  2 MsgBeep([mtype I4 = 0])
+  3 Play(sound BSTR, [hmod I4 = 0], [flags I4 = 0])
+  4 PlayFile(sound BSTR, [flags I4 = 0])
+  5 PlayEvent(sound BSTR, [flags I4 = 0])
 _CheckList
   1 ButtonText BSTR get put
   2 DlgCancelEsc BOOL get put
@@ -132,6 +175,16 @@ _Aux
   30 MatchName(name BSTR, pattern BSTR) BOOL
   31 ExpandEnvironment(chars BSTR) BSTR
   32 SplitCommandLine(commandline BSTR) VARIANT
+_DateTime
+  1 ConvertTime(dt DATE, IsUTC BOOL) DATE
+  2 TimeInfoRefresh()
+  3 TimeZoneType I4 get
+  4 TimeZoneName BSTR get
+  5 TimeBias I4 get
+  6 TimeBiasDST I4 get
+  7 SysDate DATE get
+  8 SysTime DATE get
+  9 SysNow DATE get
 _DTPick
   1 ButtonText BSTR get put
   2 ControlMode I2 get put
@@ -263,6 +316,11 @@ __Notice
   2 BalloonClick()
 __Clock
   1 Buzz()
+)";
+
+constexpr char kEnumerations[] = R"(
+NetworkStatus NetSetupUnknownStatus=0 NetSetupUnjoined=1 NetSetupWorkgroupName=2 NetSetupDomainName=3
+ComputerNameFormat ComputerNameNetBIOS=0 ComputerNameDnsHostname=1 ComputerNameDnsDomain=2 ComputerNameDnsFullyQualified=3 ComputerNamePhysicalNetBIOS=4 ComputerNamePhysicalDnsHostname=5
 )";
 
 // Published classes that scripts get from other objects only.
@@ -402,6 +460,22 @@ TEST(Contract, MembersAreAsPublished)
     ForEachType(TKIND_DISPATCH,
                 [&](ITypeInfo* info, const TYPEATTR&) { published += Describe(info); });
     EXPECT_EQ(published, kContract);
+
+    published = "\n";
+    ForEachType(TKIND_ENUM, [&](ITypeInfo* info, const TYPEATTR& attributes) {
+        published += NameOf(info);
+        for (UINT index = 0; index < attributes.cVars; ++index) {
+            VARDESC* constant = nullptr;
+            BSTR name = nullptr;
+            UINT count = 0;
+            Check(info->GetVarDesc(index, &constant));
+            Check(info->GetNames(constant->memid, &name, 1, &count));
+            published += ' ' + Text(name) + '=' + DefaultText(*constant->lpvarValue);
+            info->ReleaseVarDesc(constant);
+        }
+        published += '\n';
+    });
+    EXPECT_EQ(published, kEnumerations);
 }
 
 TEST(Contract, EverythingIsExplained)
