@@ -267,6 +267,10 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case DM_GETDEFID: // the dialog manager asks which button Enter presses
         return GetDlgItem(window_, IDOK) ? MAKELRESULT(IDOK, DC_HASDEFID) : 0;
+    case WM_NEXTDLGCTL: // a label's access key leads to the label, and on from there
+        SetFocus(LOWORD(lParam) ? reinterpret_cast<HWND>(wParam)
+                                : GetNextDlgTabItem(window_, GetFocus(), wParam != 0));
+        return 0;
     case WM_COMMAND:
         // Esc arrives here as IDCANCEL, from no control, and means nothing.
         if (Control* control = FindControl(reinterpret_cast<HWND>(lParam)))

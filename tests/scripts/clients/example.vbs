@@ -8,6 +8,15 @@ Dim folder: folder = host.Folder ' what examples write goes there
 Dim started: started = Now
 
 Select Case example
+Case "backup.vbs"
+    files.CreateFolder folder & "home"
+    files.CreateFolder folder & "home\letters"
+    host.Answer "Backup: folders", "SysListView32", "", "keys {SPACE}{ENTER}"
+    host.Answer "Backup: drive", "Button", "OK", "click"
+    host.Answer "Backup: time", "SysDateTimePick32", "", "keys {ENTER}"
+    Run folder & "home", "schtasks /create /tn Backup /sc once /st 20:00 /tr " & folder & "home\backup.cmd"
+    host.Check InStr(files.OpenTextFile(folder & "home\backup.cmd").ReadAll, "\home\letters"" ""C:\Backup\letters"" /e") > 0 Or _
+        InStr(files.OpenTextFile(folder & "home\backup.cmd").ReadAll, "\home\letters"" ""Z:\Backup\letters"" /e") > 0, "the batch file"
 Case "checksums.vbs"
     files.CreateFolder folder & "sums"
     Write "sums\a.txt", "abc"
@@ -25,6 +34,10 @@ Case "confirm.vbs"
     host.Answer "Delete a file", "Button", "Yes", "click"
     Run folder & "old.txt", "Deleted: " & folder & "old.txt"
     host.Check Not files.FileExists(folder & "old.txt"), "the file is gone"
+Case "contact.vbs"
+    host.Answer "New contact", "Edit", "", "keys Ann%b1x9{ENTER}"
+    Run folder & "all.csv", "Added: ""Ann"","""","""",""19"","""""
+    host.CheckEqual files.OpenTextFile(folder & "all.csv", 1, False, -1).ReadLine, """Ann"","""","""",""19"",""""", "the table"
 Case "countdown.vbs"
     Run "2", "2 ..." & vbCrLf & "1 ..." & vbCrLf & "All 10 files were copied." & vbCrLf & "The countdown is complete."
     host.Check 86400 * (Now - started) > 0.5, "the seconds took their time"
