@@ -1,5 +1,6 @@
 #include "gui/Form.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/AutomationError.h"
@@ -13,6 +14,10 @@ namespace quill {
 namespace {
 
 constexpr float kTwipsPerInch = 1440;
+
+// Fonts that are kept although no control shows them any more.
+constexpr size_t kSpareFonts = 8;
+
 // Pixels per inch of the window's monitor; of the whole system before Windows 10.
 int ResolutionOf(HWND window) noexcept
 {
@@ -82,6 +87,13 @@ TwipSize Form::OuterSize() const
     return {ToTwips(outer.right - outer.left), ToTwips(outer.bottom - outer.top)};
 }
 
+TwipSize Form::InnerSize() const
+{
+    RECT inner{};
+    GetClientRect(window_, &inner);
+    return {ToTwips(inner.right), ToTwips(inner.bottom)};
+}
+
 void Form::PlaceAtCentre(TwipSize outer)
 {
     MONITORINFO monitor{};
@@ -100,11 +112,22 @@ HFONT Form::FontHandle(const FontSpec& font)
 {
     for (const auto& [spec, handle] : fonts_)
         if (spec == font) return handle.get();
+    // A script may set one font after the other.
+    if (fonts_.size() > kSpareFonts)
+        std::erase_if(fonts_, [this](const auto& entry) { return !InUse(entry.first); });
     const int height = -MulDiv(font.points, resolution_, 72);
     Font handle(CreateFontW(height, 0, 0, 0, font.bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE,
                             DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                             DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, font.name.c_str()));
+    if (!handle) return nullptr;
     return fonts_.emplace_back(font, std::move(handle)).second.get();
+}
+
+bool Form::InUse(const FontSpec& font) const noexcept
+{
+    return font == font_ ||
+           std::any_of(controls_.begin(), controls_.end(),
+                       [&font](const Control* control) { return control->CurrentFont() == font; });
 }
 
 void Form::SetFont(const FontSpec& font)
@@ -119,6 +142,13 @@ void Form::Show(bool topmost)
     OnResize(OuterSize());
     ShowWindow(window_, SW_SHOWNORMAL);
     BringToFront(window_, topmost);
+}
+
+void Form::ShowModeless(bool topmost)
+{
+    OnResize(OuterSize());
+    ShowWindow(window_, SW_SHOWNORMAL);
+    if (topmost) SetTopmost(window_, true);
 }
 
 void Form::Unload() noexcept
@@ -138,8 +168,8 @@ void Form::OnActivate()
 {
     if (IsWindow(lastFocus_))
         SetFocus(lastFocus_);
-    else
-        SetFocus(GetNextDlgTabItem(window_, nullptr, FALSE));
+    else if (HWND first = GetNextDlgTabItem(window_, nullptr, FALSE))
+        SetFocus(first);
 }
 
 void Form::OnKeyDown(WPARAM) {}
@@ -147,6 +177,11 @@ void Form::OnKeyDown(WPARAM) {}
 void Form::OnResize(TwipSize) {}
 
 TwipSize Form::MinimumSize() const
+{
+    return {0, 0};
+}
+
+TwipSize Form::MaximumSize() const
 {
     return {0, 0};
 }
@@ -166,6 +201,7 @@ bool Form::PreviewMessage(MSG& message)
 {
     Form* form = FromWindow(GetAncestor(message.hwnd, GA_ROOT));
     if (!form) return false;
+    const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     if (message.message == WM_KEYDOWN && form->keyPreview_) {
         form->OnKeyDown(message.wParam);
         if (form->Closed()) return true; // the key is used up, and so is the window
@@ -195,6 +231,7 @@ LRESULT CALLBACK Form::WindowProcedure(HWND window, UINT message, WPARAM wParam,
             control->window_ = nullptr;
         return DefWindowProcW(window, message, wParam, lParam);
     }
+    const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     try {
         return form->Handle(message, wParam, lParam);
     } catch (...) {
@@ -243,7 +280,7 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return brush;
     }
     case WM_CLOSE: OnClose(); return 0;
-    default: return DefWindowProcW(window_, message, wParam, lParam);
+    default: OnMessage(message); return DefWindowProcW(window_, message, wParam, lParam);
     }
 }
 
@@ -259,6 +296,9 @@ void Form::LimitSize(MINMAXINFO& limits) const
     const TwipSize minimum = MinimumSize();
     limits.ptMinTrackSize.x = std::max<LONG>(limits.ptMinTrackSize.x, ToPixels(minimum.width));
     limits.ptMinTrackSize.y = std::max<LONG>(limits.ptMinTrackSize.y, ToPixels(minimum.height));
+    const TwipSize maximum = MaximumSize();
+    if (maximum.width > 0) limits.ptMaxTrackSize.x = ToPixels(maximum.width);
+    if (maximum.height > 0) limits.ptMaxTrackSize.y = ToPixels(maximum.height);
 }
 
 void Form::ChangeResolution(WPARAM resolution, const RECT& suggested)
