@@ -10,6 +10,10 @@ namespace quill {
 
 namespace {
 
+// The shell's class; its usual constant has the name of ours.
+constexpr CLSID kShellDialog{
+    0xF8383852, 0xFCD3, 0x11D1, {0xA6, 0xB9, 0x00, 0x60, 0x97, 0xDF, 0x5B, 0xD4}};
+
 // The dialog is never modal: a script has no window that it could lock.
 constexpr LONG kAllowedFlags = PROGDLG_AUTOTIME | PROGDLG_NOTIME | PROGDLG_NOMINIMIZE |
                                PROGDLG_NOPROGRESSBAR | PROGDLG_MARQUEEPROGRESS | PROGDLG_NOCANCEL;
@@ -24,7 +28,7 @@ IDispatch* Create<::ProgressDialog>()
 
 ProgressDialog::ProgressDialog()
 {
-    Check(CoCreateInstance(CLSID_ProgressDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
+    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
                            reinterpret_cast<void**>(dialog_.GetAddressOf())));
 }
 

@@ -59,9 +59,9 @@ private:
 public:
     Label lblMainText{*this, {150, 120, kTextWidth, 1020}};
     Label lblSubText{*this, {150, 1600, kTextWidth, 740}, L"", SS_NOPREFIX | SS_EDITCONTROL};
-    Frame btnFrame{*this, {-120, 2340, kWidth, 1500}};
-    Label lblBtnText{*this, {150, 2640, 3000, 620}};
-    Button PwButton{*this, {kButtonLeft, 2620, 1190, 380}, L"Stop", [this] { Press(); }};
+    Frame btnFrame{*this, {-15, 2340, kWidth, 1500}};
+    Label lblBtnText{*this, {150, 2700, 3000, 560}};
+    Button PwButton{*this, {kButtonLeft, 2720, 1190, 380}, L"Stop", [this] { Press(); }};
 };
 
 } // namespace quill
