@@ -217,7 +217,7 @@ void OutputBox::Show()
 bool OutputBox::OnMessage(UINT message, WPARAM wParam, LPARAM, LRESULT& result)
 {
     const bool reads = message == WM_GETTEXT || message == WM_GETTEXTLENGTH ||
-                       (EM_GETSEL <= message && message <= EM_GETLINE);
+                       (EM_GETSEL <= message && message <= EM_CHARFROMPOS);
     if (reads) Write();
     const bool control = GetKeyState(VK_CONTROL) < 0;
     if (message == WM_KEYDOWN && wParam == 'A' && control) {

@@ -18,6 +18,14 @@ constexpr CLSID kShellDialog{
 constexpr LONG kAllowedFlags = PROGDLG_AUTOTIME | PROGDLG_NOTIME | PROGDLG_NOMINIMIZE |
                                PROGDLG_NOPROGRESSBAR | PROGDLG_MARQUEEPROGRESS | PROGDLG_NOCANCEL;
 
+ComPtr<IProgressDialog> CreateShellDialog()
+{
+    ComPtr<IProgressDialog> dialog;
+    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
+                           reinterpret_cast<void**>(dialog.GetAddressOf())));
+    return dialog;
+}
+
 } // namespace
 
 template <>
@@ -26,11 +34,13 @@ IDispatch* Create<::ProgressDialog>()
     return new ProgressDialog;
 }
 
-ProgressDialog::ProgressDialog()
+ShellDialogFactory& ShellDialogOfThread() noexcept
 {
-    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
-                           reinterpret_cast<void**>(dialog_.GetAddressOf())));
+    thread_local ShellDialogFactory factory = CreateShellDialog;
+    return factory;
 }
+
+ProgressDialog::ProgressDialog() : dialog_(ShellDialogOfThread()()) {}
 
 ProgressDialog::~ProgressDialog()
 {

@@ -7,6 +7,10 @@
 
 namespace quill {
 
+// The shell's dialog; throws where there is none. Tests put their own in its place.
+using ShellDialogFactory = std::function<ComPtr<IProgressDialog>()>;
+ShellDialogFactory& ShellDialogOfThread() noexcept;
+
 // What the dialog refuses is an error of the call, except in SetTimer.
 class ProgressDialog final : public Automation<_ProgressDialog> {
 public:
