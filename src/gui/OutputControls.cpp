@@ -3,18 +3,14 @@
 #include <algorithm>
 #include <utility>
 
-#include "core/AutomationError.h"
 #include "core/Text.h"
-#include "gui/MessageHook.h"
 
 namespace quill {
 
 namespace {
 
-constexpr UINT_PTR kShowTimer = 0x5155; // beside the native control's own ones
-
 // Lines that wait while the user drags a selection, in UTF-16 units.
-constexpr size_t kMostPending = 1 << 18;
+constexpr size_t kMostPending = 1 << 20;
 
 using Bitmap = Owned<HBITMAP, DeleteObject>;
 using Device = Owned<HDC, DeleteDC>;
@@ -30,62 +26,16 @@ size_t BeginOfLine(const std::wstring& text, size_t end) noexcept
 
 } // namespace
 
-OutputHook::OutputHook(HWND window) : window_(window)
-{
-    if (!InstallHook(window, this, Procedure)) RaiseLastError();
-}
-
-OutputHook::~OutputHook()
-{
-    if (window_) RemoveHook(window_, this, Procedure);
-}
-
-void OutputHook::Changed()
-{
-    if (waiting_) return;
-    const ULONGLONG now = GetTickCount64();
-    waiting_ = now - shownAt_ < kShowMilliseconds &&
-               SetTimer(window_, kShowTimer, kShowMilliseconds, nullptr) != 0;
-    if (waiting_) return;
-    shownAt_ = now;
-    Show();
-}
-
-LRESULT CALLBACK OutputHook::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                       UINT_PTR self, DWORD_PTR) noexcept
-{
-    auto* output = reinterpret_cast<OutputHook*>(self);
-    try {
-        LRESULT result = 0;
-        if (message == WM_NCDESTROY) {
-            RemoveHook(window, output, Procedure);
-            output->window_ = nullptr;
-            output->OnDestroyed();
-        } else if (message == WM_TIMER && wParam == kShowTimer) {
-            KillTimer(window, kShowTimer);
-            output->waiting_ = false;
-            output->shownAt_ = GetTickCount64();
-            output->Show();
-            return 0;
-        } else if (output->OnMessage(message, wParam, lParam, result)) {
-            return result;
-        }
-    } catch (...) {
-        // Too little memory to show it; the text is kept for the next time.
-    }
-    return DefSubclassProc(window, message, wParam, lParam);
-}
-
 OutputLabel::OutputLabel(Form& form, const TwipRect& place)
-    : Label(form, place), OutputHook(Control::Window())
+    : Label(form, place), PacedHook(Control::Window())
 {
 }
 
 void OutputLabel::Append(const std::wstring& lines)
 {
     text_ += lines;
-    if (text_.size() > kMostUnits) {
-        const size_t line = text_.find(kLineBreak, text_.size() - kUnitsToKeep);
+    if (text_.size() > kMostOutput) {
+        const size_t line = text_.find(kLineBreak, text_.size() - kOutputToKeep);
         text_.erase(0, line + kLineBreak.size());
     }
     Changed();
@@ -180,7 +130,7 @@ void OutputLabel::Draw(HDC target) const
 }
 
 OutputBox::OutputBox(Form& form, const TwipRect& place)
-    : TextBox(form, place, ES_MULTILINE | ES_READONLY | WS_VSCROLL), OutputHook(Control::Window())
+    : TextBox(form, place, ES_MULTILINE | ES_READONLY | WS_VSCROLL), PacedHook(Control::Window())
 {
     Send(EM_SETLIMITTEXT, 0); // as much as there can be
 }
@@ -259,8 +209,8 @@ void OutputBox::Write()
     Send(EM_SETSEL, units_, static_cast<LPARAM>(units_));
     Send(EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(lines.c_str()));
     units_ += lines.size();
-    if (units_ > kMostUnits) {
-        const LRESULT line = Send(EM_LINEFROMCHAR, units_ - kUnitsToKeep) + 1;
+    if (units_ > kMostOutput) {
+        const LRESULT line = Send(EM_LINEFROMCHAR, units_ - kOutputToKeep) + 1;
         const auto removed = static_cast<DWORD>(Send(EM_LINEINDEX, static_cast<WPARAM>(line)));
         Send(EM_SETSEL, 0, static_cast<LPARAM>(removed));
         Send(EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
@@ -273,7 +223,8 @@ void OutputBox::Write()
     Send(EM_LINESCROLL, 0, top - Send(EM_GETFIRSTVISIBLELINE));
     if (follow_) Send(WM_VSCROLL, SB_BOTTOM);
     Send(WM_SETREDRAW, TRUE);
-    RedrawWindow(Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
+    RedrawWindow(Window(), nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_UPDATENOW);
 }
 
 } // namespace quill

@@ -48,11 +48,11 @@ bool frmProWin::AddBar(LONG style, bool classic)
 {
     barTop_ = ToPixels(kBarTop);
     bar_ = CreateBar(Window(), style, barTop_, classic);
+    if (!bar_) return false;
+    barPainting_.emplace(bar_);
     // Right behind the main text, which names it for screen readers.
-    if (bar_)
-        SetWindowPos(bar_, lblMainText.Window(), 0, 0, 0, 0,
-                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    return bar_ != nullptr;
+    SetWindowPos(bar_, lblMainText.Window(), 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    return true;
 }
 
 void frmProWin::ShowAtCentre(bool topmost)

@@ -1,7 +1,10 @@
 // The form of Quill.ProgressWindow.
 #pragma once
 
+#include <optional>
+
 #include "gui/Controls.h"
+#include "gui/PacedHook.h"
 
 namespace quill {
 
@@ -55,6 +58,7 @@ private:
     bool armed_ = false;
     HWND bar_ = nullptr; // a child of the window, and goes with it
     int barTop_ = 0;     // pixels
+    std::optional<PacedPainting> barPainting_;
 
 public:
     Label lblMainText{*this, {150, 120, kTextWidth, 1020}};

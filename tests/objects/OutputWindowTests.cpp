@@ -230,12 +230,12 @@ TEST(OutputWindow, TheOldestTextGoes)
     const std::wstring line(4000, L'l');
     ScriptObject window = ScriptObject::Make(L"Window");
     window.Call(L"Create");
-    for (size_t count = 0; count <= OutputHook::kMostUnits / line.size(); ++count)
+    for (size_t count = 0; count <= kMostOutput / line.size(); ++count)
         window.Call(L"WriteLine", line);
     window.Call(L"WriteLine", L"last");
     const std::wstring text = TextOf(Control(window));
-    EXPECT_LT(text.size(), OutputHook::kMostUnits);
-    EXPECT_GE(text.size(), OutputHook::kUnitsToKeep - line.size());
+    EXPECT_LT(text.size(), kMostOutput);
+    EXPECT_GE(text.size(), kOutputToKeep - line.size());
     EXPECT_TRUE(text.ends_with(L"l\r\nlast\r\n"));
     EXPECT_EQ(text.find(L"\r\n"), line.size());
 }
