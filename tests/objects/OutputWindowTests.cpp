@@ -120,7 +120,7 @@ TEST(OutputWindow, FontsApplyAtOnceAndToTheNextWindow)
             window.Call(L"Remove");
         }
         window.Call(L"Create");
-        for (int number = 0; number < 300; ++number) // none of which is kept for ever
+        for (int number = 0; number < 20; ++number) // more than are kept
             window.Put(L"WriteFont", L"Font " + std::to_wstring(number));
         window.Put(L"WriteFont", L"");
         window.Put(L"WriteBold", false);

@@ -454,7 +454,7 @@ TEST(ProgressWindow, TellsTheRealTaskbar)
     window.Put(L"TBProgress", 2);
     EXPECT_EQ(window.Get(L"TBProgress"), 2);
     window.Call(L"Create");
-    for (int update = 0; update < 10'000; ++update) {
+    for (int update = 0; update < 2'000; ++update) {
         window.Put(L"Progress", update % 100);
         window.Put(L"SubText", update % 2 ? L"odd" : L"even");
     }
