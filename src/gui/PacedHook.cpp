@@ -40,6 +40,7 @@ void PacedHook::Changed()
 void PacedHook::ShowNow()
 {
     const ULONGLONG begin = GetTickCount64();
+    nextAt_ = begin + kPauseMilliseconds; // for a Show that puts itself off
     Show();
     const ULONGLONG end = GetTickCount64();
     nextAt_ = end + std::max(kPauseMilliseconds, kRest * (end - begin));
