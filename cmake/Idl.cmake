@@ -1,5 +1,6 @@
-# quill_idl(<target> <file.idl>): compiles an IDL file to <name>.h, <name>_i.c and <name>.tlb and
+# quill_idl(<target> <file.idl> [name...]): compiles an IDL file to <name>.h, <name>_i.c and <name>.tlb and
 # offers them as the interface library <target>. A warning of the compiler fails the build.
+# The names get a small first letter in the library.
 find_program(WIDL i686-w64-mingw32-widl REQUIRED)
 
 function(quill_idl target idl)
@@ -7,7 +8,7 @@ function(quill_idl target idl)
   set(out ${CMAKE_BINARY_DIR}/idl)
   add_custom_command(
     OUTPUT ${out}/${name}.h ${out}/${name}_i.c ${out}/${name}.tlb
-    COMMAND ${CMAKE_COMMAND} -DWIDL=${WIDL} -DIDL=${idl} -DNAME=${name} -DOUT=${out}
+    COMMAND ${CMAKE_COMMAND} -DWIDL=${WIDL} -DIDL=${idl} -DNAME=${name} -DOUT=${out} "-DRESPELL=${ARGN}"
             -P ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
     DEPENDS ${idl} ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
     VERBATIM)

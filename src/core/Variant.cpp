@@ -57,6 +57,13 @@ Variant::Variant(Array array) : Variant()
     V_VT(this) = static_cast<VARTYPE>(VT_ARRAY | type);
 }
 
+Variant Variant::OfDate(DATE date) noexcept
+{
+    Variant value(date);
+    V_VT(&value) = VT_DATE;
+    return value;
+}
+
 Variant Variant::Dereferenced(const VARIANT& value)
 {
     Variant copy;

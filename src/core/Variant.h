@@ -33,6 +33,8 @@ public:
     explicit Variant(IDispatch* object) noexcept; // adds its own reference
     explicit Variant(Array array);
 
+    static Variant OfDate(DATE date) noexcept;
+
     // A copy of the value behind all references.
     static Variant Dereferenced(const VARIANT& value);
 

@@ -1,5 +1,7 @@
 #include "dialogs/Dialog.h"
 
+#include <algorithm>
+
 #include "gui/guifn.h"
 #include "gui/windowfn.h"
 
@@ -29,6 +31,14 @@ void DialogForm::Apply(const DialogSettings& settings, const std::wstring& title
     if (settings.fontModernize) ApplyModernFont(*this);
     if (settings.fontEnlarge != 0) ApplyFontSize(*this, kDesignFont.points + settings.fontEnlarge);
     SetKeyPreview(settings.dlgCancelEsc);
+    if (!settings.info.empty())
+        infoHeight_ = std::clamp(lblText.HeightOfText(), kInfoHeight, kMaximumInfoHeight);
+    buttonWidth_ = std::clamp(OKButton.WidthOfText(), kButtonWidth, OuterSize().width - 900);
+}
+
+float DialogForm::InfoSurplus() const noexcept
+{
+    return std::max(0.0F, infoHeight_ - kInfoHeight);
 }
 
 void DialogForm::OnKeyDown(WPARAM key)

@@ -16,6 +16,18 @@ struct DialogSettings {
     bool dlgCancelEsc = false;
 };
 
+// Says that a dialog of an object is open, for those of which there is one at a time.
+class OpenMark {
+public:
+    explicit OpenMark(bool& open) noexcept : open_(open) { open_ = true; }
+    ~OpenMark() { open_ = false; }
+    OpenMark(const OpenMark&) = delete;
+    OpenMark& operator=(const OpenMark&) = delete;
+
+private:
+    bool& open_;
+};
+
 // The properties of every selection dialog: Topmost, Info (cut to `InfoLimit` characters) and
 // ButtonText. The mixins below add the others to the dialogs that have them.
 template <class Interface, size_t InfoLimit>
@@ -86,18 +98,37 @@ public:
     }
 };
 
+// Room for the info text as designed, and the most that a long one gets. Twips, as all below.
+constexpr float kInfoHeight = 840;
+constexpr float kMaximumInfoHeight = 3360;
+
+// The OK button as designed; a long caption makes it wider, to the left.
+constexpr float kButtonWidth = 1200;
+constexpr float kButtonHeight = 380;
+
 // A form that asks the user for something: an info text, controls, an OK button.
 class DialogForm : public Form {
 protected:
     DialogForm(const wchar_t* caption, TwipSize outer, DWORD style);
 
     // Gives the form its title (an empty one leaves the designed caption), its texts, its fonts and
-    // its keys. Without an info text the label is hidden; closing up is the form's own.
+    // its keys, and measures what the texts need. Without an info text the label is hidden; closing
+    // up is the form's own.
     void Apply(const DialogSettings& settings, const std::wstring& title, Label& lblText,
                Button& OKButton);
 
+    // What Apply has measured: 0 without an info text.
+    float InfoHeight() const noexcept { return infoHeight_; }
+    float ButtonWidth() const noexcept { return buttonWidth_; }
+    // How much more than designed the info text needs.
+    float InfoSurplus() const noexcept;
+
     // Esc, where the settings let it cancel.
     void OnKeyDown(WPARAM key) override;
+
+private:
+    float infoHeight_ = 0;
+    float buttonWidth_ = kButtonWidth;
 };
 
 } // namespace quill

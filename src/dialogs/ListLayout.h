@@ -2,7 +2,7 @@
 // bottom. Twips.
 #pragma once
 
-#include "gui/Form.h"
+#include "dialogs/Dialog.h"
 
 namespace quill {
 
@@ -10,13 +10,6 @@ struct ListLayout {
     TwipSize outer; // never below the minimum
     TwipRect label, list, button;
 };
-
-// Room for the info text as designed, and the most that a long one gets.
-constexpr float kInfoHeight = 840;
-constexpr float kMaximumInfoHeight = 3360;
-
-// The OK button as designed; a long caption makes it wider, to the left.
-constexpr float kButtonWidth = 1200;
 
 // The smallest outer size, which is also the designed one. Without an info text (height 0) the list
 // and the button close up; with one that needs more room than designed, they move down.
@@ -37,7 +30,7 @@ constexpr ListLayout LayOutList(TwipSize outer, float infoHeight, float buttonWi
     return {{width, height},
             {240, 140, width - 635, infoHeight},
             {200, listTop, width - 585, height - listTop - belowList},
-            {width - 495 - buttonWidth, buttonTop, buttonWidth, 380}};
+            {width - 495 - buttonWidth, buttonTop, buttonWidth, kButtonHeight}};
 }
 
 } // namespace quill

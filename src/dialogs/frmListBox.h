@@ -1,12 +1,11 @@
 // The form of Quill.List.
 #pragma once
 
-#include "dialogs/Dialog.h"
-#include "dialogs/ListLayout.h"
+#include "dialogs/ListForm.h"
 
 namespace quill {
 
-class frmListBox final : public DialogForm {
+class frmListBox final : public ListForm {
 public:
     explicit frmListBox(const DialogSettings& settings);
 
@@ -17,23 +16,15 @@ public:
                       const std::function<bool()>& abandoned);
 
 private:
-    void OnActivate() override;
-    void OnResize(TwipSize outer) override;
-    TwipSize MinimumSize() const override;
+    ListBox& ShownList() override;
+    Button& Accepting() override { return OKButton; }
 
-    ListBox& Active();
     void Accept();
 
-    static constexpr ListLayout kDesign = LayOutList(MinimumListSize(kInfoHeight), kInfoHeight);
-
-    const DialogSettings& settings_;
-    float infoHeight_ = 0; // twips; 0 without an info text
-    float buttonWidth_ = kButtonWidth;
     bool multi_ = false;
     std::vector<std::wstring> lines_;
     std::wstring result_;
 
-    Label lblText{*this, kDesign.label};
     ListBox List1{*this, kDesign.list, ListBox::Kind::Single, [this] { Accept(); }};
     ListBox List2{*this, kDesign.list, ListBox::Kind::Multiple, nullptr};
     Button OKButton{*this, kDesign.button, L"OK", [this] { Accept(); }, Button::Kind::Default};

@@ -20,6 +20,17 @@ constexpr size_t kMeasuredLines = 16;
 
 constexpr UINT kFirstControlId = 100;
 
+// The height of a drop-down list when it is open.
+constexpr float kDroppedTwips = 3600;
+
+// Makes a window class of the common controls known; its name.
+const wchar_t* CommonClass(DWORD group, const wchar_t* name) noexcept
+{
+    const INITCOMMONCONTROLSEX groups{sizeof groups, group};
+    InitCommonControlsEx(&groups);
+    return name;
+}
+
 // A device context with the control's font, to measure text.
 class MeasuringDevice {
 public:
@@ -74,7 +85,8 @@ void Control::Move(const TwipRect& place)
     const int left = form_.ToPixels(place.left);
     const int top = form_.ToPixels(place.top);
     // Drawn anew as a whole: text that wraps looks different at each width.
-    SetWindowPos(window_, nullptr, left, top, form_.ToPixels(place.left + place.width) - left,
+    SetWindowPos(window_, nullptr, left, top - form_.scrolled_,
+                 form_.ToPixels(place.left + place.width) - left,
                  form_.ToPixels(place.top + place.height) - top,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
@@ -97,6 +109,7 @@ void Control::SetVisible(bool visible)
 void Control::Focus()
 {
     SetFocus(window_);
+    form_.ScrollIntoView(*this);
 }
 
 void Control::SetFont(const FontSpec& font)
@@ -291,6 +304,147 @@ void ListBox::FitScrollBar() noexcept
                                                 0, nullptr)));
     const int margin = GetSystemMetrics(SM_CXEDGE) * 2;
     Send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin));
+}
+
+CheckListBox::CheckListBox(Form& form, const TwipRect& place)
+    : Control(form, place, CommonClass(ICC_LISTVIEW_CLASSES, WC_LISTVIEWW), L"",
+              WS_TABSTOP | LVS_REPORT | LVS_NOCOLUMNHEADER | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
+              WS_EX_CLIENTEDGE)
+{
+    const DWORD style = LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER;
+    Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, static_cast<LPARAM>(style));
+    const LVCOLUMNW column{};
+    Send(LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
+}
+
+void CheckListBox::Fill(const std::vector<std::wstring>& lines)
+{
+    Send(LVM_DELETEALLITEMS);
+    for (size_t index = 0; index < lines.size(); ++index) {
+        LVITEMW item{};
+        item.mask = LVIF_TEXT;
+        item.iItem = static_cast<int>(index);
+        item.pszText = const_cast<wchar_t*>(lines[index].c_str());
+        Send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+    LVITEMW first{};
+    first.state = first.stateMask = LVIS_FOCUSED | LVIS_SELECTED;
+    Send(LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&first));
+    FitColumn();
+}
+
+void CheckListBox::SetChecked(int index, bool checked)
+{
+    LVITEMW item{};
+    item.stateMask = LVIS_STATEIMAGEMASK;
+    item.state = static_cast<UINT>(INDEXTOSTATEIMAGEMASK(checked ? 2 : 1));
+    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+}
+
+bool CheckListBox::Checked(int index) const
+{
+    const auto state =
+        static_cast<UINT>(Send(LVM_GETITEMSTATE, static_cast<WPARAM>(index), LVIS_STATEIMAGEMASK));
+    return state == static_cast<UINT>(INDEXTOSTATEIMAGEMASK(2));
+}
+
+void CheckListBox::Move(const TwipRect& place)
+{
+    Control::Move(place);
+    FitColumn();
+}
+
+void CheckListBox::SetFont(const FontSpec& font)
+{
+    Control::SetFont(font);
+    FitColumn();
+}
+
+void CheckListBox::OnNotify(const NMHDR& notification)
+{
+    if (notification.code != NM_CLICK && notification.code != NM_DBLCLK) return;
+    LVHITTESTINFO hit{};
+    hit.pt = reinterpret_cast<const NMITEMACTIVATE&>(notification).ptAction;
+    const auto index =
+        static_cast<int>(Send(LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    // The box itself is the list view's own.
+    if (index >= 0 && (hit.flags & LVHT_ONITEM) != LVHT_ONITEMSTATEICON)
+        SetChecked(index, !Checked(index));
+}
+
+// As wide as the list, or as the widest line.
+void CheckListBox::FitColumn() noexcept
+{
+    RECT inner{};
+    GetClientRect(Window(), &inner);
+    Send(LVM_SETCOLUMNWIDTH, 0, LVSCW_AUTOSIZE);
+    if (Send(LVM_GETCOLUMNWIDTH, 0) < inner.right) Send(LVM_SETCOLUMNWIDTH, 0, inner.right);
+}
+
+DropDownList::DropDownList(Form& form, const TwipRect& place)
+    : Control(form, {place.left, place.top, place.width, kDroppedTwips}, WC_COMBOBOXW, L"",
+              WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST)
+{
+}
+
+void DropDownList::Add(const std::wstring& line)
+{
+    Send(CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
+    FitList(line);
+}
+
+void DropDownList::Replace(int index, const std::wstring& line)
+{
+    const int selected = Selected();
+    Send(CB_DELETESTRING, static_cast<WPARAM>(index));
+    Send(CB_INSERTSTRING, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(line.c_str()));
+    if (selected == index) Select(index);
+    FitList(line);
+}
+
+void DropDownList::Select(int index)
+{
+    Send(CB_SETCURSEL, static_cast<WPARAM>(index));
+}
+
+int DropDownList::Selected() const
+{
+    return static_cast<int>(Send(CB_GETCURSEL));
+}
+
+// The open list is as wide as its widest line.
+void DropDownList::FitList(const std::wstring& line)
+{
+    SIZE size{};
+    const MeasuringDevice device(*this);
+    GetTextExtentPoint32W(device, line.c_str(), static_cast<int>(line.size()), &size);
+    const LRESULT wanted = size.cx + GetSystemMetrics(SM_CXVSCROLL) + 8;
+    if (wanted > Send(CB_GETDROPPEDWIDTH)) Send(CB_SETDROPPEDWIDTH, static_cast<WPARAM>(wanted));
+}
+
+DateTimePicker::DateTimePicker(Form& form, const TwipRect& place, Kind kind)
+    : Control(form, place, CommonClass(ICC_DATE_CLASSES, DATETIMEPICK_CLASSW), L"",
+              WS_TABSTOP |
+                  static_cast<DWORD>(kind == Kind::Time ? DTS_TIMEFORMAT : DTS_SHORTDATEFORMAT))
+{
+}
+
+void DateTimePicker::Pick(const SYSTEMTIME& time)
+{
+    Send(DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&time));
+}
+
+SYSTEMTIME DateTimePicker::Picked() const
+{
+    SYSTEMTIME time{};
+    Send(DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&time));
+    return time;
+}
+
+void DateTimePicker::OnNotify(const NMHDR& notification)
+{
+    if (notification.code == DTN_DROPDOWN) droppedDown_ = true;
+    if (notification.code == DTN_CLOSEUP) droppedDown_ = false;
 }
 
 } // namespace quill

@@ -13,7 +13,7 @@ public:
 
     HWND Window() const noexcept { return window_; } // null once the form is closed
     const TwipRect& Place() const noexcept { return place_; }
-    void Move(const TwipRect& place);
+    virtual void Move(const TwipRect& place);
     void SetText(const std::wstring& text);
     void Enable(bool enabled);
     void SetVisible(bool visible);
@@ -131,6 +131,58 @@ private:
     std::wstring typed_;                // by the user, to find a line
     DWORD typedAt_ = 0;                 // milliseconds, by the message clock
     std::vector<std::wstring> longest_; // lines that may be the widest, in any font
+};
+
+// Lines with a check box each, in a native list view: a click anywhere on a line, or the space bar,
+// turns its box over; typing finds a line.
+class CheckListBox : public Control {
+public:
+    CheckListBox(Form& form, const TwipRect& place);
+
+    // Shows these lines in place of the old ones, none of them checked; the first has the focus.
+    void Fill(const std::vector<std::wstring>& lines);
+    void SetChecked(int index, bool checked);
+    bool Checked(int index) const;
+    void Move(const TwipRect& place) override;
+    void SetFont(const FontSpec& font) override;
+
+private:
+    void OnNotify(const NMHDR& notification) override;
+    void FitColumn() noexcept;
+};
+
+// A native drop-down list. `place` counts for its left, top and width.
+class DropDownList : public Control {
+public:
+    DropDownList(Form& form, const TwipRect& place);
+
+    void Add(const std::wstring& line);
+    // Replaces a line; the selection stays.
+    void Replace(int index, const std::wstring& line);
+    void Select(int index);
+    int Selected() const; // -1: none
+
+private:
+    void FitList(const std::wstring& line);
+};
+
+// A native picker of a date or of a time.
+class DateTimePicker : public Control {
+public:
+    enum class Kind { Date, Time };
+
+    DateTimePicker(Form& form, const TwipRect& place, Kind kind);
+
+    // A time outside its range (years 1601 to 9999) leaves what it shows.
+    void Pick(const SYSTEMTIME& time);
+    SYSTEMTIME Picked() const;
+    // True while its calendar is open.
+    bool DroppedDown() const noexcept { return droppedDown_; }
+
+private:
+    void OnNotify(const NMHDR& notification) override;
+
+    bool droppedDown_ = false;
 };
 
 } // namespace quill

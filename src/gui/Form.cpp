@@ -18,6 +18,9 @@ constexpr float kTwipsPerInch = 1440;
 // Fonts that are kept although no control shows them any more.
 constexpr size_t kSpareFonts = 8;
 
+constexpr UINT kPosted = WM_APP;
+
+constexpr int kScrollLine = 32; // pixels
 // Pixels per inch of the window's monitor; of the whole system before Windows 10.
 int ResolutionOf(HWND window) noexcept
 {
@@ -100,8 +103,8 @@ void Form::PlaceAtCentre(TwipSize outer)
     monitor.cbSize = sizeof monitor;
     GetMonitorInfoW(MonitorFromWindow(GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY), &monitor);
     const RECT& area = monitor.rcWork;
-    const int width = ToPixels(outer.width);
-    const int height = ToPixels(outer.height);
+    const int width = std::min<int>(ToPixels(outer.width), area.right - area.left);
+    const int height = std::min<int>(ToPixels(outer.height), area.bottom - area.top);
     // Not yet to be activated: its controls, which take the focus then, are still to come.
     SetWindowPos(window_, nullptr, (area.left + area.right - width) / 2,
                  (area.top + area.bottom - height) / 2, width, height,
@@ -166,13 +169,22 @@ void Form::WaitUntilClosed(const std::function<bool()>& abandoned)
 
 void Form::OnActivate()
 {
-    if (IsWindow(lastFocus_))
-        SetFocus(lastFocus_);
-    else if (HWND first = GetNextDlgTabItem(window_, nullptr, FALSE))
-        SetFocus(first);
+    if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
+    if (!lastFocus_) return; // a form may have nothing to focus
+    SetFocus(lastFocus_);
+    if (const Control* control = FindControl(lastFocus_)) ScrollIntoView(*control);
 }
 
 void Form::OnKeyDown(WPARAM) {}
+
+void Form::OnMouseDown(HWND) {}
+
+void Form::OnFocusMoved(Control& control)
+{
+    ScrollIntoView(control);
+}
+
+void Form::OnPosted(WPARAM) {}
 
 void Form::OnResize(TwipSize) {}
 
@@ -206,11 +218,22 @@ bool Form::PreviewMessage(MSG& message)
         form->OnKeyDown(message.wParam);
         if (form->Closed()) return true; // the key is used up, and so is the window
     }
+    if (message.message == WM_LBUTTONDOWN) {
+        form->OnMouseDown(message.hwnd);
+        if (form->Closed()) return true;
+    }
     if (message.message == WM_CHAR) {
         Control* control = form->FindControl(message.hwnd);
         if (control && control->OnCharacter(static_cast<wchar_t>(message.wParam))) return true;
     }
-    return IsDialogMessageW(form->window_, &message) != FALSE;
+    const HWND window = form->window_;
+    const HWND focus = GetFocus();
+    const bool isDialogKey = IsDialogMessageW(window, &message) != FALSE;
+    // What the key has done may have ended the form.
+    form = FromWindow(window);
+    Control* now = form && GetFocus() != focus ? form->FindControl(GetFocus()) : nullptr;
+    if (now) form->OnFocusMoved(*now);
+    return isDialogKey;
 }
 
 LRESULT CALLBACK Form::WindowProcedure(HWND window, UINT message, WPARAM wParam,
@@ -253,8 +276,15 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_SETFOCUS: OnActivate(); return 0;
     case WM_SIZE:
-        if (wParam != SIZE_MINIMIZED) OnResize(OuterSize());
+        if (wParam == SIZE_MINIMIZED) return 0;
+        OnResize(OuterSize());
+        FitScrollBar();
         return 0;
+    case WM_VSCROLL: Scroll(LOWORD(wParam)); return 0;
+    case WM_MOUSEWHEEL:
+        ScrollTo(scrolled_ - GET_WHEEL_DELTA_WPARAM(wParam) * 3 * kScrollLine / WHEEL_DELTA);
+        return 0;
+    case kPosted: OnPosted(wParam); return 0;
     case WM_GETMINMAXINFO: LimitSize(*reinterpret_cast<MINMAXINFO*>(lParam)); return 0;
     case WM_DPICHANGED:
         ChangeResolution(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
@@ -299,6 +329,82 @@ void Form::LimitSize(MINMAXINFO& limits) const
     const TwipSize maximum = MaximumSize();
     if (maximum.width > 0) limits.ptMaxTrackSize.x = ToPixels(maximum.width);
     if (maximum.height > 0) limits.ptMaxTrackSize.y = ToPixels(maximum.height);
+}
+
+void Form::SetFirstFocus(const Control& control)
+{
+    lastFocus_ = control.Window();
+}
+
+void Form::SetContentHeight(float height)
+{
+    contentHeight_ = height;
+    FitScrollBar();
+}
+
+void Form::PostTo(HWND form, WPARAM value) noexcept
+{
+    PostMessageW(form, kPosted, value, 0);
+}
+
+void Form::FitScrollBar()
+{
+    if (contentHeight_ == 0) return;
+    RECT inner{};
+    GetClientRect(window_, &inner);
+    SCROLLINFO bar{};
+    bar.cbSize = sizeof bar;
+    bar.fMask = SIF_RANGE | SIF_PAGE;
+    bar.nMax = ToPixels(contentHeight_) - 1;
+    bar.nPage = static_cast<UINT>(inner.bottom);
+    SetScrollInfo(window_, SB_VERT, &bar, TRUE); // shown when the content is higher than the page
+    ScrollTo(scrolled_);
+}
+
+void Form::Scroll(WORD request)
+{
+    SCROLLINFO bar{};
+    bar.cbSize = sizeof bar;
+    bar.fMask = SIF_ALL;
+    GetScrollInfo(window_, SB_VERT, &bar);
+    const auto page = static_cast<int>(bar.nPage);
+    switch (request) {
+    case SB_LINEUP: return ScrollTo(scrolled_ - kScrollLine);
+    case SB_LINEDOWN: return ScrollTo(scrolled_ + kScrollLine);
+    case SB_PAGEUP: return ScrollTo(scrolled_ - page);
+    case SB_PAGEDOWN: return ScrollTo(scrolled_ + page);
+    case SB_TOP: return ScrollTo(0);
+    case SB_BOTTOM: return ScrollTo(bar.nMax);
+    case SB_THUMBTRACK:
+    case SB_THUMBPOSITION: return ScrollTo(bar.nTrackPos);
+    default: break;
+    }
+}
+
+void Form::ScrollTo(int top)
+{
+    RECT inner{};
+    GetClientRect(window_, &inner);
+    top =
+        std::clamp(top, 0, std::max(0, ToPixels(contentHeight_) - static_cast<int>(inner.bottom)));
+    if (top == scrolled_) return;
+    const int distance = scrolled_ - top;
+    scrolled_ = top;
+    SetScrollPos(window_, SB_VERT, top, TRUE);
+    ScrollWindowEx(window_, 0, distance, nullptr, nullptr, nullptr, nullptr,
+                   SW_SCROLLCHILDREN | SW_INVALIDATE | SW_ERASE);
+}
+
+void Form::ScrollIntoView(const Control& control)
+{
+    RECT inner{};
+    GetClientRect(window_, &inner);
+    const int top = ToPixels(control.Place().top) - kScrollLine;
+    const int bottom = ToPixels(control.Place().top + control.Place().height) + kScrollLine;
+    if (top < scrolled_)
+        ScrollTo(top);
+    else if (bottom > scrolled_ + inner.bottom)
+        ScrollTo(bottom - inner.bottom);
 }
 
 void Form::ChangeResolution(WPARAM resolution, const RECT& suggested)

@@ -63,7 +63,7 @@ public:
 
     void SetCaption(const std::wstring& caption);
     TwipSize OuterSize() const;
-    TwipSize InnerSize() const; // without frame and caption
+    TwipSize InnerSize() const; // without frame, caption and scroll bar
 
     // The form's font; the controls that are there take it over.
     const FontSpec& CurrentFont() const noexcept { return font_; }
@@ -71,6 +71,16 @@ public:
 
     // True: OnKeyDown sees every key before the control that has the focus.
     void SetKeyPreview(bool preview) noexcept { keyPreview_ = preview; }
+
+    // The control that has the focus when the window is first active; without it, the first one.
+    void SetFirstFocus(const Control& control);
+
+    // The height in twips that the controls take. A window that is lower gets a scroll bar, and
+    // follows the focus.
+    void SetContentHeight(float height);
+
+    // Has OnPosted called with this value, once the messages before are done. Any thread may ask.
+    static void PostTo(HWND form, WPARAM value) noexcept;
 
     // Shows the window without waiting, and brings it to the front.
     void Show(bool topmost);
@@ -90,18 +100,25 @@ public:
     float ToTwips(int pixels) const noexcept;
 
 protected:
-    // Sizes the window and centres it on the monitor where the user works.
+    // Sizes the window and centres it on the monitor where the user works; it is not made larger
+    // than the room there.
     void PlaceAtCentre(TwipSize outer);
 
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
     // A key went down, with key preview on.
     virtual void OnKeyDown(WPARAM key);
+    // A mouse button went down on the window or on one of its controls.
+    virtual void OnMouseDown(HWND target);
+    // A key has moved the focus to this control.
+    virtual void OnFocusMoved(Control& control);
+    // PostTo has asked for it.
+    virtual void OnPosted(WPARAM value);
     // The outer size has changed; controls are to be placed.
     virtual void OnResize(TwipSize outer);
     // The user cannot make the window smaller.
     virtual TwipSize MinimumSize() const;
-    // Nor larger, where a side is not 0.
+    // Nor larger; 0 is no limit.
     virtual TwipSize MaximumSize() const;
     // The close box was used.
     virtual void OnClose();
@@ -123,6 +140,10 @@ private:
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
     HFONT FontHandle(const FontSpec& font); // null when there is no such font to be had
     bool InUse(const FontSpec& font) const noexcept;
+    void FitScrollBar();
+    void Scroll(WORD request);
+    void ScrollTo(int top);
+    void ScrollIntoView(const Control& control);
 
     HWND window_ = nullptr;
     int resolution_ = 96; // pixels per inch
@@ -131,6 +152,8 @@ private:
     std::vector<Control*> controls_; // in the order of the tab key
     HWND lastFocus_ = nullptr;
     bool keyPreview_ = false;
+    float contentHeight_ = 0;    // twips; 0: no more than the window shows
+    int scrolled_ = 0;           // pixels of the content above the window
     std::exception_ptr failure_; // what a handler has thrown
 };
 

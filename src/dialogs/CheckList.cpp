@@ -1,0 +1,87 @@
+#include "dialogs/CheckList.h"
+
+#include "core/Catalogue.h"
+#include "core/Text.h"
+#include "core/quillfn.h"
+#include "dialogs/frmCheckListBox.h"
+
+namespace quill {
+
+namespace {
+
+// As many as there are bits in a positive Long, but one.
+constexpr size_t kMostLines = 30;
+
+// The elements of a zero-based array with up to 30 of them; nothing for anything else.
+std::optional<std::vector<Variant>> LineArray(const VARIANT& value)
+{
+    const SAFEARRAY* array = ArrayOf(value);
+    if (!array || array->cDims != 1 || array->rgsabound[0].lLbound != 0 ||
+        array->rgsabound[0].cElements > kMostLines)
+        return std::nullopt;
+    try {
+        return ElementsOf(*array, kMostLines);
+    } catch (const AutomationError&) {
+        return std::nullopt; // of a type without a meaning here
+    }
+}
+
+// The text of a line; an empty one, which is not shown, for what has no text.
+std::wstring TextOfLine(const VARIANT& line)
+{
+    try {
+        return ToText(line);
+    } catch (const AutomationError&) {
+        return {};
+    }
+}
+
+// A number, or a text that is one, other than 0.
+bool IsChecked(const VARIANT& state)
+{
+    Variant number = Variant::Dereferenced(state);
+    return (IsNumericType(V_VT(&number)) || V_VT(&number) == VT_BSTR) &&
+           SUCCEEDED(VariantChangeType(&number, &number, 0, VT_R8)) && V_R8(&number) != 0;
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::CheckList>()
+{
+    return new CheckList;
+}
+
+LONG CheckList::ChooseFromText(const std::wstring& items, LONG checked, const std::wstring& title)
+{
+    if (items.empty()) return 0;
+    const std::vector<std::wstring> lines = SplitLines(items);
+    return lines.size() > kMostLines ? 0 : Choose(lines, checked, title);
+}
+
+LONG CheckList::ChooseFromArray(VARIANT& items, VARIANT& indices, const std::wstring& title)
+{
+    const auto values = LineArray(items);
+    if (!values || values->empty()) return 0;
+    std::optional<std::vector<Variant>> states(std::in_place);
+    const bool missing = V_VT(&indices) == VT_ERROR && V_ERROR(&indices) == DISP_E_PARAMNOTFOUND;
+    if (!missing) states = LineArray(indices);
+    if (!states) return 0;
+
+    std::vector<std::wstring> lines;
+    LONG checked = 0;
+    for (size_t index = 0; index < values->size(); ++index) {
+        lines.push_back(TextOfLine((*values)[index]));
+        if (index < states->size() && IsChecked((*states)[index])) checked |= 1L << index;
+    }
+    return Choose(lines, checked, title);
+}
+
+LONG CheckList::Choose(const std::vector<std::wstring>& lines, LONG checked,
+                       const std::wstring& title)
+{
+    const DialogSettings settings = settings_; // a call that comes in meanwhile may change them
+    return frmCheckListBox(settings).CLBox(lines, checked, title, [this] { return ClientsGone(); });
+}
+
+} // namespace quill

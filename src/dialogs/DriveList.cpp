@@ -1,0 +1,45 @@
+#include "dialogs/DriveList.h"
+
+#include "core/Catalogue.h"
+#include "core/Text.h"
+#include "dialogs/frmDrives.h"
+
+namespace quill {
+
+namespace {
+
+// A letter and a colon.
+constexpr size_t kDriveLength = 2;
+
+// The drive of a path; where that does not exist, the one of the current directory.
+std::wstring DriveOf(const std::wstring& path)
+{
+    if (!path.empty()) {
+        const std::wstring drive = path.substr(0, 1) + L":";
+        if (GetDriveTypeA(ToAnsi(drive).c_str()) != DRIVE_NO_ROOT_DIR) return drive;
+    }
+    wchar_t folder[MAX_PATH] = L"";
+    GetCurrentDirectoryW(MAX_PATH, folder);
+    return std::wstring(folder).substr(0, kDriveLength);
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::DriveList>()
+{
+    return new DriveList;
+}
+
+std::wstring DriveList::Choose(const std::wstring& preselected, const std::wstring& title)
+{
+    if (open_) return {};
+    const OpenMark mark(open_);
+    const DialogSettings settings = settings_; // a call that comes in meanwhile may change them
+    std::wstring chosen =
+        frmDrives(settings).List(DriveOf(preselected), title, [this] { return ClientsGone(); });
+    if (crop_ && chosen.size() > kDriveLength) chosen.resize(kDriveLength);
+    return chosen;
+}
+
+} // namespace quill

@@ -1,0 +1,25 @@
+// Quill.DriveList: lets the user choose a drive.
+#pragma once
+
+#include "dialogs/Dialog.h"
+
+namespace quill {
+
+// Raises no errors of its own. While a dialog of an object is open, its Selection returns "".
+class DriveList final : public WithFonts<Dialog<_DriveList, 128>> {
+public:
+    STDMETHODIMP get_Crop(VARIANT_BOOL* value) noexcept override { return Get(value, crop_); }
+    STDMETHODIMP put_Crop(VARIANT_BOOL value) noexcept override { return Put(crop_, value); }
+    STDMETHODIMP Selection(BSTR Default, BSTR Title, BSTR* result) noexcept override
+    {
+        return Call(result, &DriveList::Choose, Default, Title);
+    }
+
+private:
+    std::wstring Choose(const std::wstring& preselected, const std::wstring& title);
+
+    bool crop_ = false;
+    bool open_ = false;
+};
+
+} // namespace quill

@@ -1,0 +1,34 @@
+// What the forms with a list share: an info text above it, the OK button below, the list takes what
+// the window gains.
+#pragma once
+
+#include "dialogs/Dialog.h"
+#include "dialogs/ListLayout.h"
+
+namespace quill {
+
+class ListForm : public DialogForm {
+protected:
+    static constexpr ListLayout kDesign = LayOutList(MinimumListSize(kInfoHeight), kInfoHeight);
+
+    // The settings stay where they are as long as the form.
+    ListForm(const wchar_t* caption, const DialogSettings& settings);
+
+    // Shows the form with its list filled, and waits for the user.
+    void Ask(const std::wstring& title, const std::function<bool()>& abandoned);
+
+    // The controls that the derived form has: the list that is shown, the button below it.
+    virtual Control& ShownList() = 0;
+    virtual Button& Accepting() = 0;
+
+private:
+    void OnActivate() override;
+    void OnResize(TwipSize outer) override;
+    TwipSize MinimumSize() const override;
+
+    const DialogSettings& settings_;
+
+    Label lblText{*this, kDesign.label};
+};
+
+} // namespace quill

@@ -1,0 +1,109 @@
+#include "dialogs/frmDTPick.h"
+
+namespace quill {
+
+namespace {
+
+constexpr TwipSize kDesignSize{3060, 3810};
+constexpr float kBelowButtonTop = 1050; // from the button's top to the outer edge
+
+// 30, 140 and 26 pixels at 96 dpi.
+constexpr float kPickerLeft = 450;
+constexpr float kPickerWidth = 2100;
+constexpr float kPickerHeight = 390;
+
+// The parts of a time as automation dates: whole days, and the fraction of one.
+DATE DayOf(SYSTEMTIME time)
+{
+    time.wHour = time.wMinute = time.wSecond = time.wMilliseconds = 0;
+    DATE date = 0;
+    SystemTimeToVariantTime(&time, &date);
+    return date;
+}
+
+DATE TimeOfDay(const SYSTEMTIME& time)
+{
+    return (time.wHour * 3600 + time.wMinute * 60 + time.wSecond) / 86400.0;
+}
+
+} // namespace
+
+frmDTPick::frmDTPick(const DialogSettings& settings, PickMode mode)
+    : DialogForm(L"Date/Time Picker", kDesignSize, kDialogStyle), settings_(settings),
+      date_(mode != PickMode::Time ? MakePicker(DateTimePicker::Kind::Date) : nullptr),
+      time_(mode != PickMode::Date ? MakePicker(DateTimePicker::Kind::Time) : nullptr)
+{
+}
+
+std::unique_ptr<DateTimePicker> frmDTPick::MakePicker(DateTimePicker::Kind kind)
+{
+    return std::make_unique<DateTimePicker>(
+        *this, TwipRect{kPickerLeft, 0, kPickerWidth, kPickerHeight}, kind);
+}
+
+std::optional<DATE> frmDTPick::Pick(const SYSTEMTIME& start, const std::wstring& title,
+                                    const std::function<bool()>& abandoned)
+{
+    if (date_) date_->Pick(start);
+    if (time_) time_->Pick(start);
+    if (date_) date_->SetAccessibleName(L"Date");
+    if (time_) time_->SetAccessibleName(L"Time");
+    Apply(settings_, title, lblText, OKButton);
+    PlaceAtCentre({kDesignSize.width, ButtonTop() + kBelowButtonTop});
+    Show(settings_.topmost);
+    WaitUntilClosed(abandoned);
+    if (!accepted_) return std::nullopt;
+    return result_;
+}
+
+float frmDTPick::ButtonTop() const
+{
+    const bool both = date_ && time_;
+    return InfoHeight() == 0 ? (both ? 1920.0F : 1520.0F)
+                             : (both ? 2760.0F : 2360.0F) + InfoSurplus();
+}
+
+void frmDTPick::Accept()
+{
+    DateTimePicker& first = date_ ? *date_ : *time_;
+    if (first.DroppedDown()) { // Enter takes the day of the open calendar
+        SendMessageW(first.Window(), WM_KEYDOWN, VK_RETURN, 0);
+        return;
+    }
+    // The parts are added as numbers. Before the year 1900 days count down, and so the sum goes
+    // astray; a script that cares takes both parts by themselves.
+    if (date_) result_ += DayOf(date_->Picked());
+    if (time_) result_ += TimeOfDay(time_->Picked());
+    accepted_ = true;
+    Unload();
+}
+
+// Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own keys.
+void frmDTPick::OnKeyDown(WPARAM key)
+{
+    if (key == VK_RETURN)
+        Accept();
+    else
+        DialogForm::OnKeyDown(key);
+}
+
+// The button answers when it goes down, not when it comes up.
+void frmDTPick::OnMouseDown(HWND target)
+{
+    if (target == OKButton.Window()) Accept();
+}
+
+void frmDTPick::OnResize(TwipSize)
+{
+    const bool closedUp = InfoHeight() == 0;
+    lblText.Move({240, 120, 2480, InfoHeight()});
+    float top = closedUp ? 380 : 1300 + InfoSurplus();
+    for (DateTimePicker* picker : {date_.get(), time_.get()}) {
+        if (!picker) continue;
+        picker->Move({kPickerLeft, top, kPickerWidth, kPickerHeight});
+        top += closedUp ? 720.0F : 700.0F;
+    }
+    OKButton.Move({2520 - ButtonWidth(), ButtonTop(), ButtonWidth(), kButtonHeight});
+}
+
+} // namespace quill

@@ -1,0 +1,135 @@
+#include "dialogs/frmDrives.h"
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+#include "gui/windowfn.h"
+
+namespace quill {
+
+namespace {
+
+constexpr TwipSize kDesignSize{3180, 2940};
+constexpr float kClosedUpHeight = 2100; // without an info text
+
+// What is known of a drive besides its letter: the share of a network drive, or the volume's
+// label. Takes as long as the drive takes to answer.
+std::wstring NameOf(const std::wstring& drive)
+{
+    const std::wstring root = drive + L"\\";
+    if (GetDriveTypeW(root.c_str()) == DRIVE_REMOTE) {
+        using GetConnection = DWORD WINAPI(LPCWSTR, LPWSTR, LPDWORD);
+        wchar_t share[1024] = L"";
+        DWORD size = 1024;
+        const auto getConnection =
+            FindSystemFunction<GetConnection>(L"mpr.dll", "WNetGetConnectionW");
+        if (getConnection && getConnection(drive.c_str(), share, &size) == NO_ERROR) return share;
+    }
+    wchar_t label[MAX_PATH + 1] = L"";
+    GetVolumeInformationW(root.c_str(), label, MAX_PATH + 1, nullptr, nullptr, nullptr, nullptr, 0);
+    return label;
+}
+
+} // namespace
+
+// Where the threads that ask the drives leave what they learn. They may outlive the form: a drive
+// that does not answer holds up nobody.
+struct frmDrives::Names {
+    std::mutex mutex;
+    HWND form; // null once nobody reads on
+    std::vector<std::wstring> names;
+};
+
+frmDrives::frmDrives(const DialogSettings& settings)
+    : DialogForm(L"QUILL DriveList", kDesignSize, kDialogStyle), settings_(settings)
+{
+}
+
+frmDrives::~frmDrives()
+{
+    if (!names_) return;
+    const std::lock_guard lock(names_->mutex);
+    names_->form = nullptr;
+}
+
+std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& title,
+                             const std::function<bool()>& abandoned)
+{
+    const DWORD drives = GetLogicalDrives();
+    wchar_t current[MAX_PATH] = L"";
+    GetCurrentDirectoryW(MAX_PATH, current);
+    int selected = -1;
+    for (int letter = 0; letter < 26; ++letter) {
+        if (!(drives & 1U << letter)) continue;
+        const wchar_t name = static_cast<wchar_t>(L'A' + letter);
+        const auto begins = [name](const std::wstring& path) {
+            return !path.empty() && (path[0] == name || path[0] == name + L'a' - L'A');
+        };
+        if (begins(drive) || (selected < 0 && begins(current)))
+            selected = static_cast<int>(entries_.size());
+        entries_.push_back(std::wstring(1, name) + L":");
+        lstDrives.Add(entries_.back());
+    }
+    lstDrives.Select(selected);
+    AskForNames();
+    Apply(settings_, title, lblText, OKButton);
+    if (settings_.info.empty()) lstDrives.SetAccessibleName(TextOf(Window()));
+    PlaceAtCentre({kDesignSize.width,
+                   settings_.info.empty() ? kClosedUpHeight : kDesignSize.height + InfoSurplus()});
+    Show(settings_.topmost);
+    WaitUntilClosed(abandoned);
+    return std::move(result_);
+}
+
+// Each drive on a thread of its own, so that the slow ones do not hide the others.
+void frmDrives::AskForNames()
+{
+    names_ = std::make_shared<Names>();
+    names_->form = Window();
+    names_->names.resize(entries_.size());
+    for (size_t index = 0; index < entries_.size(); ++index) {
+        std::thread([names = names_, drive = entries_[index], index] {
+            // No question for a disk that is not in its drive.
+            SetThreadErrorMode(SEM_FAILCRITICALERRORS, nullptr);
+            const std::wstring name = NameOf(drive);
+            const std::lock_guard lock(names->mutex);
+            names->names[index] = name;
+            if (names->form && !name.empty()) PostTo(names->form, index);
+        }).detach();
+    }
+}
+
+void frmDrives::OnPosted(WPARAM index)
+{
+    if (index >= entries_.size()) return;
+    {
+        const std::lock_guard lock(names_->mutex);
+        entries_[index].resize(2);
+        entries_[index] += L" [" + names_->names[index] + L"]";
+    }
+    lstDrives.Replace(static_cast<int>(index), entries_[index]);
+}
+
+void frmDrives::Accept()
+{
+    const int selected = lstDrives.Selected();
+    if (selected >= 0) result_ = entries_[static_cast<size_t>(selected)];
+    Unload();
+}
+
+void frmDrives::OnActivate()
+{
+    OKButton.Focus();
+}
+
+void frmDrives::OnResize(TwipSize)
+{
+    const bool closedUp = InfoHeight() == 0;
+    lblText.Move({240, 120, 2535, InfoHeight()});
+    lstDrives.Move({240, closedUp ? 315 : 1160 + InfoSurplus(), 2600, lstDrives.Place().height});
+    OKButton.Move({2640 - ButtonWidth(), closedUp ? 1080 : 1920 + InfoSurplus(), ButtonWidth(),
+                   kButtonHeight});
+}
+
+} // namespace quill
