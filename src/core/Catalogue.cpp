@@ -25,6 +25,7 @@ const CatalogueRow kRows[] = {
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
     {CLSID_ProgressWindow, L"ProgressWindow", Home::Pool, Create<::ProgressWindow>},
     {CLSID_MInputBox, L"MInputBox", Home::Pool, Create<::MInputBox>},
+    {CLSID_Notice, L"Notice", Home::Pool, Create<::Notice>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
     {CLSID_ProgressDialog, L"ProgressDialog", Home::Pool, Create<::ProgressDialog>},
 };

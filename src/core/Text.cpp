@@ -56,6 +56,13 @@ std::vector<std::wstring> SplitLines(const std::wstring& text)
     return SplitAt(text, kLineBreak);
 }
 
+std::wstring_view CutForDisplay(std::wstring_view text, size_t limit) noexcept
+{
+    text = text.substr(0, limit);
+    if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.remove_suffix(1);
+    return text;
+}
+
 std::string ToAnsi(std::wstring_view text)
 {
     const int units = static_cast<int>(text.size());

@@ -21,6 +21,9 @@ std::vector<std::wstring> SplitAt(const std::wstring& text, std::wstring_view se
 // The same at line breaks.
 std::vector<std::wstring> SplitLines(const std::wstring& text);
 
+// At most the first `limit` units; a surrogate pair is not split, for half of one shows as a box.
+std::wstring_view CutForDisplay(std::wstring_view text, size_t limit) noexcept;
+
 // The text in the system's ANSI code page; characters that it lacks become question marks.
 std::string ToAnsi(std::wstring_view text);
 

@@ -1,5 +1,7 @@
 #include "dialogs/DTPick.h"
 
+#include <cmath>
+
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "dialogs/frmDTPick.h"
@@ -13,7 +15,8 @@ SYSTEMTIME StartTime(const VARIANT& given)
 {
     const Variant value = Variant::Dereferenced(given);
     SYSTEMTIME time{};
-    if (V_VT(&value) != VT_DATE || !VariantTimeToSystemTime(V_DATE(&value), &time))
+    if (V_VT(&value) != VT_DATE || !std::isfinite(V_DATE(&value)) ||
+        !VariantTimeToSystemTime(V_DATE(&value), &time))
         GetLocalTime(&time);
     return time;
 }

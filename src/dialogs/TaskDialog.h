@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "core/Automation.h"
-#include "dialogs/IconModule.h"
+#include "gui/IconModule.h"
 #include "gui/windowfn.h"
 
 namespace quill {

@@ -78,7 +78,8 @@ void frmDTPick::Accept()
     Unload();
 }
 
-// Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own keys.
+// Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own
+// keys.
 void frmDTPick::OnKeyDown(WPARAM key)
 {
     if (key == VK_RETURN)

@@ -13,9 +13,7 @@ namespace {
 constexpr TwipSize kDesignSize{3180, 2940};
 constexpr float kClosedUpHeight = 2100; // without an info text
 
-// What is known of a drive besides its letter: the share of a network drive, or the volume's
-// label. Takes as long as the drive takes to answer.
-std::wstring NameOf(const std::wstring& drive)
+std::wstring AskForName(const std::wstring& drive)
 {
     const std::wstring root = drive + L"\\";
     if (GetDriveTypeW(root.c_str()) == DRIVE_REMOTE) {
@@ -32,6 +30,12 @@ std::wstring NameOf(const std::wstring& drive)
 }
 
 } // namespace
+
+NameOfDrive& NameOfDriveOfThread() noexcept
+{
+    thread_local NameOfDrive nameOfDrive = AskForName;
+    return nameOfDrive;
+}
 
 // Where the threads that ask the drives leave what they learn. They may outlive the form: a drive
 // that does not answer holds up nobody.
@@ -89,10 +93,11 @@ void frmDrives::AskForNames()
     names_->form = Window();
     names_->names.resize(entries_.size());
     for (size_t index = 0; index < entries_.size(); ++index) {
-        std::thread([names = names_, drive = entries_[index], index] {
+        std::thread([nameOf = NameOfDriveOfThread(), names = names_, drive = entries_[index],
+                     index] {
             // No question for a disk that is not in its drive.
             SetThreadErrorMode(SEM_FAILCRITICALERRORS, nullptr);
-            const std::wstring name = NameOf(drive);
+            const std::wstring name = nameOf(drive);
             const std::lock_guard lock(names->mutex);
             names->names[index] = name;
             if (names->form && !name.empty()) PostTo(names->form, index);

@@ -31,16 +31,6 @@ Variant ByteArray(std::string_view bytes)
     return Variant(std::move(array));
 }
 
-// An array of Variants, of any kinds.
-template <class... Elements>
-Variant Mixed(Elements&&... elements)
-{
-    Array array = MakeArray(VT_VARIANT, sizeof...(elements));
-    VARIANT* target = DataOf<VARIANT>(*array).data();
-    ((*target++ = Arg(std::forward<Elements>(elements)).value.Detach()), ...);
-    return Variant(std::move(array));
-}
-
 Variant OfType(VARTYPE type)
 {
     Variant value;
@@ -138,18 +128,26 @@ TEST_F(AuxTest, BytesComeInManyForms)
     EXPECT_EQ(Text(L"EncodeHex", ByteArray("\0\x7F\xFF"s)), L"007FFF");
     EXPECT_EQ(Text(L"EncodeHex", L"\u20AC"), L"E282AC");
     EXPECT_EQ(Text(L"EncodeHex", Numbers({0, 127, 255})), L"007FFF");
-    EXPECT_EQ(Text(L"EncodeHex", Mixed(static_cast<short>(1), 2, 3.0, L"4", OfType(VT_EMPTY))),
-              L"0102030400");
+    EXPECT_EQ(
+        Text(L"EncodeHex", ScriptArray(static_cast<short>(1), 2, 3.0, L"4", OfType(VT_EMPTY))),
+        L"0102030400");
     Variant bytes = ByteArray("AB");
     EXPECT_EQ(Text(L"EncodeHex", &bytes), L"4142");
 
     Texts digest{Text(L"Hash", OfType(VT_EMPTY), L"MD5"), Text(L"Hash", L"", L"MD5"),
                  Text(L"Hash", ByteArray(""), L"MD5")};
     EXPECT_EQ(digest, Texts(3, L"D41D8CD98F00B204E9800998ECF8427E"));
-    const Variant unusable[] = {
-        Numbers({-1}), Numbers({256}),           Numbers({0.5}),         Numbers({std::nan("")}),
-        Mixed(L"x"),   Mixed(OfType(VT_NULL)),   Mixed(aux_.Dispatch()), Mixed(Mixed(1)),
-        Variant(42L),  Variant(aux_.Dispatch()), OfType(VT_NULL)};
+    const Variant unusable[] = {Numbers({-1}),
+                                Numbers({256}),
+                                Numbers({0.5}),
+                                Numbers({std::nan("")}),
+                                ScriptArray(L"x"),
+                                ScriptArray(OfType(VT_NULL)),
+                                ScriptArray(aux_.Dispatch()),
+                                ScriptArray(ScriptArray(1)),
+                                Variant(42L),
+                                Variant(aux_.Dispatch()),
+                                OfType(VT_NULL)};
     for (const Variant& data : unusable) {
         EXPECT_EQ(Text(L"EncodeHex", data), L"");
         EXPECT_EQ(Text(L"Hash", data), L"");
@@ -241,8 +239,8 @@ TEST_F(AuxTest, ArraysOfEveryKindBecomeLists)
 
 TEST_F(AuxTest, ListsBecomeTypedArrays)
 {
-    const Variant list = Mixed(L"1", 2.0, true);
-    const Variant numbers = Mixed(1, 2.0, static_cast<short>(3));
+    const Variant list = ScriptArray(L"1", 2.0, true);
+    const Variant numbers = ScriptArray(1, 2.0, static_cast<short>(3));
     for (const VARTYPE type : {VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_I8, VT_UI8, VT_R4,
                                VT_R8, VT_CY, VT_DATE, VT_DECIMAL, VT_INT, VT_UINT}) {
         const Value typed = aux_.Call(L"TypedArray", numbers, static_cast<int>(type));
@@ -261,7 +259,7 @@ TEST_F(AuxTest, ListsBecomeTypedArrays)
     EXPECT_EQ(Items(L"VariantArray", aux_.Call(L"TypedArray", list, static_cast<int>(VT_BSTR))),
               (Texts{L"1", L"2", L"True"}));
 
-    const Value failed = aux_.Call(L"TypedArray", Mixed(1, 256), static_cast<int>(VT_UI1));
+    const Value failed = aux_.Call(L"TypedArray", ScriptArray(1, 256), static_cast<int>(VT_UI1));
     EXPECT_EQ(BytesOf(failed), "");
     for (int type : {-1, 0, 1, 9, 10, 12, 13, 36, 0x2003, 0x4003, INT_MAX, INT_MIN})
         EXPECT_EQ(Items(L"TypedArray", numbers, type), Texts()) << type;
@@ -275,20 +273,20 @@ TEST_F(AuxTest, SortsTextAsTheUsersLanguage)
     EXPECT_EQ(Items(L"Sort", words, false, true),
               (Texts{L"Zebra", L"zebra", L"\u00E4pfel", L"Apfel", L"apfel", L""}));
     EXPECT_EQ(Items(L"Sort", List({L"b\0b"s, L"b\0a"s})), (Texts{L"b\0a"s, L"b\0b"s}));
-    EXPECT_EQ(Items(L"Sort", Mixed(10, 9, L"1")), (Texts{L"1", L"10", L"9"}));
+    EXPECT_EQ(Items(L"Sort", ScriptArray(10, 9, L"1")), (Texts{L"1", L"10", L"9"}));
 }
 
 TEST_F(AuxTest, SortsNumbersAndKeepsEqualOnesInTheirOrder)
 {
-    EXPECT_EQ(Items(L"Sort", Mixed(10, L"9", -1.5, true), true),
+    EXPECT_EQ(Items(L"Sort", ScriptArray(10, L"9", -1.5, true), true),
               (Texts{L"-1.5", L"True", L"9", L"10"}));
-    const Variant equal = Mixed(L"2", 1, 2.0, L"1.0", L" 2");
+    const Variant equal = ScriptArray(L"2", 1, 2.0, L"1.0", L" 2");
     EXPECT_EQ(Items(L"Sort", equal, true), (Texts{L"1", L"1.0", L"2", L"2", L" 2"}));
     EXPECT_EQ(Items(L"Sort", equal, true, true), (Texts{L"2", L"2", L" 2", L"1", L"1.0"}));
 
     // What has no place in the order stands at the end, whatever the direction, and is not lost.
     const Variant mixed =
-        Mixed(OfType(VT_NULL), 2, aux_.Dispatch(), std::nan(""), L"x", 1, OfType(VT_EMPTY));
+        ScriptArray(OfType(VT_NULL), 2, aux_.Dispatch(), std::nan(""), L"x", 1, OfType(VT_EMPTY));
     EXPECT_EQ(Items(L"Sort", mixed, true).size(), 7u);
     const Texts rest{L"<null>", L"<object>"};
     for (bool descending : {false, true}) {
@@ -302,7 +300,7 @@ TEST_F(AuxTest, SortsNumbersAndKeepsEqualOnesInTheirOrder)
 
 TEST_F(AuxTest, FindsJoinsAndSplits)
 {
-    const Variant list = Mixed(L"a", 1, L"A", L"1", OfType(VT_NULL), L"a", aux_.Dispatch());
+    const Variant list = ScriptArray(L"a", 1, L"A", L"1", OfType(VT_NULL), L"a", aux_.Dispatch());
     EXPECT_EQ(Items(L"Unique", list), (Texts{L"a", L"1", L"A", L"<null>", L"<object>"}));
     EXPECT_EQ(Items(L"Unique", list, true), (Texts{L"a", L"1", L"<null>", L"<object>"}));
     const struct {
@@ -520,7 +518,7 @@ TEST_F(AuxTest, EveryMemberTakesEveryKindOfValue)
     values.emplace_back(std::wstring_view(L"\0", 1));
     values.emplace_back(std::wstring(2'083, L'%'));
     values.emplace_back(std::wstring(100'000, L'%'));
-    values.push_back(Mixed(Mixed(1), aux_.Dispatch(), OfType(VT_NULL), L"x", 1));
+    values.push_back(ScriptArray(ScriptArray(1), aux_.Dispatch(), OfType(VT_NULL), L"x", 1));
 
     int answered = 0;
     ComPtr<ITypeInfo> info;

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "core/MessagePump.h"
 #include "gui/MessageHook.h"
 #include "gui/MessageNotify.h"
 #include "gui/TimerFn.h"
 #include "gui/modPushParamThunk.h"
 #include "support/EventListener.h"
+#include "support/Reaction.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
@@ -80,17 +80,6 @@ TEST(MessageNotify, ReadsTheCode)
     EXPECT_EQ(NotificationCode(reinterpret_cast<LPARAM>(&header)), static_cast<UINT>(NM_SETFOCUS));
 }
 
-// Pumps until the condition holds; false after the time is over.
-bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds = 5000)
-{
-    const ULONGLONG end = GetTickCount64() + milliseconds;
-    while (!condition()) {
-        if (GetTickCount64() >= end) return false;
-        WaitForMessages(20);
-    }
-    return true;
-}
-
 class ClockTest : public testing::Test {
 protected:
     bool Running() { return clock_.Get(L"Running").Truth(); }
@@ -125,49 +114,6 @@ TEST_F(ClockTest, CanBeWaitedForWithoutEvents)
     Start(30);
     EXPECT_TRUE(clock_.Call(L"Wait").Truth());
     EXPECT_FALSE(Running());
-}
-
-// Acts on the clock from inside its own event.
-class Reaction : public IDispatch {
-public:
-    explicit Reaction(std::function<void()> act) : act_(std::move(act)) {}
-    STDMETHODIMP QueryInterface(REFIID, void** object) override
-    {
-        *object = this;
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
-    {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                        UINT*) override
-    {
-        ++calls;
-        act_();
-        return result;
-    }
-
-    int calls = 0;
-    HRESULT result = S_OK;
-
-private:
-    std::function<void()> act_;
-};
-
-ComPtr<IConnectionPoint> PointOf(IDispatch* object)
-{
-    ComPtr<IConnectionPointContainer> container;
-    ComPtr<IEnumConnectionPoints> points;
-    ComPtr<IConnectionPoint> point;
-    Check(object->QueryInterface(IID_PPV_ARGS(&container)));
-    Check(container->EnumConnectionPoints(&points));
-    Check(points->Next(1, &point, nullptr));
-    return point;
 }
 
 TEST_F(ClockTest, AHandlerMaySetTheTimerAgain)

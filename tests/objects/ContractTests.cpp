@@ -224,6 +224,31 @@ _ProgressWindow
   30 TBProState I2 get put
   31 TBProValue I2 get put
   32 TBProTotal I2 get put
+_Notice
+  1 Add() BOOL
+  2 ChangeIcon() BOOL
+  3 Remove()
+  4 ShowBalloon() BOOL
+  5 ErrorCode I4 get
+  6 TipText BSTR get put
+  7 BalloonText BSTR get put
+  8 BalloonTitle BSTR get put
+  9 BalloonOptions I4 get put
+  10 BalloonIcon I2 get put
+  11 BIconID I4 get put
+  12 BIconName BSTR get put
+  13 BIconFile BSTR get put
+  14 BIconSize I2 get put
+  15 IconID I4 get put
+  16 IconName BSTR get put
+  17 IconFile BSTR get put
+  18 IconSize I2 get put
+  19 UseLoadImageAPI BOOL get put
+  20 TriggerEvent BOOL get put
+  21 BalloonClicked BOOL get put
+  22 TrayClicked I2 get put
+  23 ContextMenu VARIANT get put
+  24 ContextMenuItems I2 get
 _Clock
   1 SetTimer(milliseconds I4) BOOL
   2 RemoveTimer()
@@ -241,6 +266,9 @@ _ProgressDialog
   9 Title BSTR get put
 __ProgressWindow
   1 ButtonPressed()
+__Notice
+  1 TrayClick(tctype I2)
+  2 BalloonClick()
 __Clock
   1 Buzz()
 )";

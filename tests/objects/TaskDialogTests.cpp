@@ -12,20 +12,6 @@ std::wstring IconText(PCWSTR icon)
     return IS_INTRESOURCE(icon) ? L'#' + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon)) : icon;
 }
 
-// A script's array: of Variants, with these bounds.
-Variant MakeArray(LONG lower, const std::vector<const wchar_t*>& texts)
-{
-    Variant array;
-    V_VT(&array) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(&array) = SafeArrayCreateVector(VT_VARIANT, lower, static_cast<ULONG>(texts.size()));
-    for (const wchar_t* text : texts) {
-        Variant element{std::wstring_view(text)};
-        SafeArrayPutElement(V_ARRAY(&array), &lower, &element);
-        ++lower;
-    }
-    return array;
-}
-
 std::vector<std::wstring> Captions(UINT count, const TASKDIALOG_BUTTON* buttons, int first)
 {
     std::vector<std::wstring> captions;
@@ -149,15 +135,15 @@ TEST_F(TaskDialogTest, FlagsAndAnswersGoBothWays)
 TEST_F(TaskDialogTest, CaptionsComeFromZeroBasedArrays)
 {
     using Texts = std::vector<std::wstring>;
-    Variant buttons = MakeArray(0, {L"first", L"second"});
+    Variant buttons = ScriptArray(L"first", L"second");
     dialog_.Put(L"CustomButtons", &buttons); // a script's variable
-    dialog_.Put(L"RadioButtons", MakeArray(0, {L"a", L"b", L"c"}));
+    dialog_.Put(L"RadioButtons", ScriptArray(L"a", L"b", L"c"));
     dialog_.Call(L"ShowEx");
     EXPECT_EQ(buttons_, (Texts{L"first", L"second"}));
     EXPECT_EQ(radioButtons_, (Texts{L"a", L"b", L"c"}));
 
-    dialog_.Put(L"CustomButtons", MakeArray(1, {L"first"}));
-    dialog_.Put(L"RadioButtons", MakeArray(0, std::vector<const wchar_t*>(40, L"x")));
+    dialog_.Put(L"CustomButtons", StartingAt(1, ScriptArray(L"first")));
+    dialog_.Put(L"RadioButtons", MakeStringArray(std::vector<std::wstring>(40, L"x"), true));
     dialog_.Call(L"ShowEx");
     EXPECT_EQ(buttons_, Texts());
     EXPECT_EQ(radioButtons_, Texts(32, L"x"));
@@ -176,7 +162,7 @@ TEST_F(TaskDialogTest, ErrorCodeHasTheClassicNumbers)
 {
     Variant null;
     V_VT(&null) = VT_NULL;
-    Variant nulls = MakeArray(0, {L"x"});
+    Variant nulls = ScriptArray(L"x");
     LONG index = 0;
     SafeArrayPutElement(V_ARRAY(&nulls), &index, &null);
     Variant plane;
@@ -184,7 +170,7 @@ TEST_F(TaskDialogTest, ErrorCodeHasTheClassicNumbers)
     V_VT(&plane) = VT_ARRAY | VT_VARIANT;
     V_ARRAY(&plane) = SafeArrayCreate(VT_VARIANT, 2, bounds);
     const ScriptObject other = ScriptObject::Make(L"Profile");
-    Variant objects = MakeArray(0, {L"x"});
+    Variant objects = ScriptArray(L"x");
     Variant object(other.Dispatch());
     SafeArrayPutElement(V_ARRAY(&objects), &index, &object);
 
@@ -245,9 +231,9 @@ TEST(TaskDialogOnScreen, ReadsTheAnswersBack)
     ScriptObject dialog = ScriptObject::Make(L"TaskDialog");
     dialog.Put(L"Title", L"A task");
     dialog.Put(L"Text", L"What now?");
-    dialog.Put(L"CustomButtons", MakeArray(0, {L"Go on", L"Stop"}));
+    dialog.Put(L"CustomButtons", ScriptArray(L"Go on", L"Stop"));
     dialog.Put(L"CustomButtonStyle", 1);
-    dialog.Put(L"RadioButtons", MakeArray(0, {L"slow", L"fast"}));
+    dialog.Put(L"RadioButtons", ScriptArray(L"slow", L"fast"));
     dialog.Put(L"RadioButtonSelected", 0);
     dialog.Put(L"VerificationLabel", L"always");
     dialog.Put(L"VerificationChecked", true);

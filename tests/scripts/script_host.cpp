@@ -14,7 +14,10 @@
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
 //                                     Actions: click, double x y, close, move x y, wait, or
-//                                     keys and what to type: keys a{DOWN}^a{ENTER}
+//                                     keys and what to type: keys a{DOWN}^a{ENTER}, or
+//                                     menu and keys: a right click, then the keys in its menu;
+//                                     write and a path: the file appears; see waits for a window
+//                                     of this caption and class instead of a control
 //     host.Answered                   waits for the robot; True when all went well
 //     host.Listen object              hears the object's events from now on
 //     host.Pump milliseconds          waits for the next event; False when none came
@@ -374,6 +377,10 @@ private:
             const auto any = [](const std::wstring& name) {
                 return name.empty() ? nullptr : name.c_str();
             };
+            if (action == L"see") {
+                desk.Window(any(caption), any(controlClass));
+                return;
+            }
             const HWND control = desk.Control(any(caption), any(controlClass), any(text));
             POINT point{};
             if (action == L"click")
@@ -384,6 +391,12 @@ private:
                 desk.Close(GetAncestor(control, GA_ROOT));
             else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2)
                 desk.Move(GetAncestor(control, GA_ROOT), point);
+            else if (action.starts_with(L"menu ")) {
+                desk.Click(control, Desk::Button::Right);
+                desk.Window(nullptr, L"#32768");
+                PressKeys(desk, std::wstring_view(action).substr(5));
+            } else if (action.starts_with(L"write "))
+                std::ofstream(std::filesystem::path(action.substr(6))) << "written";
             else if (action.starts_with(L"keys "))
                 PressKeys(desk, std::wstring_view(action).substr(5));
             else if (action != L"wait")

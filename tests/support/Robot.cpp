@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "core/MessagePump.h"
 #include "support/ScriptObject.h"
@@ -10,7 +11,8 @@ namespace quill::test {
 
 namespace {
 
-constexpr DWORD kPoll = 15;              // milliseconds between two looks
+constexpr DWORD kPoll = 15; // milliseconds between two looks
+constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr DWORD kAnswerDeadline = 2'000; // for a window to answer a message
 
 BOOL CALLBACK AddToList(HWND window, LPARAM list)
@@ -184,16 +186,18 @@ POINT Desk::Target(HWND window, POINT point)
     return screen;
 }
 
-void Desk::Click(HWND control)
+void Desk::Click(HWND control, Button button)
 {
-    ClickAt(control, CentreOf(control));
+    ClickAt(control, CentreOf(control), button);
 }
 
-void Desk::ClickAt(HWND window, POINT point)
+void Desk::ClickAt(HWND window, POINT point, Button button)
 {
     const POINT target = Target(window, point);
-    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
-          MouseInput(target, MOUSEEVENTF_LEFTUP)});
+    const bool left = button == Button::Left;
+    Send({MouseInput(target, MOUSEEVENTF_MOVE),
+          MouseInput(target, left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN),
+          MouseInput(target, left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP)});
 }
 
 void Desk::DoubleClickAt(HWND window, POINT point)
@@ -209,6 +213,10 @@ void Desk::WaitForKeys()
     WaitFor(L"the window " + Quoted(TextOf(current_).c_str()) + L" to have the keyboard", [&] {
         GUITHREADINFO info{};
         info.cbSize = sizeof info;
+        if (ClassOf(current_) == kMenuClass)
+            return GetGUIThreadInfo(GetWindowThreadProcessId(GetForegroundWindow(), nullptr),
+                                    &info) &&
+                   info.hwndMenuOwner == current_;
         return GetForegroundWindow() == current_ &&
                GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
                info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
@@ -330,6 +338,29 @@ bool Robot::Finish()
         if (!failure_.empty()) reporter_("robot: " + failure_);
     }
     return failure_.empty();
+}
+
+namespace {
+
+thread_local std::function<void()> duringWait;
+
+void CALLBACK RunDuringWait(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    std::exchange(duringWait, nullptr)();
+}
+
+} // namespace
+
+DuringWait::DuringWait(std::function<void()> action)
+{
+    duringWait = std::move(action);
+    timer_ = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunDuringWait);
+}
+
+DuringWait::~DuringWait()
+{
+    KillTimer(nullptr, timer_);
 }
 
 } // namespace quill::test

@@ -46,9 +46,10 @@ public:
     void WaitUntilGone(HWND window);
 
     // Real input. The mouse waits until its target lies on top, the keys until the window last
-    // found, or its control, is the one that hears them.
-    void Click(HWND control);
-    void ClickAt(HWND window, POINT point);
+    // found, or its control, is the one that hears them; a menu hears those of its thread.
+    enum class Button { Left, Right };
+    void Click(HWND control, Button button = Button::Left);
+    void ClickAt(HWND window, POINT point, Button button = Button::Left);
     void DoubleClickAt(HWND window, POINT point);
     void Press(WORD key, std::initializer_list<WORD> held = {}); // VK_ codes
     void Type(std::wstring_view text);
@@ -103,6 +104,19 @@ private:
     const Event done_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     const Event callReturned_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::thread thread_;
+};
+
+// Runs an action once on the calling thread when a call waits there, as the call of a second client
+// or an event handler would come in.
+class DuringWait {
+public:
+    explicit DuringWait(std::function<void()> action);
+    ~DuringWait();
+    DuringWait(const DuringWait&) = delete;
+    DuringWait& operator=(const DuringWait&) = delete;
+
+private:
+    UINT_PTR timer_;
 };
 
 } // namespace quill::test

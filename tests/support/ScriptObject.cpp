@@ -175,4 +175,10 @@ Value ScriptObject::Invoke(WORD flags, const wchar_t* name, Arguments& arguments
     return result;
 }
 
+Variant StartingAt(LONG lower, Variant array)
+{
+    V_ARRAY(&array)->rgsabound[0].lLbound = lower;
+    return array;
+}
+
 } // namespace quill::test

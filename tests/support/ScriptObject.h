@@ -73,6 +73,17 @@ inline Variant Reference(int type, void* variable)
     return reference;
 }
 
+// A script's array: of Variants, from 0 on, or from another lower bound.
+template <class... Elements>
+Variant ScriptArray(Elements&&... elements)
+{
+    Array array = MakeArray(VT_VARIANT, sizeof...(elements));
+    VARIANT* target = DataOf<VARIANT>(*array).data();
+    ((*target++ = Arg(std::forward<Elements>(elements)).value.Detach()), ...);
+    return Variant(std::move(array));
+}
+Variant StartingAt(LONG lower, Variant array);
+
 // Equal in kind and value: text with text, True with True, whole numbers of any size.
 bool operator==(const Value& left, const Arg& right);
 

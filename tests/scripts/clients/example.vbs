@@ -71,6 +71,15 @@ Case "tour.vbs"
     host.Answer "Choose your office", "ListBox", "", "keys os{ENTER}"
     host.Answer "Choose your drives", "ListBox", "", "keys {DOWN}+{DOWN}{ENTER}"
     Run "", "Kept in the file: Oslo" & vbCrLf & "The tour is complete."
+Case "watch.vbs"
+    Dim action
+    files.CreateFolder folder & "inbox"
+    host.Answer "Wine System Tray", "__winex11_tray_icon", "", "write " & folder & "inbox\report.txt"
+    host.Answer "report.txt", "tooltips_class32", "", "see"
+    For Each action In Array("menu p", "menu q")
+        host.Answer "Wine System Tray", "__winex11_tray_icon", "", action
+    Next
+    Run folder & "inbox", "Files that came: 1"
 Case Else
     host.Check False, "nobody knows how " & example & " ends"
 End Select

@@ -1,4 +1,4 @@
-// Icons out of modules, for the platform's message and task dialogs.
+// Icons out of modules.
 #pragma once
 
 #include "core/Platform.h"
@@ -11,7 +11,7 @@ using IconModule = Owned<HMODULE, FreeLibrary>;
 // Null when the file is no module or cannot be loaded.
 IconModule LoadIconModule(const std::wstring& file) noexcept;
 
-// Which icon of a module, or of the system, a dialog shows.
+// Which icon of a module, or of the system, is meant.
 struct IconName {
     WORD number = 0; // used where there is no name
     std::wstring name;

@@ -1,4 +1,4 @@
-#include "dialogs/IconModule.h"
+#include "gui/IconModule.h"
 
 #include "core/Variant.h"
 

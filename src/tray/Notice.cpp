@@ -1,0 +1,244 @@
+#include "tray/Notice.h"
+
+#include <utility>
+
+#include "core/Catalogue.h"
+#include "core/MessagePump.h"
+#include "gui/windowfn.h"
+#include "tray/MenuFn.h"
+#include "tray/NoticeHook.h"
+
+namespace quill {
+
+namespace {
+
+constexpr DISPID kTrayClick = 1;
+constexpr DISPID kBalloonClick = 2;
+
+// Click codes.
+constexpr SHORT kSelected = 1;
+constexpr SHORT kMenuRequested = 2;
+constexpr SHORT kMenuClosed = 10; // plus the chosen item, from 1
+
+constexpr size_t kMenuLimit = 8;
+
+// Bits of BalloonOptions.
+constexpr LONG kSilent = 1;
+constexpr LONG kRealTime = 2;
+constexpr LONG kRespectQuietTime = 4;
+
+UINT IconNumber()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return (now.wHour * 3600U + now.wMinute * 60U + now.wSecond) % 1000;
+}
+
+// Up to the limit; none for what is not a zero-based list.
+std::vector<std::wstring> MenuTexts(const VARIANT& menu)
+{
+    const SAFEARRAY* array = ArrayOf(menu);
+    if (!array || array->cDims != 1 || array->rgsabound[0].lLbound != 0) return {};
+    std::vector<std::wstring> texts;
+    for (const Variant& element : ElementsOf(*array, kMenuLimit)) {
+        texts.emplace_back();
+        try {
+            texts.back() = ToText(element);
+        } catch (const AutomationError&) {
+            // what is no text keeps its place in the menu, so that the others keep their number
+        }
+    }
+    return texts;
+}
+
+// Sets a flag for as long as it lives.
+class Flag {
+public:
+    explicit Flag(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+    ~Flag() { flag_ = false; }
+    Flag(const Flag&) = delete;
+    Flag& operator=(const Flag&) = delete;
+
+private:
+    bool& flag_;
+};
+
+} // namespace
+
+template <>
+IDispatch* Create<::Notice>()
+{
+    return new Notice;
+}
+
+Notice::Notice() : place_{form_.Window(), IconNumber()}
+{
+    InstallNoticeHook(form_.Window(), *this);
+}
+
+Notice::~Notice()
+{
+    // In this order: the calls that take the icon away let other messages in.
+    RemoveNoticeHook(form_.Window(), *this);
+    DeleteTrayIcon(place_);
+}
+
+bool Notice::AddIcon()
+{
+    if (added_) {
+        errorCode_ = kWrongState;
+        return false;
+    }
+    Icon icon = LoadNoticeIcon(traySource_, useLoadImage_, errorCode_);
+    if (!icon) return false;
+    trayIconLarge_ = traySource_.Large();
+    trayClicked_ = 0;
+    added_ = AddTrayIcon(place_, icon.get(), tipText_);
+    if (added_) trayIcon_ = std::move(icon);
+    return added_;
+}
+
+bool Notice::LoadOtherIcon()
+{
+    if (!added_) {
+        errorCode_ = kWrongState;
+        return false;
+    }
+    Icon icon = LoadNoticeIcon(traySource_, useLoadImage_, errorCode_);
+    if (!icon) return false;
+    trayIconLarge_ = traySource_.Large();
+    trayIcon_ = std::move(icon);
+    return ChangeTrayIcon(place_, trayIcon_.get());
+}
+
+void Notice::TakeAway()
+{
+    SendMessageW(form_.Window(), WM_CANCELMODE, 0, 0); // an open menu goes too
+    DeleteTrayIcon(place_);
+    balloonIcon_.reset();
+    trayIcon_.reset();
+    added_ = false;
+}
+
+// The icon of a balloon without a standard one; null, with an error code, where there is none.
+HICON Notice::FindBalloonIcon(bool& large)
+{
+    if (balloonKind_ == kTrayIcon) {
+        large = trayIconLarge_;
+        if (!trayIcon_) errorCode_ = kNoIcon;
+        return trayIcon_.get();
+    }
+    if (!IsVistaOrLater()) {
+        errorCode_ = kBalloonNeedsVista;
+        return nullptr;
+    }
+    balloonIcon_ = LoadNoticeIcon(balloonSource_, useLoadImage_, errorCode_);
+    return balloonIcon_.get();
+}
+
+bool Notice::Announce()
+{
+    if (!added_) {
+        errorCode_ = kWrongState;
+        return false;
+    }
+    balloonClicked_ = false;
+    errorCode_ = kNoError;
+
+    Balloon balloon{balloonText_, balloonTitle_};
+    bool large = balloonSource_.Large();
+    if (balloonKind_ == kCustomIcon || balloonKind_ == kTrayIcon) {
+        balloon.icon = FindBalloonIcon(large);
+        if (!balloon.icon) return false;
+        balloon.infoFlags = NIIF_USER;
+    } else {
+        balloon.infoFlags = static_cast<DWORD>(balloonKind_ - 1);
+    }
+    if (balloonOptions_ & kSilent) balloon.infoFlags |= NIIF_NOSOUND;
+    if (balloonOptions_ & kRespectQuietTime) balloon.infoFlags |= NIIF_RESPECT_QUIET_TIME;
+    if (large) balloon.infoFlags |= NIIF_LARGE_ICON;
+    balloon.realTime = balloonOptions_ & kRealTime;
+    return ShowTrayBalloon(place_, balloon);
+}
+
+void Notice::SetTipText(const std::wstring& text)
+{
+    tipText_ = CutTo<127>::Apply(tipText_, text);
+    if (added_) ChangeTrayTip(place_, tipText_);
+}
+
+void Notice::SetContextMenu(Variant menu)
+{
+    if (!IsVistaOrLater()) return;
+    std::vector<std::wstring> texts;
+    try {
+        texts = MenuTexts(menu);
+    } catch (const AutomationError&) {
+        // no list that a script could have made
+    }
+    contextMenu_ = std::move(menu);
+    menuTexts_ = std::move(texts);
+}
+
+DWORD Notice::ReleaseConnection(DWORD type, DWORD reserved, BOOL last) noexcept
+{
+    const DWORD left = EventSource::ReleaseConnection(type, reserved, last);
+    if (ClientsGone()) PostMessageW(form_.Window(), WM_CANCELMODE, 0, 0);
+    return left;
+}
+
+void Notice::OnIcon(UINT code, POINT screen)
+{
+    switch (code) {
+    case WM_CONTEXTMENU:
+        // No second menu over the first, and none whose choice would be dropped.
+        if (busy_ || menuOpen_) break;
+        ReportClick(menuTexts_.empty() ? kMenuRequested
+                                       : static_cast<SHORT>(kMenuClosed + ShowMenu(screen)));
+        break;
+    case NIN_SELECT:
+    case NIN_KEYSELECT: ReportClick(kSelected); break;
+    case NIN_BALLOONUSERCLICK: ReportBalloonClick(); break;
+    default: break;
+    }
+}
+
+int Notice::ShowMenu(POINT screen)
+{
+    const Foreground& foreground = ForegroundOfThread();
+    const HWND before = foreground.get();
+    const Flag open(menuOpen_);
+    const std::vector<std::wstring> texts = menuTexts_; // a script may set others meanwhile
+    const int chosen = ChooseFromMenu(form_.Window(), texts, screen);
+    // The keyboard must not stay with a window that nobody sees.
+    if (!FocusTray(place_) && foreground.get() == form_.Window()) foreground.set(before);
+    return chosen;
+}
+
+// One click at a time: what comes in meanwhile is dropped.
+template <class Tell>
+void Notice::Report(Tell&& tell)
+{
+    if (busy_) return;
+    const Flag busy(busy_);
+    tell();
+    DispatchPending();
+}
+
+void Notice::ReportClick(SHORT code)
+{
+    Report([&] {
+        trayClicked_ = code;
+        if (std::exchange(triggerEvent_, false)) Fire(kTrayClick, code);
+    });
+}
+
+void Notice::ReportBalloonClick()
+{
+    Report([&] {
+        balloonClicked_ = true;
+        if (std::exchange(triggerEvent_, false)) Fire(kBalloonClick);
+    });
+}
+
+} // namespace quill

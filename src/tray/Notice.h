@@ -1,0 +1,219 @@
+// Quill.Notice: an icon in the notification area of the taskbar, with balloons and a menu.
+#pragma once
+
+#include "core/EventSource.h"
+#include "tray/IconSource.h"
+#include "tray/frmNoteMsg.h"
+#include "tray/notify.h"
+
+namespace quill {
+
+// Raises no errors of its own: results and ErrorCode tell what failed.
+class Notice final : public EventSource<_Notice> {
+public:
+    Notice();
+    ~Notice() override;
+
+    STDMETHODIMP Add(VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &Notice::AddIcon);
+    }
+    STDMETHODIMP ChangeIcon(VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &Notice::LoadOtherIcon);
+    }
+    STDMETHODIMP Remove() noexcept override { return Call(&Notice::TakeAway); }
+    STDMETHODIMP ShowBalloon(VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &Notice::Announce);
+    }
+    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
+    STDMETHODIMP get_TipText(BSTR* value) noexcept override { return Get(value, tipText_); }
+    STDMETHODIMP put_TipText(BSTR value) noexcept override
+    {
+        return Call(&Notice::SetTipText, value);
+    }
+    STDMETHODIMP get_BalloonText(BSTR* value) noexcept override { return Get(value, balloonText_); }
+    STDMETHODIMP put_BalloonText(BSTR value) noexcept override
+    {
+        return Put<CutTo<255>>(balloonText_, value);
+    }
+    STDMETHODIMP get_BalloonTitle(BSTR* value) noexcept override
+    {
+        return Get(value, balloonTitle_);
+    }
+    STDMETHODIMP put_BalloonTitle(BSTR value) noexcept override
+    {
+        return Put<CutTo<63>>(balloonTitle_, value);
+    }
+    STDMETHODIMP get_BalloonOptions(LONG* value) noexcept override
+    {
+        return Get(value, balloonOptions_);
+    }
+    STDMETHODIMP put_BalloonOptions(LONG value) noexcept override
+    {
+        return Put(balloonOptions_, value);
+    }
+    STDMETHODIMP get_BalloonIcon(SHORT* value) noexcept override
+    {
+        return Get(value, balloonKind_);
+    }
+    STDMETHODIMP put_BalloonIcon(SHORT value) noexcept override
+    {
+        return Put<Within<kCustomIcon, kTrayIcon>>(balloonKind_, value);
+    }
+    STDMETHODIMP get_BIconID(LONG* value) noexcept override
+    {
+        return Get(value, balloonSource_.id);
+    }
+    STDMETHODIMP put_BIconID(LONG value) noexcept override { return Put(balloonSource_.id, value); }
+    STDMETHODIMP get_BIconName(BSTR* value) noexcept override
+    {
+        return Get(value, balloonSource_.name);
+    }
+    STDMETHODIMP put_BIconName(BSTR value) noexcept override
+    {
+        return Put(balloonSource_.name, value);
+    }
+    STDMETHODIMP get_BIconFile(BSTR* value) noexcept override
+    {
+        return Get(value, balloonSource_.file);
+    }
+    STDMETHODIMP put_BIconFile(BSTR value) noexcept override
+    {
+        return Put<CutTo<255>>(balloonSource_.file, value);
+    }
+    STDMETHODIMP get_BIconSize(SHORT* value) noexcept override
+    {
+        return Get(value, balloonSource_.size);
+    }
+    STDMETHODIMP put_BIconSize(SHORT value) noexcept override
+    {
+        return Put<Within<0, 1>>(balloonSource_.size, value);
+    }
+    STDMETHODIMP get_IconID(LONG* value) noexcept override { return Get(value, traySource_.id); }
+    STDMETHODIMP put_IconID(LONG value) noexcept override { return Put(traySource_.id, value); }
+    STDMETHODIMP get_IconName(BSTR* value) noexcept override
+    {
+        return Get(value, traySource_.name);
+    }
+    STDMETHODIMP put_IconName(BSTR value) noexcept override { return Put(traySource_.name, value); }
+    STDMETHODIMP get_IconFile(BSTR* value) noexcept override
+    {
+        return Get(value, traySource_.file);
+    }
+    STDMETHODIMP put_IconFile(BSTR value) noexcept override
+    {
+        return Put<CutTo<255>>(traySource_.file, value);
+    }
+    STDMETHODIMP get_IconSize(SHORT* value) noexcept override
+    {
+        return Get(value, traySource_.size);
+    }
+    STDMETHODIMP put_IconSize(SHORT value) noexcept override
+    {
+        return Put<Within<0, 1>>(traySource_.size, value);
+    }
+    STDMETHODIMP get_UseLoadImageAPI(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, useLoadImage_);
+    }
+    STDMETHODIMP put_UseLoadImageAPI(VARIANT_BOOL value) noexcept override
+    {
+        return Put(useLoadImage_, value);
+    }
+    STDMETHODIMP get_TriggerEvent(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, triggerEvent_);
+    }
+    STDMETHODIMP put_TriggerEvent(VARIANT_BOOL value) noexcept override
+    {
+        return Put(triggerEvent_, value);
+    }
+    // The puts acknowledge what has come; the value does not matter.
+    STDMETHODIMP get_BalloonClicked(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, balloonClicked_);
+    }
+    STDMETHODIMP put_BalloonClicked(VARIANT_BOOL) noexcept override
+    {
+        balloonClicked_ = false;
+        return S_OK;
+    }
+    STDMETHODIMP get_TrayClicked(SHORT* value) noexcept override
+    {
+        return Get(value, trayClicked_);
+    }
+    STDMETHODIMP put_TrayClicked(SHORT) noexcept override
+    {
+        trayClicked_ = 0;
+        return S_OK;
+    }
+    STDMETHODIMP get_ContextMenu(VARIANT* value) noexcept override
+    {
+        return Get(value, contextMenu_);
+    }
+    STDMETHODIMP put_ContextMenu(VARIANT* value) noexcept override
+    {
+        return Call(&Notice::SetContextMenu, value);
+    }
+    STDMETHODIMP get_ContextMenuItems(SHORT* value) noexcept override
+    {
+        return Get(value, static_cast<SHORT>(menuTexts_.size()));
+    }
+
+    // From the platform, on any thread: a menu that is open when the clients go has nobody left to
+    // choose for.
+    STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD reserved, BOOL last) noexcept override;
+
+    // From the hook: a notification code of the icon and where it happened, in screen pixels; and a
+    // taskbar that is new, without our icon.
+    void OnIcon(UINT code, POINT screen);
+    void OnNewTaskbar() noexcept { added_ = false; }
+
+    void TakeAway();
+
+private:
+    static constexpr SHORT kCustomIcon = 0; // values of BalloonIcon
+    static constexpr SHORT kTrayIcon = 5;
+
+    bool AddIcon();
+    bool LoadOtherIcon();
+    bool Announce();
+    HICON FindBalloonIcon(bool& large);
+    void SetTipText(const std::wstring& text);
+    void SetContextMenu(Variant menu);
+    int ShowMenu(POINT screen);
+    void ReportClick(SHORT code);
+    void ReportBalloonClick();
+    template <class Tell>
+    void Report(Tell&& tell);
+
+    frmNoteMsg form_;
+    const TrayPlace place_;
+    bool added_ = false;
+    bool busy_ = false; // a click is being reported
+    bool menuOpen_ = false;
+    LONG errorCode_ = kNoError;
+
+    IconSource traySource_;
+    Icon trayIcon_;
+    bool trayIconLarge_ = false; // the one that is shown
+    bool useLoadImage_ = false;
+    std::wstring tipText_;
+
+    std::wstring balloonText_;
+    std::wstring balloonTitle_;
+    LONG balloonOptions_ = 0;
+    SHORT balloonKind_ = kCustomIcon;
+    IconSource balloonSource_{0, {}, {}, 1};
+    Icon balloonIcon_;
+
+    bool triggerEvent_ = false;
+    bool balloonClicked_ = false;
+    SHORT trayClicked_ = 0;
+    Variant contextMenu_; // as it was given
+    std::vector<std::wstring> menuTexts_;
+};
+
+} // namespace quill

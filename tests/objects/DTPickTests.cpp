@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/Robot.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+constexpr wchar_t kTitle[] = L"When";
+constexpr wchar_t kPicker[] = L"SysDateTimePick32";
+constexpr DATE kStart = 43890.5 + 1.0 / 86400; // 29 February 2020, 12:00:01
+
+DATE Now()
+{
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    DATE date = 0;
+    SystemTimeToVariantTime(&now, &date);
+    return date;
+}
+
+class DTPickTest : public testing::Test {
+protected:
+    DTPickTest() { picker_.Put(L"Title", kTitle); }
+
+    bool Pick(Variant& date, Robot::Script answer)
+    {
+        Robot robot(std::move(answer));
+        return picker_.Call(L"Selection", &date).Truth();
+    }
+
+    ScriptObject picker_ = ScriptObject::Make(L"DTPick");
+};
+
+TEST_F(DTPickTest, ReturnsTheChosenParts)
+{
+    struct Case {
+        int mode;
+        DATE chosen;
+    };
+    const Case cases[] = {{0, std::floor(kStart)},
+                          {1, kStart - std::floor(kStart)},
+                          {2, kStart},
+                          {7, kStart}}; // ignored: 2 stays
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.mode);
+        picker_.Put(L"ControlMode", c.mode);
+        Variant date = Variant::OfDate(kStart);
+        EXPECT_TRUE(Pick(date, [](Desk& desk) { desk.Click(desk.Control(kTitle, L"Button")); }));
+        EXPECT_EQ(V_VT(&date), VT_DATE);
+        EXPECT_NEAR(V_DATE(&date), c.chosen, 1e-9);
+    }
+}
+
+TEST_F(DTPickTest, GoesByKeysFromPickerToPicker)
+{
+    Variant date = Variant::OfDate(kStart);
+    EXPECT_TRUE(Pick(date, [](Desk& desk) {
+        desk.Control(kTitle, kPicker);
+        desk.Press(VK_RIGHT); // a part of the date
+        desk.Press(VK_UP);
+        desk.Press(VK_TAB);
+        desk.Press(VK_RIGHT); // a part of the time
+        desk.Press(VK_UP);
+        desk.Press(VK_TAB);             // the button
+        desk.Press(VK_TAB);             // the date again
+        desk.Press(VK_TAB, {VK_SHIFT}); // the button
+        desk.Press(VK_TAB, {VK_SHIFT}); // the time
+        desk.Press(VK_UP);
+        desk.Press(VK_RETURN);
+    }));
+    const double minutes = (V_DATE(&date) - std::floor(V_DATE(&date)) - 0.5) * 1440;
+    EXPECT_NE(std::floor(V_DATE(&date)), std::floor(kStart));
+    EXPECT_GT(minutes, 1.5) << "two up, of one part or two";
+}
+
+TEST_F(DTPickTest, CancelLeavesTheVariableAlone)
+{
+    const Robot::Script ways[] = {
+        [](Desk& desk) {
+            desk.Control(kTitle, kPicker);
+            desk.Press(VK_ESCAPE);
+        },
+        [](Desk& desk) {
+            desk.Control(kTitle, L"Button");
+            desk.Press(VK_TAB);
+            desk.Press(VK_TAB);
+            desk.Press(VK_ESCAPE);
+        },
+        [](Desk& desk) { desk.Close(desk.Window(kTitle)); },
+    };
+    for (const Robot::Script& way : ways) {
+        Variant text(std::wstring_view(L"next week"));
+        EXPECT_FALSE(Pick(text, way));
+        EXPECT_EQ(std::wstring(V_BSTR(&text)), L"next week");
+    }
+}
+
+// What is no date, or none that the calendar knows, begins with now.
+TEST_F(DTPickTest, BeginsWithNowWithoutADate)
+{
+    const auto accept = [](Desk& desk) { desk.Click(desk.Control(kTitle, L"Button")); };
+    Variant given[] = {Variant(),
+                       Variant(std::wstring_view(L"next week")),
+                       Variant(5.0),
+                       Variant::OfDate(-657435),
+                       Variant::OfDate(std::nan("")),
+                       Variant::OfDate(1e300)};
+    for (Variant& date : given) {
+        EXPECT_TRUE(Pick(date, accept));
+        ASSERT_EQ(V_VT(&date), VT_DATE);
+        EXPECT_NEAR(V_DATE(&date), Now(), 1.0 / 1440);
+    }
+    DATE typed = kStart;
+    Robot robot(accept);
+    EXPECT_TRUE(picker_.Call(L"Selection", Reference(VT_DATE, &typed)).Truth());
+    EXPECT_NEAR(typed, kStart, 1e-9);
+    robot.Finish();
+    Robot other(accept);
+    EXPECT_TRUE(picker_.Call(L"Selection", Arg(Variant::OfDate(kStart))).Truth()) << "by value";
+}
+
+TEST_F(DTPickTest, RefusesArraysAndASecondDialog)
+{
+    Variant array = ScriptArray(1, 2);
+    SAFEARRAY* elements = V_ARRAY(&array);
+    EXPECT_FALSE(picker_.Call(L"Selection", Reference(VT_ARRAY | VT_VARIANT, &elements)).Truth());
+
+    bool nested = true;
+    Variant other = Variant::OfDate(1);
+    const DuringWait again([&] { nested = picker_.Call(L"Selection", &other).Truth(); });
+    Variant date = Variant::OfDate(kStart);
+    EXPECT_TRUE(Pick(date, [&](Desk& desk) {
+        desk.Window(kTitle);
+        desk.WaitFor(L"the second call", [&] { return !nested; });
+        desk.Click(desk.Control(kTitle, L"Button"));
+    }));
+}
+
+TEST_F(DTPickTest, ClosesUpWithoutAnInfoText)
+{
+    struct Case {
+        int mode;
+        const wchar_t* info;
+        long height; // twips
+    };
+    const Case cases[] = {{0, L"", 2570}, {2, L"", 2970}, {1, L"Wake me", 3410}, {2, L"x", 3810}};
+    for (const Case& c : cases) {
+        picker_.Put(L"ControlMode", c.mode);
+        picker_.Put(L"Info", c.info);
+        Variant date;
+        Pick(date, [&](Desk& desk) {
+            RECT place{};
+            GetWindowRect(desk.Window(kTitle), &place);
+            EXPECT_NEAR((place.bottom - place.top) * 15, c.height, 7) << "whole pixels";
+            desk.Close(desk.Window(kTitle));
+        });
+    }
+}
+
+} // namespace
+} // namespace quill::test

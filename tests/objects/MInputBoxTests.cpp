@@ -1,0 +1,295 @@
+#include <gtest/gtest.h>
+
+#include "support/Robot.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+constexpr wchar_t kTitle[] = L"About you";
+
+std::vector<HWND> Fields(Desk& desk)
+{
+    return desk.Controls(desk.Window(kTitle), L"Edit");
+}
+
+HWND Ok(Desk& desk)
+{
+    return desk.Control(kTitle, L"Button", L"OK");
+}
+
+// The balloons that edit controls of this thread are asked to show; the platform of the tests shows
+// none.
+class Balloons {
+public:
+    Balloons() : hook_(SetWindowsHookExW(WH_CALLWNDPROC, Look, nullptr, GetCurrentThreadId()))
+    {
+        shown_.clear();
+    }
+    ~Balloons() { UnhookWindowsHookEx(hook_); }
+    const std::vector<std::wstring>& Shown() const { return shown_; }
+
+private:
+    static LRESULT CALLBACK Look(int code, WPARAM wParam, LPARAM lParam)
+    {
+        const auto& message = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+        if (code == HC_ACTION && message.message == EM_SHOWBALLOONTIP) {
+            const auto& tip = *reinterpret_cast<const EDITBALLOONTIP*>(message.lParam);
+            EXPECT_EQ(tip.cbStruct, 16U);
+            EXPECT_EQ(tip.ttiIcon, TTI_ERROR);
+            shown_.push_back(std::wstring(tip.pszTitle ? tip.pszTitle : L"none") + L": " +
+                             (tip.pszText ? tip.pszText : L"none"));
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static inline std::vector<std::wstring> shown_;
+    HHOOK hook_;
+};
+
+class MInputBoxTest : public testing::Test {
+protected:
+    MInputBoxTest() { box_.Put(L"Title", kTitle); }
+
+    // Shows the fields; their texts joined by "|", behind a "-" after a cancel.
+    std::wstring Ask(Robot::Script answer)
+    {
+        Variant texts;
+        Robot robot(std::move(answer));
+        const bool accepted = box_.Call(L"InputM", &texts).Truth();
+        EXPECT_EQ(V_VT(&texts), VT_ARRAY | VT_VARIANT);
+        std::wstring joined = accepted ? L"" : L"-";
+        for (const Variant& text : DataOf<Variant>(*V_ARRAY(&texts)))
+            joined += ToText(text) + L"|";
+        return joined;
+    }
+
+    ScriptObject box_ = ScriptObject::Make(L"MInputBox");
+};
+
+TEST_F(MInputBoxTest, AsksForOneText)
+{
+    struct Case {
+        const char* what;
+        std::wstring text;
+        Robot::Script answer;
+        std::wstring result;
+    };
+    const std::wstring longText(3000, L'x');
+    const Case cases[] = {
+        {"typed over the selected text", L"old",
+         [](Desk& desk) {
+             desk.Control(kTitle, L"Edit");
+             desk.Type(L"new");
+             desk.Press(VK_RETURN);
+         },
+         L"new"},
+        {"beyond all limits, right-to-left, CJK, outside the BMP",
+         longText + L"\x5e9\x5dc\x5d5\x5dd \x65e5\x672c \xd83d\xde00",
+         [](Desk& desk) { desk.Click(Ok(desk)); },
+         longText + L"\x5e9\x5dc\x5d5\x5dd \x65e5\x672c \xd83d\xde00"},
+        {"Esc", L"old",
+         [](Desk& desk) {
+             desk.Control(kTitle, L"Edit");
+             desk.Press(VK_ESCAPE);
+         },
+         L""},
+        {"the close box", L"old", [](Desk& desk) { desk.Close(desk.Window(kTitle)); }, L""},
+    };
+    box_.Put(L"InpMinLen", ScriptArray(2000)); // of InputM only
+    box_.Put(L"InpMaxLen", ScriptArray(1));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Robot robot(c.answer);
+        EXPECT_EQ(box_.Call(L"InputS", L"Your name?", kTitle, Named{L"default", c.text}), c.result);
+    }
+}
+
+TEST_F(MInputBoxTest, SettingsKeepTheirLimits)
+{
+    struct Case {
+        const wchar_t* name;
+        Arg given, kept;
+    };
+    const std::wstring text(300, L'x');
+    const Case cases[] = {
+        {L"InputNumber", 10, 10},
+        {L"InputNumber", 11, 10},
+        {L"InputNumber", 0, 10},
+        {L"InputStart", 10, 0},
+        {L"TextLimit", 2000, 1024},
+        {L"TextLimit", 0, 1024},
+        {L"LabelEditRatio", 8, 4},
+        {L"AlignInput", 3, 0},
+        {L"ShowTipControl", -1, 0},
+        {L"DlgCancelTime", 3601, 0},
+        {L"DlgCancelTime", 3600, 3600},
+        {L"InputFlags", -1, -1},
+        {L"PasswordChar", L"xyz", L"x"},
+        {L"PasswordChar", L"", L"x"},
+        {L"MinBalloonText", text, text.substr(0, 160)},
+        {L"MinBalloonText", L"", text.substr(0, 160)},
+        {L"MinBalloonTitle", text, text.substr(0, 80)},
+        {L"ShowCueAtFocus", 7, true},
+    };
+    EXPECT_FALSE(box_.Get(L"Topmost").Truth());
+    EXPECT_TRUE(box_.Get(L"DlgCancelEsc").Truth());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Narrow(c.name));
+        box_.Put(c.name, c.given.value);
+        EXPECT_EQ(box_.Get(c.name), c.kept);
+    }
+    Variant before(1L);
+    EXPECT_EQ(ErrorOf([&] { box_.Call(L"InputM", &before); }).number, 0x800A0006U) << "overflow";
+    EXPECT_EQ(V_VT(&before), VT_EMPTY);
+}
+
+TEST_F(MInputBoxTest, ArraysDescribeTheFields)
+{
+    box_.Put(L"InputNumber", 3);
+    box_.Put(L"InputStart", 1);
+    box_.Put(L"TextLimit", 5);
+    box_.Put(L"InputFlags", 4);
+    box_.Put(L"PasswordChar", L"#");
+    box_.Put(L"InpLabel", ScriptArray(L"Name", 2, box_.Dispatch(), L"too many"));
+    box_.Put(L"InpText", ScriptArray(L"abcdefgh", L"12"));
+    box_.Put(L"InpTextStyle", ScriptArray(1, L"3", L"none"));
+    box_.Put(L"InpMaxLen", ScriptArray(3, 9));
+    box_.Put(L"InpLocked", ScriptArray(false, false, true));
+    box_.Put(L"InpCueText", StartingAt(1, ScriptArray(L"ignored")));
+    box_.Put(L"InpTipText", L"no array");
+    EXPECT_EQ(Ask([](Desk& desk) {
+                  const std::vector<HWND> fields = Fields(desk);
+                  ASSERT_EQ(fields.size(), 3U);
+                  EXPECT_EQ(desk.TextOf(desk.Controls(desk.Window(kTitle), L"Static").at(1)), L"2");
+                  EXPECT_EQ(SendMessageW(fields[0], EM_GETLIMITTEXT, 0, 0), 3);
+                  EXPECT_EQ(SendMessageW(fields[1], EM_GETLIMITTEXT, 0, 0), 5);
+                  EXPECT_EQ(SendMessageW(fields[2], EM_GETPASSWORDCHAR, 0, 0), L'#');
+                  EXPECT_TRUE(GetWindowLongW(fields[2], GWL_STYLE) & ES_READONLY);
+                  desk.Type(L"3x4"); // into the second, over its text; no letters there
+                  desk.Press(VK_TAB, {VK_SHIFT});
+                  desk.Type(L"ende");
+                  desk.Press(VK_RETURN);
+              }),
+              L"END|34||");
+    box_.Put(L"ConvertArr", false);
+    Variant texts;
+    Robot robot([](Desk& desk) { desk.Click(Ok(desk)); });
+    EXPECT_TRUE(box_.Call(L"InputM", &texts).Truth());
+    EXPECT_EQ(V_VT(&texts), VT_ARRAY | VT_BSTR);
+    EXPECT_EQ(V_ARRAY(&texts)->rgsabound[0].cElements, 3U);
+}
+
+TEST_F(MInputBoxTest, FieldsThatAreTooShortKeepTheFocus)
+{
+    const Balloons balloons;
+    box_.Put(L"InputNumber", 3);
+    box_.Put(L"InpMinLen", ScriptArray(2, 2, 2));
+    box_.Put(L"InpLocked", ScriptArray(false, false, true));
+    box_.Put(L"MinBalloonText", L"Two at least");
+    const std::wstring balloon = L"none: Two at least";
+    EXPECT_EQ(Ask([&](Desk& desk) {
+                  const std::vector<HWND> fields = Fields(desk);
+                  const auto focus = [&] {
+                      GUITHREADINFO info{};
+                      info.cbSize = sizeof info;
+                      GetGUIThreadInfo(GetWindowThreadProcessId(fields[0], nullptr), &info);
+                      return info.hwndFocus;
+                  };
+                  const auto expect = [&](size_t count, HWND field) {
+                      desk.WaitFor(L"balloon " + std::to_wstring(count), [&] {
+                          return balloons.Shown().size() == count && focus() == field;
+                      });
+                  };
+                  desk.Press(VK_TAB); // left too short
+                  expect(1, fields[0]);
+                  desk.Click(fields[1]); // the same with the mouse
+                  expect(2, fields[0]);
+                  desk.Type(L"ab");
+                  desk.Press(VK_RETURN); // the second is too short
+                  expect(3, fields[1]);
+                  desk.Type(L"cd");
+                  desk.Press(VK_RETURN);
+              }),
+              L"ab|cd||");
+    EXPECT_EQ(balloons.Shown(), std::vector(3, balloon));
+}
+
+TEST_F(MInputBoxTest, PastedTextIsCheckedForDigits)
+{
+    box_.Put(L"InpTextStyle", ScriptArray(3));
+    for (bool check : {true, false}) {
+        const Balloons balloons;
+        box_.Put(L"CheckNumStyle", check);
+        EXPECT_EQ(Ask([&](Desk& desk) {
+                      SendMessageW(Fields(desk)[0], WM_SETTEXT, 0,
+                                   reinterpret_cast<LPARAM>(L"12a"));
+                      desk.Click(Ok(desk));
+                      if (!check) return;
+                      desk.WaitFor(L"a balloon", [&] { return !balloons.Shown().empty(); });
+                      desk.Press(VK_BACK, {});
+                      desk.Type(L"7");
+                      desk.Press(VK_RETURN);
+                  }),
+                  check ? L"7|" : L"12a|"); // the refused text is selected
+    }
+}
+
+TEST_F(MInputBoxTest, CancelsItself)
+{
+    box_.Put(L"DlgCancelTime", 1);
+    box_.Put(L"InpText", ScriptArray(L"unused"));
+    const ULONGLONG begin = GetTickCount64();
+    EXPECT_EQ(Ask([](Desk& desk) { desk.WaitUntilGone(desk.Window(kTitle)); }), L"-|");
+    EXPECT_GE(GetTickCount64() - begin, 900U);
+}
+
+// Ten rows on a screen that is too small for them: what has the focus comes into view.
+TEST_F(MInputBoxTest, ScrollsWhereTheScreenIsTooSmall)
+{
+    box_.Put(L"InputNumber", 10);
+    box_.Put(L"InpLabel", ScriptArray(std::wstring(10'000, L'm')));
+    EXPECT_EQ(Ask([](Desk& desk) {
+                  const HWND window = desk.Window(kTitle);
+                  const std::vector<HWND> fields = Fields(desk);
+                  desk.Place(window, {100, 100, 600, 300});
+                  const auto inside = [&](HWND control) {
+                      RECT place{};
+                      GetWindowRect(control, &place);
+                      MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+                      RECT client{};
+                      GetClientRect(window, &client);
+                      return place.top >= 0 && place.bottom <= client.bottom;
+                  };
+                  EXPECT_TRUE(GetWindowLongW(window, GWL_STYLE) & WS_VSCROLL);
+                  EXPECT_FALSE(inside(fields[9]));
+                  for (int field = 0; field < 9; ++field)
+                      desk.Press(VK_TAB);
+                  desk.WaitFor(L"the last field", [&] { return inside(fields[9]); });
+                  desk.Type(L"x");
+                  desk.Press(VK_RETURN);
+              }),
+              L"|||||||||x|");
+}
+
+TEST_F(MInputBoxTest, NestsAndRefusesArraysByReference)
+{
+    Variant array = ScriptArray(1);
+    SAFEARRAY* elements = V_ARRAY(&array);
+    EXPECT_FALSE(box_.Call(L"InputM", Reference(VT_ARRAY | VT_VARIANT, &elements)).Truth());
+
+    // A call that comes in meanwhile shows its own dialog, and returns first.
+    std::wstring nested;
+    Robot robot([&](Desk& desk) {
+        const HWND window = desk.Window(kTitle);
+        desk.Click(desk.Control(L"Second", L"Button", L"OK"));
+        desk.WaitFor(L"the second answer", [&] { return nested == L"inner"; });
+        desk.Click(desk.Controls(window, L"Button")[0]);
+    });
+    const DuringWait second(
+        [&] { nested = box_.Call(L"InputS", L"", L"Second", L"inner").Text(); });
+    EXPECT_EQ(box_.Call(L"InputS", L"", kTitle, L"outer"), L"outer");
+}
+
+} // namespace
+} // namespace quill::test
