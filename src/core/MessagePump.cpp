@@ -35,10 +35,10 @@ bool DispatchPending()
     return true;
 }
 
-bool WaitForMessages(DWORD milliseconds)
+bool WaitForMessages(DWORD milliseconds, HANDLE event)
 {
-    const DWORD woken =
-        MsgWaitForMultipleObjectsEx(0, nullptr, milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    const DWORD woken = MsgWaitForMultipleObjectsEx(event ? 1 : 0, &event, milliseconds,
+                                                    QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     return woken == WAIT_TIMEOUT || DispatchPending();
 }
 

@@ -16,9 +16,9 @@ void SetMessagePreview(MessagePreview preview) noexcept;
 // posted again for the loop outside.
 bool DispatchPending();
 
-// One round of a wait: sleeps until input or a call is there, for at most `milliseconds`, and
-// dispatches it. False when the thread is to end.
-bool WaitForMessages(DWORD milliseconds);
+// One round of a wait: sleeps until input or a call is there, or the event is set, for at most
+// `milliseconds`, and dispatches what is there. False when the thread is to end.
+bool WaitForMessages(DWORD milliseconds, HANDLE event = nullptr);
 
 // Pumps until WM_QUIT. Returns its exit code.
 int RunMessageLoop();

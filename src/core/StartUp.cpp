@@ -2,8 +2,6 @@
 
 #include <vector>
 
-#include "core/Platform.h"
-
 namespace quill {
 
 ApartmentData& ThisApartment() noexcept
@@ -24,15 +22,21 @@ void StartUp()
     ThisApartment().osVersion = QueryOsVersion();
 }
 
-int QueryOsVersion() noexcept
+bool ReadOsVersion(OSVERSIONINFOEXW& version) noexcept
 {
     using RtlGetVersionFunction = LONG WINAPI(OSVERSIONINFOEXW*);
     static const auto rtlGetVersion =
         FindSystemFunction<RtlGetVersionFunction>(L"ntdll.dll", "RtlGetVersion");
-    OSVERSIONINFOEXW version{};
+    version = {};
     version.dwOSVersionInfoSize = sizeof version;
     static_assert(sizeof version == 284);
-    if (!rtlGetVersion || rtlGetVersion(&version) != 0) return 0;
+    return rtlGetVersion && rtlGetVersion(&version) == 0;
+}
+
+int QueryOsVersion() noexcept
+{
+    OSVERSIONINFOEXW version;
+    if (!ReadOsVersion(version)) return 0;
     return static_cast<int>(version.dwMajorVersion * 100 + version.dwMinorVersion);
 }
 

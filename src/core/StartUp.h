@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "core/Platform.h"
+
 namespace quill {
 
 struct ApartmentData {
@@ -17,7 +19,11 @@ ApartmentData& ThisApartment() noexcept;
 // common controls and fills the thread's data.
 void StartUp();
 
-// The version number of the running Windows, by RtlGetVersion; 0 when that fails.
+// The version of the running Windows, by RtlGetVersion: never the one that compatibility settings
+// make programs believe. False when that fails.
+bool ReadOsVersion(OSVERSIONINFOEXW& version) noexcept;
+
+// The version number of the running Windows as ApartmentData has it; 0 when it cannot be read.
 int QueryOsVersion() noexcept;
 
 } // namespace quill

@@ -61,6 +61,23 @@ _Window2
   10 WriteFont BSTR get put
   11 WriteSize I2 get put
   12 Scroll BOOL get put
+_Me
+  1 About BSTR get
+  2 hInstance I4 get
+  3 Path BSTR get
+  4 ProcessID I4 get
+  5 ThreadID I4 get
+  6 Version BSTR get
+  7 ParentProcessID I4 get
+  8 CallerTID I4 get
+_DriveList
+  1 ButtonText BSTR get put
+  2 Crop BOOL get put
+  3 FontEnlarge I2 get put
+  4 FontModernize BOOL get put
+  5 Info BSTR get put
+  6 Topmost BOOL get put
+  7 Selection(default BSTR, [Title BSTR = ""]) BSTR
 _List
   1 MultiSel BOOL get put
   2 ButtonText BSTR get put
@@ -83,6 +100,49 @@ _EventLog
   2 File BSTR get put
   3 mode I2 get put
   4 Report(estring BSTR, [etype I4 = 0])
+_Clipboard
+  1 Text BSTR get put
+  2 UseUnicode BOOL get put
+_System
+  1 UserName BSTR get
+  2 ComputerName([f ComputerNameFormat = 0]) BSTR
+  3 NetworkName BSTR get
+  4 NetworkType I4 get
+  5 ProcessorArchitecture I4 get
+  6 ProcessorInfo I4 get
+  7 GetMetrics(n I4) I4
+  8 VolumeGetSN(drv BSTR) I4
+  9 VolumeGetName(drv BSTR) BSTR
+  10 VolumeGetFileSys(drv BSTR) BSTR
+  11 VolumeGetGUID(drv BSTR) BSTR
+  12 CurrentCodePage I4 get
+  13 BiosMode([fAlt I2 = 0]) I2
+_OsVersion
+  1 Number I2 get
+  2 Major I4 get
+  3 Minor I4 get
+  4 Build I4 get
+  5 SPMajor I4 get
+  6 SPMinor I4 get
+  7 Suite I2 get
+  8 Product I2 get
+  9 Product2 I4 get
+  10 Bitness I2 get
+_Noise
+  1 Ring([freq I4 = 1024], [dura I4 = 500])
+  2 MsgBeep([mtype I4 = 0])
+  3 Play(sound BSTR, [hmod I4 = 0], [flags I4 = 0])
+  4 PlayFile(sound BSTR, [flags I4 = 0])
+  5 PlayEvent(sound BSTR, [flags I4 = 0])
+_CheckList
+  1 ButtonText BSTR get put
+  2 DlgCancelEsc BOOL get put
+  3 FontEnlarge I2 get put
+  4 FontModernize BOOL get put
+  5 Info BSTR get put
+  6 Topmost BOOL get put
+  7 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) I4
+  8 SelectionA(items VARIANT*, [indices VARIANT*], [Title BSTR = ""]) I4
 _File
   1 Application(filespec BSTR) BSTR
   2 Create(filespec BSTR, [overwrite BOOL = False]) BOOL
@@ -140,6 +200,23 @@ _Aux
   30 MatchName(name BSTR, pattern BSTR) BOOL
   31 ExpandEnvironment(chars BSTR) BSTR
   32 SplitCommandLine(commandline BSTR) VARIANT
+_DateTime
+  1 ConvertTime(dt DATE, IsUTC BOOL) DATE
+  2 TimeInfoRefresh()
+  3 TimeZoneType I4 get
+  4 TimeZoneName BSTR get
+  5 TimeBias I4 get
+  6 TimeBiasDST I4 get
+  7 SysDate DATE get
+  8 SysTime DATE get
+  9 SysNow DATE get
+_DTPick
+  1 ButtonText BSTR get put
+  2 ControlMode I2 get put
+  3 Info BSTR get put
+  4 Title BSTR get put
+  5 Topmost BOOL get put
+  6 Selection(vdt VARIANT*) BOOL
 _Registry
   1 Access64 I4 get put
   2 Continue I4 get put
@@ -224,6 +301,44 @@ _ProgressWindow
   30 TBProState I2 get put
   31 TBProValue I2 get put
   32 TBProTotal I2 get put
+_MInputBox
+  1 InputNumber I2 get put
+  2 InputStart I2 get put
+  3 TextLimit I2 get put
+  4 LabelEditRatio I2 get put
+  5 AlignInput I2 get put
+  6 AlignLabel I2 get put
+  7 ShowTipControl I2 get put
+  8 InputFlags I2 get put
+  9 CheckNumStyle BOOL get put
+  10 ConvertArr BOOL get put
+  11 InputSelection BOOL get put
+  12 ShowCueAtFocus BOOL get put
+  13 AccPrefix BOOL get put
+  14 PasswordChar BSTR get put
+  15 MinBalloonText BSTR get put
+  16 MinBalloonTitle BSTR get put
+  17 Title BSTR get put
+  18 Info BSTR get put
+  19 InfoBig BOOL get put
+  20 ButtonText BSTR get put
+  21 Topmost BOOL get put
+  22 FontModernize BOOL get put
+  23 FontEnlarge I2 get put
+  24 DlgCancelEsc BOOL get put
+  25 DlgCancelTime I2 get put
+  26 InpLabel VARIANT get put
+  27 InpText VARIANT get put
+  28 InpCueText VARIANT get put
+  29 InpTipText VARIANT get put
+  30 InpTextStyle VARIANT get put
+  31 InpMaxLen VARIANT get put
+  32 InpMinLen VARIANT get put
+  33 InpLocked VARIANT get put
+  34 InpLabelColor VARIANT get put
+  35 InpTextColor VARIANT get put
+  36 InputS([prompt BSTR = ""], [Title BSTR = ""], [default BSTR = ""]) BSTR
+  37 InputM(vinp VARIANT*) BOOL
 _Notice
   1 Add() BOOL
   2 ChangeIcon() BOOL
@@ -271,6 +386,11 @@ __Notice
   2 BalloonClick()
 __Clock
   1 Buzz()
+)";
+
+constexpr char kEnumerations[] = R"(
+NetworkStatus NetSetupUnknownStatus=0 NetSetupUnjoined=1 NetSetupWorkgroupName=2 NetSetupDomainName=3
+ComputerNameFormat ComputerNameNetBIOS=0 ComputerNameDnsHostname=1 ComputerNameDnsDomain=2 ComputerNameDnsFullyQualified=3 ComputerNamePhysicalNetBIOS=4 ComputerNamePhysicalDnsHostname=5
 )";
 
 // Published classes that scripts get from other objects only.
@@ -410,6 +530,22 @@ TEST(Contract, MembersAreAsPublished)
     ForEachType(TKIND_DISPATCH,
                 [&](ITypeInfo* info, const TYPEATTR&) { published += Describe(info); });
     EXPECT_EQ(published, kContract);
+
+    published = "\n";
+    ForEachType(TKIND_ENUM, [&](ITypeInfo* info, const TYPEATTR& attributes) {
+        published += NameOf(info);
+        for (UINT index = 0; index < attributes.cVars; ++index) {
+            VARDESC* constant = nullptr;
+            BSTR name = nullptr;
+            UINT count = 0;
+            Check(info->GetVarDesc(index, &constant));
+            Check(info->GetNames(constant->memid, &name, 1, &count));
+            published += ' ' + Text(name) + '=' + DefaultText(*constant->lpvarValue);
+            info->ReleaseVarDesc(constant);
+        }
+        published += '\n';
+    });
+    EXPECT_EQ(published, kEnumerations);
 }
 
 TEST(Contract, EverythingIsExplained)

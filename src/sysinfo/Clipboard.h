@@ -1,0 +1,36 @@
+// Quill.Clipboard: plain text on the system's clipboard.
+#pragma once
+
+#include "core/Automation.h"
+
+namespace quill {
+
+// Waits half a second for a program that holds the clipboard. Raises no errors: what cannot be read
+// is an empty string, and what cannot be written is dropped.
+class Clipboard final : public Automation<_Clipboard> {
+public:
+    STDMETHODIMP get_Text(BSTR* value) noexcept override
+    {
+        return Call(value, &Clipboard::ReadText);
+    }
+    STDMETHODIMP put_Text(BSTR value) noexcept override
+    {
+        return Call(&Clipboard::WriteText, value);
+    }
+    STDMETHODIMP get_UseUnicode(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, unicode_);
+    }
+    STDMETHODIMP put_UseUnicode(VARIANT_BOOL value) noexcept override
+    {
+        return Put(unicode_, value);
+    }
+
+private:
+    std::wstring ReadText() const;
+    void WriteText(const std::wstring& text) const;
+
+    bool unicode_ = false;
+};
+
+} // namespace quill

@@ -1,0 +1,100 @@
+#include "sysinfo/DateTime.h"
+
+#include "core/Catalogue.h"
+
+namespace quill {
+
+namespace {
+
+// A Date's parts down to the second; all 0 for what is no Date.
+SYSTEMTIME PartsOf(DATE date) noexcept
+{
+    constexpr DATE kBefore = -657435; // 31 December 99
+    constexpr DATE kAfter = 2958466;  // 1 January 10000
+    SYSTEMTIME parts{};
+    // The platform does not look out for what is not a number, for which neither comparison holds.
+    if (!(kBefore < date && date < kAfter) || !VariantTimeToSystemTime(date, &parts)) return {};
+    parts.wDayOfWeek = 0;
+    parts.wMilliseconds = 0;
+    return parts;
+}
+
+DATE DateOf(SYSTEMTIME parts) noexcept
+{
+    parts.wMilliseconds = 0;
+    DATE date = 0;
+    return SystemTimeToVariantTime(&parts, &date) ? date : 0;
+}
+
+SYSTEMTIME UtcNow() noexcept
+{
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    return now;
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::DateTime>()
+{
+    return new DateTime;
+}
+
+TimeZone TimeZone::Current() noexcept
+{
+    TimeZone zone;
+    zone.kind = static_cast<LONG>(GetTimeZoneInformation(&zone.settings));
+    return zone;
+}
+
+std::wstring TimeZone::Name() const
+{
+    if (kind == -1) return {};
+    const bool standard = kind == TIME_ZONE_ID_STANDARD || settings.DaylightName[0] == L'\0';
+    const auto& name = standard ? settings.StandardName : settings.DaylightName;
+    return {name, wcsnlen(name, std::size(name))};
+}
+
+LONG TimeZone::StandardBias() const noexcept
+{
+    return kind == -1 ? 0 : settings.Bias + settings.StandardBias;
+}
+
+LONG TimeZone::DaylightBias() const noexcept
+{
+    return kind == -1 ? 0 : settings.Bias + settings.DaylightBias;
+}
+
+DATE DateTime::Convert(DATE date, bool fromUtc)
+{
+    const SYSTEMTIME given = PartsOf(date);
+    SYSTEMTIME converted{};
+    const BOOL done = fromUtc ? SystemTimeToTzSpecificLocalTime(nullptr, &given, &converted)
+                              : TzSpecificLocalTimeToSystemTime(nullptr, &given, &converted);
+    return done ? DateOf(converted) : 0;
+}
+
+DATE DateTime::Date()
+{
+    SYSTEMTIME now = UtcNow();
+    now.wHour = now.wMinute = now.wSecond = 0;
+    return DateOf(now);
+}
+
+DATE DateTime::Time()
+{
+    SYSTEMTIME now = UtcNow();
+    now.wYear = 1899; // the day that counts as none
+    now.wMonth = 12;
+    now.wDay = 30;
+    return DateOf(now);
+}
+
+DATE DateTime::Now()
+{
+    const DATE time = Time();
+    return time + Date();
+}
+
+} // namespace quill

@@ -1,0 +1,116 @@
+#include "sysinfo/Me.h"
+
+#include <tlhelp32.h>
+
+#include <vector>
+
+#include "core/Catalogue.h"
+#include "core/StartUp.h"
+
+namespace quill {
+
+namespace {
+
+// The version resource of the server's own program.
+class VersionResource {
+public:
+    VersionResource()
+    {
+        const auto sizeOf = FindSystemFunction<decltype(GetFileVersionInfoSizeW)>(
+            L"version.dll", "GetFileVersionInfoSizeW");
+        const auto read = FindSystemFunction<decltype(GetFileVersionInfoW)>(L"version.dll",
+                                                                            "GetFileVersionInfoW");
+        query_ = FindSystemFunction<decltype(VerQueryValueW)>(L"version.dll", "VerQueryValueW");
+        if (!sizeOf || !read || !query_) return;
+        const wchar_t* program = ThisApartment().programPath.c_str();
+        block_.resize(sizeOf(program, nullptr));
+        if (!read(program, 0, static_cast<DWORD>(block_.size()), block_.data())) block_.clear();
+    }
+
+    std::wstring Text(const std::wstring& name) const
+    {
+        UINT length = 0;
+        const auto* text =
+            static_cast<const wchar_t*>(Find(L"\\StringFileInfo\\040904B0\\" + name, length));
+        return text ? text : L"";
+    }
+    VS_FIXEDFILEINFO Numbers() const
+    {
+        UINT size = 0;
+        const auto* numbers = static_cast<const VS_FIXEDFILEINFO*>(Find(L"\\", size));
+        return numbers && size >= sizeof *numbers ? *numbers : VS_FIXEDFILEINFO{};
+    }
+
+private:
+    const void* Find(const std::wstring& path, UINT& size) const
+    {
+        void* found = nullptr;
+        if (block_.empty() || !query_(block_.data(), path.c_str(), &found, &size)) return nullptr;
+        return found;
+    }
+
+    decltype(VerQueryValueW)* query_ = nullptr;
+    std::vector<BYTE> block_;
+};
+
+} // namespace
+
+template <>
+IDispatch* Create<::Me>()
+{
+    return new Me;
+}
+
+GetCallerFunction& GetCallerOfThread() noexcept
+{
+    thread_local GetCallerFunction function = CoGetCallerTID;
+    return function;
+}
+
+std::wstring Me::About()
+{
+    const VersionResource version;
+    return version.Text(L"FileDescription") + L" by " + version.Text(L"CompanyName") + L' ' +
+           version.Text(L"LegalCopyright");
+}
+
+LONG Me::Instance()
+{
+    return static_cast<LONG>(reinterpret_cast<LONG_PTR>(GetModuleHandleW(nullptr)));
+}
+
+std::wstring Me::Folder()
+{
+    const std::wstring& program = ThisApartment().programPath;
+    const size_t end = program.find_last_of(L'\\');
+    return end == std::wstring::npos ? std::wstring() : program.substr(0, end);
+}
+
+std::wstring Me::Version()
+{
+    const DWORD version = VersionResource().Numbers().dwFileVersionMS;
+    return std::to_wstring(HIWORD(version)) + L'.' + std::to_wstring(LOWORD(version));
+}
+
+LONG Me::ParentProcess()
+{
+    const HANDLE taken = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (taken == INVALID_HANDLE_VALUE) return 0;
+    const Owned<HANDLE, CloseHandle> snapshot(taken);
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    const DWORD self = GetCurrentProcessId();
+    DWORD parent = 0;
+    for (BOOL more = Process32FirstW(taken, &entry); more; more = Process32NextW(taken, &entry))
+        if (entry.th32ProcessID == self) parent = entry.th32ParentProcessID;
+    return static_cast<LONG>(parent);
+}
+
+LONG Me::CallerThread()
+{
+    DWORD thread = 0;
+    // S_FALSE: the caller is in another process.
+    return SUCCEEDED(GetCallerOfThread()(&thread)) ? static_cast<LONG>(thread) : 0;
+}
+
+} // namespace quill

@@ -1,0 +1,52 @@
+#include "sysinfo/OsVersion.h"
+
+#include "core/Catalogue.h"
+#include "core/StartUp.h"
+
+namespace quill {
+
+namespace {
+
+// True for a 32-bit process on a 64-bit system.
+bool RunsUnderWow64() noexcept
+{
+    const auto isWow64Process =
+        FindSystemFunction<decltype(IsWow64Process)>(L"kernel32.dll", "IsWow64Process");
+    BOOL wow64 = FALSE;
+    return isWow64Process && isWow64Process(GetCurrentProcess(), &wow64) && wow64;
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::OsVersion>()
+{
+    return new OsVersion;
+}
+
+OsVersion::OsVersion() noexcept
+{
+    OSVERSIONINFOEXW version;
+    if (!ReadOsVersion(version) || version.dwPlatformId != VER_PLATFORM_WIN32_NT) return;
+    major_ = static_cast<LONG>(version.dwMajorVersion);
+    minor_ = static_cast<LONG>(version.dwMinorVersion);
+    build_ = static_cast<LONG>(version.dwBuildNumber);
+    servicePackMajor_ = version.wServicePackMajor;
+    servicePackMinor_ = version.wServicePackMinor;
+    suite_ = static_cast<SHORT>(version.wSuiteMask);
+    product_ = version.wProductType;
+    bitness_ = RunsUnderWow64() ? 1 : 0;
+    DWORD edition = 0;
+    if (version.dwMajorVersion >= 6 &&
+        GetProductInfo(version.dwMajorVersion, version.dwMinorVersion, version.wServicePackMajor,
+                       version.wServicePackMinor, &edition))
+        edition_ = static_cast<LONG>(edition);
+}
+
+SHORT OsVersion::Number()
+{
+    const int known = ThisApartment().osVersion;
+    return static_cast<SHORT>(known != 0 ? known : QueryOsVersion());
+}
+
+} // namespace quill

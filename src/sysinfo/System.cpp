@@ -1,0 +1,171 @@
+#include "sysinfo/System.h"
+
+#include "core/Catalogue.h"
+#include "core/quillfn.h"
+
+namespace quill {
+
+namespace {
+
+// Buffer sizes, in UTF-16 units.
+constexpr DWORD kUserNameSize = 257;
+constexpr DWORD kVolumeNameSize = 4096;
+constexpr DWORD kFileSystemSize = 128;
+constexpr DWORD kVolumeGuidSize = 128;
+constexpr DWORD kFirmwareSize = 1024;
+
+// Has a drive without a disk fail, in place of a dialog of the system that asks for one.
+class QuietDrives {
+public:
+    QuietDrives() noexcept
+    {
+        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_);
+    }
+    ~QuietDrives() { SetThreadErrorMode(before_, nullptr); }
+    QuietDrives(const QuietDrives&) = delete;
+    QuietDrives& operator=(const QuietDrives&) = delete;
+
+private:
+    DWORD before_ = 0;
+};
+
+struct Network {
+    LONG type = 0;
+    std::wstring name;
+};
+
+Network QueryNetwork()
+{
+    const MachineFunctions& machine = MachineOfThread();
+    if (!machine.getJoinInformation || !machine.freeBuffer) return {};
+    wchar_t* name = nullptr;
+    NETSETUP_JOIN_STATUS type = NetSetupUnknownStatus;
+    if (machine.getJoinInformation(nullptr, &name, &type) != NERR_Success) return {};
+    const std::unique_ptr<wchar_t, decltype(machine.freeBuffer)> owned(name, machine.freeBuffer);
+    return {static_cast<LONG>(type), name ? name : L""};
+}
+
+struct Volume {
+    DWORD serial = 0;
+    std::wstring name;
+    std::wstring fileSystem;
+};
+
+// An empty drive is the one of the current directory.
+Volume QueryVolume(const std::wstring& drive)
+{
+    const std::wstring root = WithTrailingBackslash(drive);
+    std::wstring name(kVolumeNameSize, L'\0');
+    std::wstring fileSystem(kFileSystemSize, L'\0');
+    DWORD serial = 0;
+    DWORD longestName = 0;
+    DWORD flags = 0;
+    const QuietDrives quiet;
+    if (!GetVolumeInformationW(root.empty() ? nullptr : root.c_str(), name.data(), kVolumeNameSize,
+                               &serial, &longestName, &flags, fileSystem.data(), kFileSystemSize))
+        return {};
+    return {serial, name.c_str(), fileSystem.c_str()};
+}
+
+// The current drive's root; other things for a current directory on the network.
+std::wstring CurrentRoot()
+{
+    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
+    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
+    return folder.substr(0, 3);
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::System>()
+{
+    return new System;
+}
+
+MachineFunctions& MachineOfThread() noexcept
+{
+    thread_local MachineFunctions functions{
+        FindSystemFunction<decltype(NetGetJoinInformation)>(L"netapi32.dll",
+                                                            "NetGetJoinInformation"),
+        FindSystemFunction<decltype(NetApiBufferFree)>(L"netapi32.dll", "NetApiBufferFree"),
+        FindSystemFunction<decltype(GetFirmwareType)>(L"kernel32.dll", "GetFirmwareType"),
+        GetFirmwareEnvironmentVariableW,
+    };
+    return functions;
+}
+
+std::wstring System::NameOfUser()
+{
+    std::wstring name(kUserNameSize, L'\0');
+    DWORD size = kUserNameSize;
+    if (!GetUserNameW(name.data(), &size) || size == 0) return {};
+    name.resize(size - 1);
+    return name;
+}
+
+std::wstring System::NameOfComputer(LONG format)
+{
+    const auto kind = static_cast<COMPUTER_NAME_FORMAT>(format);
+    DWORD size = 0;
+    GetComputerNameExW(kind, nullptr, &size);
+    if (size == 0) return {};
+    std::wstring name(size, L'\0');
+    if (!GetComputerNameExW(kind, name.data(), &size)) return {};
+    name.resize(size);
+    return name;
+}
+
+std::wstring System::NameOfNetwork()
+{
+    return QueryNetwork().name;
+}
+
+LONG System::TypeOfNetwork()
+{
+    return QueryNetwork().type;
+}
+
+LONG System::SerialOfVolume(const std::wstring& drive)
+{
+    return static_cast<LONG>(QueryVolume(drive).serial);
+}
+
+std::wstring System::NameOfVolume(const std::wstring& drive)
+{
+    return QueryVolume(drive).name;
+}
+
+std::wstring System::FileSystemOfVolume(const std::wstring& drive)
+{
+    return QueryVolume(drive).fileSystem;
+}
+
+std::wstring System::GuidOfVolume(const std::wstring& drive)
+{
+    const std::wstring mountPoint = drive.empty() ? CurrentRoot() : WithTrailingBackslash(drive);
+    std::wstring guid(kVolumeGuidSize, L'\0');
+    const QuietDrives quiet;
+    if (!GetVolumeNameForVolumeMountPointW(mountPoint.c_str(), guid.data(), kVolumeGuidSize))
+        return {};
+    return guid.c_str();
+}
+
+SHORT System::ModeOfBios(SHORT alternative)
+{
+    const MachineFunctions& machine = MachineOfThread();
+    if (alternative == 0) {
+        FIRMWARE_TYPE type = FirmwareTypeUnknown;
+        if (!machine.getFirmwareType || !machine.getFirmwareType(&type)) return 0;
+        return static_cast<SHORT>(type);
+    }
+    if (!machine.getFirmwareVariable) return 0;
+    // There is no such variable; why the call fails tells what the system was started by.
+    wchar_t value[kFirmwareSize];
+    SetLastError(ERROR_SUCCESS);
+    machine.getFirmwareVariable(L"", L"{00000000-0000-0000-0000-000000000000}", value,
+                                sizeof value);
+    return GetLastError() == ERROR_INVALID_FUNCTION ? 1 : 2;
+}
+
+} // namespace quill

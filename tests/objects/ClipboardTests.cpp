@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+// Holds the clipboard as another program does, on a thread with a window of its own.
+class Holder {
+public:
+    explicit Holder(DWORD milliseconds)
+        : thread_([this, milliseconds] {
+              const Owned<HWND, DestroyWindow> window(CreateWindowW(
+                  L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr));
+              while (!OpenClipboard(window.get()))
+                  Sleep(1);
+              SetEvent(holds_.get());
+              WaitForSingleObject(released_.get(), milliseconds);
+              CloseClipboard();
+          })
+    {
+        WaitForSingleObject(holds_.get(), INFINITE);
+    }
+    ~Holder()
+    {
+        SetEvent(released_.get());
+        thread_.join();
+    }
+
+private:
+    const Event holds_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    const Event released_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    std::thread thread_;
+};
+
+class ClipboardTest : public testing::Test {
+protected:
+    ClipboardTest() { clipboard_.Put(L"UseUnicode", true); }
+
+    // Milliseconds that an action takes.
+    template <class Action>
+    static ULONGLONG Taken(Action action)
+    {
+        const ULONGLONG begin = GetTickCount64();
+        action();
+        return GetTickCount64() - begin;
+    }
+
+    ScriptObject clipboard_ = ScriptObject::Make(L"Clipboard");
+};
+
+TEST_F(ClipboardTest, WaitsHalfASecondForAnotherProgram)
+{
+    clipboard_.Put(L"Text", L"old");
+    {
+        const Holder shortly(200);
+        EXPECT_EQ(clipboard_.Get(L"Text"), L"old");
+    }
+    {
+        const Holder shortly(200);
+        clipboard_.Put(L"Text", L"new");
+    }
+    {
+        const Holder long_(20'000);
+        EXPECT_NEAR(static_cast<double>(Taken([&] { EXPECT_EQ(clipboard_.Get(L"Text"), L""); })),
+                    600, 150);
+        EXPECT_NEAR(static_cast<double>(Taken([&] { clipboard_.Put(L"Text", L"lost"); })), 600,
+                    150);
+    }
+    EXPECT_EQ(clipboard_.Get(L"Text"), L"new");
+}
+
+TEST_F(ClipboardTest, LeavesWhatOtherProgramsExpect)
+{
+    for (bool unicode : {true, false}) {
+        clipboard_.Put(L"UseUnicode", unicode);
+        clipboard_.Put(L"Text", L"caf\u00E9");
+        // Nobody has to ask this program for anything any more.
+        EXPECT_EQ(GetClipboardOwner(), nullptr);
+        ASSERT_TRUE(OpenClipboard(nullptr));
+        EXPECT_EQ(EnumClipboardFormats(0) == CF_UNICODETEXT, unicode);
+        EXPECT_STREQ(static_cast<const char*>(GlobalLock(GetClipboardData(CF_TEXT))), "caf\xE9");
+        EXPECT_STREQ(static_cast<const wchar_t*>(GlobalLock(GetClipboardData(CF_UNICODETEXT))),
+                     L"caf\u00E9");
+        EXPECT_EQ(*static_cast<const LCID*>(GlobalLock(GetClipboardData(CF_LOCALE))),
+                  GetSystemDefaultLCID());
+        CloseClipboard();
+        clipboard_.Put(L"Text", L"");
+        EXPECT_TRUE(IsClipboardFormatAvailable(CF_TEXT)); // an empty text is one
+        EXPECT_EQ(clipboard_.Get(L"Text"), L"");
+    }
+}
+
+TEST_F(ClipboardTest, CharactersAndLengths)
+{
+    std::wstring large(10 * 1024 * 1024, L'x');
+    large.replace(0, 3, L"\uE000\U0001F600");
+    large.back() = L'\u4E2D';
+    clipboard_.Put(L"Text", large);
+    EXPECT_TRUE(clipboard_.Get(L"Text").Text() == large);
+    clipboard_.Put(L"UseUnicode", false);
+    large.replace(0, 3, L"???");
+    large.back() = L'?';
+    EXPECT_TRUE(clipboard_.Get(L"Text").Text() == large);
+    clipboard_.Put(L"Text", large);
+    EXPECT_TRUE(clipboard_.Get(L"Text").Text() == large);
+
+    clipboard_.Put(L"Text", L"caf\u00E9 \u0416");
+    EXPECT_EQ(clipboard_.Get(L"Text"), L"caf\u00E9 ?");
+    clipboard_.Put(L"Text", std::wstring_view(L"a\0b", 3)); // readers stop at the NUL
+    EXPECT_EQ(clipboard_.Get(L"Text"), L"a");
+}
+
+} // namespace
+} // namespace quill::test
