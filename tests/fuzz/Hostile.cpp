@@ -1,0 +1,374 @@
+#include "fuzz/Hostile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+namespace quill::fuzz {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr LONGLONG kNumbers[] = {
+    0,       1,         -1,        2,          3,          4,          5,     7,     8,
+    9,       10,        11,        16,         17,         30,         31,    32,    33,
+    48,      63,        64,        65,         100,        101,        127,   128,   255,
+    256,     257,       1023,      1024,       1025,       3600,       3601,  32512, 32518,
+    32767,   32768,     -32768,    -32769,     65001,      65535,      65536, -5,    0x7FFFFFFF,
+    1 << 30, INT32_MIN, 1LL << 31, 0xFFFFFFFF, 1LL << 53,  INT64_MAX,  INT64_MIN};
+
+constexpr double kFractions[] = {0.5,
+                                 -0.5,
+                                 1.5,
+                                 -0.0,
+                                 36526.25,
+                                 2958465.999988426, // the last second that a date can be
+                                 2958466,
+                                 -657434,
+                                 -657435,
+                                 1e308,
+                                 -1e308,
+                                 1e-310,
+                                 std::numeric_limits<double>::quiet_NaN(),
+                                 std::numeric_limits<double>::infinity()};
+
+// Texts that mean something to one class or another. Paths are relative to the folder of the run,
+// or name nothing that exists.
+constexpr std::wstring_view kTexts[] = {
+    L"", L" ", L"a", L"0", L"7", L"-1", L" 12 ", L"1e400", L"&H7F", L"2024-02-30", L"12:30",
+    L"True", L"\x0663\x0664", L"a\r\nb\r\nc", L"\r\n\r\n", L"\n\r", L"a=b\r\nc", L"&File|*.*|",
+    L"Text\0*.txt\0All\0*.*\0\0"sv, L"hidden\0behind"sv, L"\0"sv, L"\0\0\0"sv, L"%s%n%1!s!%%n%",
+    L"%PATH%%NOTHING%%", L"{0}\\u0041\\", L"*?*?*", L"*a*b*c*d*e*f*g", L"[a-", L";;;", L"<b>&amp;",
+    L"\xD800", L"x\xDC00y", L"\xD83D\xDE00", L"\x202Eolleh", L"\x05E9\x05DC\x05D5\x05DD",
+    L"\x65E5\x672C\x8A9E", L"e\x0301\x0302\x0303", L"\xFFFF\xFEFF", L"CON", L"nul", L"aux.txt",
+    L"..\\..", L"..\\..\\up.txt", L".", L"\\\\.\\", L"\\\\?\\", L"\\\\.\\pipe\\quillfuzz",
+    L"\\\\nohost\\share\\x", L"Q:\\", L"Q:x", L"C", L"C:", L"a:b:c", L"text.txt", L".\\text.txt",
+    L".\\values.ini", L"bytes.bin", L".\\icon.ico", L".\\program.exe", L"*.txt", L"new.txt",
+    L"backup.txt", L"section", L"key", L"HKEY_CURRENT_USER\\", L"HKCU\\Software\\Wine",
+    L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion",
+    L"HKEY_LOCAL_MACHINE\\System\\\\", L"HKEY_NONE\\x", L"HKEY_CLASSES_ROOT\\.txt\\",
+    L"\\\\\\", L"MD5", L"SHA1", L"SHA256", L"00ff 7F", L"0", L"zz", L"QUJD", L"QQ==", L"====",
+    L"http://u:p@host:80/p/a?q=1#f", L"file:///Q:/a%20b", L"%zz%C3%28%", L"http://[::1", L"//",
+    L"shell32.dll", L"comctl32.dll", L"#1", L"#99999", L"SystemAsterisk", L"-", L"- -", L"\t"};
+
+constexpr VARTYPE kNumberTypes[] = {VT_I1,  VT_I2, VT_I4,  VT_I8,   VT_UI1, VT_UI2,
+                                    VT_UI4, VT_UI8, VT_INT, VT_UINT, VT_R4,  VT_R8,
+                                    VT_CY,  VT_DATE, VT_BOOL, VT_DECIMAL, VT_ERROR};
+
+std::atomic<long> liveObjects{0};
+
+class ScriptObject final : public IDispatch {
+public:
+    ScriptObject(std::uint32_t kind, const std::function<void()>& callBack)
+        : kind_(kind), callBack_(callBack)
+    {
+        ++liveObjects;
+    }
+
+    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
+    {
+        *object = nullptr;
+        if (id != IID_IUnknown && id != IID_IDispatch) {
+            // A sink of any events.
+            if (id == IID_IMarshal || id == IID_IProvideClassInfo || id == IID_IStdMarshalInfo ||
+                id == IID_IExternalConnection || id == IID_IAgileObject || kind_ != 0)
+                return E_NOINTERFACE;
+        }
+        *object = static_cast<IDispatch*>(this);
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
+    STDMETHODIMP_(ULONG) Release() noexcept override
+    {
+        const ULONG left = --references_;
+        if (left == 0) delete this;
+        return left;
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override
+    {
+        *count = 0;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override
+    {
+        return DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
+                        EXCEPINFO* exception, UINT*) noexcept override
+    {
+        const ComPtr<IDispatch> self(this);
+        Variant value;
+        switch (kind_) {
+        case 1:
+            if (exception) {
+                *exception = {};
+                exception->scode = E_FAIL;
+                exception->bstrDescription = SysAllocString(L"no value");
+            }
+            return DISP_E_EXCEPTION;
+        case 2: value = Variant(5L); break;
+        case 3: value = Variant(std::wstring_view(L"text\0more", 9)); break;
+        case 4:
+            if (++asked_ > 3) return E_FAIL;
+            value = Variant(static_cast<IDispatch*>(this));
+            break;
+        case 5: callBack_(); break;
+        case 6: value = Variant(MakeArray(VT_VARIANT, 3)); break;
+        default: return DISP_E_MEMBERNOTFOUND;
+        }
+        if (result) *result = value.Detach();
+        return S_OK;
+    }
+
+private:
+    ~ScriptObject() { --liveObjects; }
+
+    std::atomic<ULONG> references_{0};
+    std::uint32_t kind_;
+    int asked_ = 0;
+    const std::function<void()>& callBack_;
+};
+
+// Where the bytes of a value begin; also how a reference to it is made.
+void* PlaceOf(Variant& value)
+{
+    if (V_VT(&value) == VT_DECIMAL) return &V_DECIMAL(&value);
+    return &V_UI1(&value);
+}
+
+} // namespace
+
+long LiveScriptObjects() noexcept
+{
+    return liveObjects;
+}
+
+ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& callBack)
+{
+    return new ScriptObject(random.Below(7), callBack);
+}
+
+std::wstring Arguments::Text()
+{
+    if (random_.Percent(70)) return std::wstring(random_.Pick(kTexts));
+    if (random_.Percent(10)) {
+        const std::wstring_view pattern = random_.Pick(kTexts);
+        std::wstring text;
+        while (text.size() < 100'000)
+            text.append(pattern.empty() ? L"x" : pattern);
+        // Long paths of many parts take the platform seconds.
+        std::ranges::replace(text, L'\\', L'x');
+        return text;
+    }
+    std::wstring text(random_.Below(random_.Percent(50) ? 12 : 600), L'\0');
+    const std::uint32_t alphabet = random_.Percent(50) ? 0x80 : 0x10000;
+    for (wchar_t& unit : text) {
+        unit = static_cast<wchar_t>(random_.Below(alphabet));
+        // No other path than those above.
+        if (unit == L'\\' || unit == L'/' || unit == L':') unit = L'_';
+    }
+    return text;
+}
+
+Variant Arguments::PathInFolder()
+{
+    constexpr std::wstring_view paths[] = {L".\\text.txt", L".\\values.ini", L".\\none.txt",
+                                           L"a?b", L"CON", L".\\x\0y"sv, L".\\no\\folder"};
+    return Variant(random_.Pick(paths));
+}
+
+Variant Arguments::Number(VARTYPE type)
+{
+    Variant value;
+    const LONGLONG number = random_.Percent(85) ? random_.Pick(kNumbers)
+                                                : static_cast<LONG>(random_.Next());
+    V_I8(&value) = number;
+    const double fraction =
+        random_.Percent(50) ? static_cast<double>(number) : random_.Pick(kFractions);
+    if (type == VT_R4) V_R4(&value) = static_cast<float>(std::clamp(fraction, -3e38, 3e38));
+    if (type == VT_R8 || type == VT_DATE) V_R8(&value) = fraction;
+    if (type == VT_BOOL && random_.Percent(80)) V_BOOL(&value) = random_.Percent(50) ? -1 : 0;
+    if (type == VT_CY && random_.Percent(50)) V_I8(&value) = std::clamp<LONGLONG>(number, -99, 99) * 10'000;
+    if (type == VT_DECIMAL) {
+        V_VT(&value) = VT_EMPTY;
+        DECIMAL decimal{};
+        decimal.Lo64 = static_cast<ULONGLONG>(number);
+        decimal.Hi32 = random_.Percent(30) ? random_.Next() : 0;
+        decimal.scale = static_cast<BYTE>(random_.Below(29));
+        decimal.sign = random_.Percent(50) ? DECIMAL_NEG : 0;
+        V_DECIMAL(&value) = decimal;
+    }
+    V_VT(&value) = type;
+    return value;
+}
+
+Variant Arguments::AnyObject()
+{
+    Variant value;
+    if (random_.Percent(20)) {
+        V_VT(&value) = random_.Percent(50) ? VT_DISPATCH : VT_UNKNOWN; // null
+        return value;
+    }
+    if (!objects_.empty() && random_.Percent(30)) return Variant(random_.Pick(objects_).Get());
+    value = Variant(MakeScriptObject(random_, callBack_).Get());
+    if (random_.Percent(20)) V_VT(&value) = VT_UNKNOWN;
+    return value;
+}
+
+Variant Arguments::AnyArray(int depth)
+{
+    constexpr VARTYPE kTypes[] = {VT_VARIANT, VT_VARIANT, VT_VARIANT, VT_BSTR, VT_UI1, VT_UI1,
+                                  VT_I1,      VT_I2,      VT_I4,      VT_R4,   VT_R8,  VT_CY,
+                                  VT_DATE,    VT_BOOL,    VT_ERROR,   VT_UI2,  VT_UI4, VT_INT,
+                                  VT_UINT,    VT_DECIMAL, VT_DISPATCH, VT_UNKNOWN};
+    constexpr LONG kBounds[] = {0, 0, 0, 0, 0, 0, 1, -5, INT32_MIN, 2'147'480'000};
+    constexpr ULONG kCounts[] = {0, 1, 1, 2, 3, 3, 10, 11, 33, 300};
+    constexpr UINT kDimensions[] = {1, 1, 1, 1, 1, 1, 1, 1, 2, 60};
+
+    const VARTYPE type = random_.Pick(kTypes);
+    Variant value;
+    V_VT(&value) = static_cast<VARTYPE>(VT_ARRAY | type);
+    if (random_.Percent(5)) return value; // null
+    const UINT dimensions = random_.Pick(kDimensions);
+    std::vector<SAFEARRAYBOUND> bounds(dimensions);
+    for (SAFEARRAYBOUND& bound : bounds)
+        bound = {dimensions > 2 ? 1 : random_.Pick(kCounts), random_.Pick(kBounds)};
+    if (type == VT_UI1 && dimensions == 1 && random_.Percent(3)) bounds[0].cElements = 1 << 20;
+    SAFEARRAY* array = SafeArrayCreate(type, dimensions, bounds.data());
+    if (!array) throw std::bad_alloc();
+    V_ARRAY(&value) = array;
+
+    size_t count = 1;
+    for (const SAFEARRAYBOUND& bound : bounds)
+        count *= bound.cElements;
+    for (size_t index = 0; index < std::min<size_t>(count, 40); ++index) {
+        auto* element = static_cast<BYTE*>(array->pvData) + index * array->cbElements;
+        switch (type) {
+        case VT_VARIANT:
+            *reinterpret_cast<VARIANT*>(element) =
+                (random_.Percent(60) ? OfType(VT_BSTR) : Any(depth + 1)).Detach();
+            break;
+        case VT_BSTR: *reinterpret_cast<BSTR*>(element) = MakeBstr(Text()).release(); break;
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            *reinterpret_cast<IDispatch**>(element) =
+                MakeScriptObject(random_, callBack_).Detach();
+            break;
+        case VT_DECIMAL: break;
+        default: {
+            Variant number = Number(type);
+            std::copy_n(static_cast<BYTE*>(PlaceOf(number)), array->cbElements, element);
+        }
+        }
+    }
+    return value;
+}
+
+Variant Arguments::OfType(VARTYPE type)
+{
+    if (type == VT_BSTR) return Variant(Text());
+    if (type == VT_VARIANT) return random_.Percent(50) ? AnyArray(0) : Any(0);
+    return Number(type);
+}
+
+Variant Arguments::Any(int depth)
+{
+    Variant value;
+    switch (random_.Below(depth > 2 ? 6 : 9)) {
+    case 0:
+        V_VT(&value) = random_.Percent(50) ? VT_EMPTY : VT_NULL;
+        return value;
+    case 1: V_VT(&value) = VT_BSTR; return value; // null
+    case 2: return Variant(Text());
+    case 3:
+        V_VT(&value) = VT_ERROR;
+        V_ERROR(&value) = DISP_E_PARAMNOTFOUND;
+        return value;
+    case 4:
+    case 5: return Number(random_.Pick(kNumberTypes));
+    case 6: return AnyObject();
+    default: return AnyArray(depth);
+    }
+}
+
+// The variable of a script that an argument refers to, with a type of its own or without.
+Variant Arguments::Referring(Variant value)
+{
+    const VARTYPE type = V_VT(&value);
+    Variant& variable = referred_.emplace_back(std::move(value));
+    Variant reference;
+    if (type == VT_EMPTY || type == VT_NULL || random_.Percent(60)) {
+        V_VARIANTREF(&reference) = &variable;
+        V_VT(&reference) = VT_BYREF | VT_VARIANT;
+    } else {
+        V_BYREF(&reference) = PlaceOf(variable);
+        V_VT(&reference) = static_cast<VARTYPE>(VT_BYREF | type);
+    }
+    return reference;
+}
+
+void Arguments::Add(VARTYPE type)
+{
+    Variant value = random_.Percent(65) ? OfType(type) : Any(0);
+    if (random_.Percent(type == VT_VARIANT ? 70 : 20)) value = Referring(std::move(value));
+    values_.push_back(std::move(value));
+}
+
+std::vector<VARIANT> Arguments::Reversed() const
+{
+    return {values_.rbegin(), values_.rend()};
+}
+
+std::wstring Arguments::Describe() const
+{
+    std::wstring text;
+    for (const Variant& value : values_)
+        text += (text.empty() ? L"" : L", ") + fuzz::Describe(value);
+    return text;
+}
+
+std::wstring Describe(const VARIANT& value, int depth)
+{
+    const VARTYPE type = V_VT(&value);
+    if (type == (VT_BYREF | VT_VARIANT))
+        return depth > 4 ? L"&..." : L"&" + Describe(*V_VARIANTREF(&value), depth + 1);
+    std::wstring text = L"type " + std::to_wstring(type) + L' ';
+    if (type & VT_ARRAY) {
+        const SAFEARRAY* array = ArrayOf(value);
+        if (!array) return text + L"null array";
+        text += L"array";
+        for (UINT index = 0; index < std::min<UINT>(array->cDims, 3); ++index)
+            text += L" [" + std::to_wstring(array->rgsabound[index].lLbound) + L" +" +
+                    std::to_wstring(array->rgsabound[index].cElements) + L"]";
+        if (type == (VT_ARRAY | VT_VARIANT) && array->cDims == 1 && depth < 2) {
+            text += L" {";
+            for (ULONG index = 0; index < std::min<ULONG>(array->rgsabound[0].cElements, 4); ++index)
+                text += Describe(static_cast<const VARIANT*>(array->pvData)[index], depth + 1) +
+                        L"; ";
+            text += L"}";
+        }
+        return text;
+    }
+    if ((type & ~VT_BYREF) == VT_BSTR) {
+        const BSTR string = type & VT_BYREF ? *V_BSTRREF(&value) : V_BSTR(&value);
+        if (!string) return text + L"null";
+        text += std::to_wstring(SysStringLen(string)) + L" \"";
+        for (UINT index = 0; index < std::min<UINT>(SysStringLen(string), 60); ++index) {
+            const wchar_t unit = string[index];
+            wchar_t escaped[8];
+            swprintf(escaped, std::size(escaped), L"\\%04x", unit);
+            text += unit >= L' ' && unit < 0x7F ? std::wstring(1, unit) : escaped;
+        }
+        return text + L'"';
+    }
+    const auto* bits = static_cast<const LONGLONG*>(type & VT_BYREF ? V_BYREF(&value)
+                                                                    : &V_I8(&value));
+    // A variable of a script has at least this much room.
+    return text + std::to_wstring(*bits);
+}
+
+} // namespace quill::fuzz
