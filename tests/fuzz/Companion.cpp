@@ -6,6 +6,7 @@ namespace {
 
 constexpr DWORD kRound = 15;     // milliseconds between two looks
 constexpr DWORD kPatience = 30;  // of a call before its windows are closed
+constexpr unsigned kPause = 8;   // rounds between two answers to the same window
 
 } // namespace
 
@@ -38,31 +39,33 @@ BOOL CALLBACK Companion::Look(HWND window, LPARAM parameter)
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     if (process == self.process_ && IsWindowVisible(window) && IsWindowEnabled(window)) {
-        const unsigned attempt = self.attempts_[window]++;
-        if (attempt == 0) ++self.closed_;
-        self.Answer(window, attempt);
+        const unsigned looks = self.attempts_[window]++;
+        if (looks == 0) ++self.closed_;
+        if (looks % kPause == 0) self.Answer(window, looks / kPause);
     }
     return TRUE;
 }
 
-// Cancels or accepts, by turns; what does not go by that gets every answer there is.
+// Cancels or accepts, by turns: one thing at a time, as a user does, for a dialog may ask something
+// in a window of its own then. What does not go by that is given every answer that there is.
 void Companion::Answer(HWND window, unsigned attempt) const
 {
     switch ((number_ + attempt) % 4) {
     case 0: PostMessageW(window, WM_CLOSE, 0, 0); return;
-    case 1:
-        for (HWND child = nullptr;
-             (child = FindWindowExW(window, child, WC_BUTTONW, nullptr)) != nullptr;)
-            PostMessageW(child, BM_CLICK, 0, 0);
+    case 1: {
+        HWND button = nullptr;
+        for (unsigned passed = 0; passed <= attempt / 4; ++passed)
+            button = FindWindowExW(window, button, WC_BUTTONW, nullptr);
+        if (button) PostMessageW(button, BM_CLICK, 0, 0);
         return;
-    case 2: PostMessageW(window, WM_COMMAND, IDOK, 0); return;
+    }
+    case 2: PostMessageW(window, WM_COMMAND, attempt < 8 ? IDOK : 1 + attempt / 4 % 11, 0); return;
     default:
-        PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
-        if (attempt < 8) return;
-        for (WPARAM button = 1; button < 12; ++button)
-            PostMessageW(window, WM_COMMAND, button, 0);
-        for (WPARAM button = 101; button < 133; ++button) // of a task dialog's own
-            PostMessageW(window, TDM_CLICK_BUTTON, button, 0);
+        if (attempt < 8)
+            PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+        else // buttons of a task dialog, those of a script, too
+            PostMessageW(window, TDM_CLICK_BUTTON, attempt % 8 < 4 ? 1 + attempt / 8 % 11
+                                                                   : 101 + attempt / 8 % 32, 0);
     }
 }
 

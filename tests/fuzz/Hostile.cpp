@@ -311,10 +311,14 @@ Variant Arguments::Referring(Variant value)
     return reference;
 }
 
-void Arguments::Add(VARTYPE type)
+void Arguments::Add(VARTYPE type, bool exact)
 {
-    Variant value = random_.Percent(65) ? OfType(type) : Any(0);
-    if (random_.Percent(type == VT_VARIANT ? 70 : 20)) value = Referring(std::move(value));
+    Variant value = exact || random_.Percent(50) ? OfType(type) : Any(0);
+    // Wine copies what is passed by value to a Variant, and forgets the copy when it refuses the call
+    // for another argument.
+    const bool reference = type == VT_VARIANT ? !exact || random_.Percent(50)
+                                              : !exact && random_.Percent(30);
+    if (reference) value = Referring(std::move(value));
     values_.push_back(std::move(value));
 }
 
@@ -365,10 +369,13 @@ std::wstring Describe(const VARIANT& value, int depth)
         }
         return text + L'"';
     }
-    const auto* bits = static_cast<const LONGLONG*>(type & VT_BYREF ? V_BYREF(&value)
-                                                                    : &V_I8(&value));
-    // A variable of a script has at least this much room.
-    return text + std::to_wstring(*bits);
+    Variant copy;
+    Variant shown;
+    if (FAILED(VariantCopyInd(&copy, const_cast<VARIANT*>(&value))) ||
+        V_VT(&copy) == VT_DISPATCH || V_VT(&copy) == VT_UNKNOWN || V_VT(&copy) == VT_ERROR ||
+        FAILED(VariantChangeType(&shown, &copy, 0, VT_BSTR)))
+        return text + std::to_wstring(V_I4(&copy));
+    return text + V_BSTR(&shown);
 }
 
 } // namespace quill::fuzz

@@ -23,8 +23,9 @@ public:
     {
     }
 
-    // One more argument for a parameter of this type; it comes behind the others.
-    void Add(VARTYPE type);
+    // One more argument, behind the others, for a parameter of this type: what the parameter takes
+    // when `exact`, else anything.
+    void Add(VARTYPE type, bool exact);
     void Add(Variant value) { values_.push_back(std::move(value)); }
 
     // A text that a path of a file may be given as.
