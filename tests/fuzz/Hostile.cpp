@@ -296,12 +296,12 @@ Variant Arguments::Any(int depth)
 }
 
 // The variable of a script that an argument refers to, with a type of its own or without.
-Variant Arguments::Referring(Variant value)
+Variant Arguments::Referring(Variant value, bool typed)
 {
     const VARTYPE type = V_VT(&value);
     Variant& variable = referred_.emplace_back(std::move(value));
     Variant reference;
-    if (type == VT_EMPTY || type == VT_NULL || random_.Percent(60)) {
+    if (!typed || type == VT_EMPTY || type == VT_NULL || random_.Percent(60)) {
         V_VARIANTREF(&reference) = &variable;
         V_VT(&reference) = VT_BYREF | VT_VARIANT;
     } else {
@@ -314,11 +314,11 @@ Variant Arguments::Referring(Variant value)
 void Arguments::Add(VARTYPE type, bool exact)
 {
     Variant value = exact || random_.Percent(50) ? OfType(type) : Any(0);
-    // Wine copies what is passed by value to a Variant, and forgets the copy when it refuses the call
-    // for another argument.
+    // Wine copies what a Variant is given by value, or by a variable with a type, and forgets the copy
+    // when it refuses the call for another argument.
     const bool reference = type == VT_VARIANT ? !exact || random_.Percent(50)
                                               : !exact && random_.Percent(30);
-    if (reference) value = Referring(std::move(value));
+    if (reference) value = Referring(std::move(value), exact || type != VT_VARIANT);
     values_.push_back(std::move(value));
 }
 

@@ -42,7 +42,7 @@ private:
     Variant Number(VARTYPE type);
     Variant AnyArray(int depth);
     Variant AnyObject();
-    Variant Referring(Variant value);
+    Variant Referring(Variant value, bool typed);
     std::wstring Text();
 
     Random& random_;

@@ -77,8 +77,6 @@ constexpr Rule kRules[] = {
     {L"ProgressWindow", L"SubText", Rule::Cut, 0, 1024},
     {L"ProgressWindow", L"TBProgress", Rule::Within, 0, 2},
     {L"ProgressWindow", L"TBProState", Rule::Between, 0, 8},
-    {L"ProgressWindow", L"TBProValue", Rule::Between, 0, 32767},
-    {L"ProgressWindow", L"TBProTotal", Rule::Between, 0, 32767},
 };
 
 std::wstring_view TextOf(const VARIANT& value)
