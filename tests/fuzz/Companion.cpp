@@ -4,9 +4,9 @@ namespace quill::fuzz {
 
 namespace {
 
-constexpr DWORD kRound = 15;     // milliseconds between two looks
-constexpr DWORD kPatience = 30;  // of a call before its windows are closed
-constexpr unsigned kPause = 8;   // rounds between two answers to the same window
+constexpr DWORD kRound = 15;    // milliseconds between two looks
+constexpr DWORD kPatience = 30; // of a call before its windows are closed
+constexpr unsigned kPause = 8;  // rounds between two answers to the same window
 
 } // namespace
 
@@ -64,8 +64,8 @@ void Companion::Answer(HWND window, unsigned attempt) const
         if (attempt < 8)
             PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
         else // buttons of a task dialog, those of a script, too
-            PostMessageW(window, TDM_CLICK_BUTTON, attempt % 8 < 4 ? 1 + attempt / 8 % 11
-                                                                   : 101 + attempt / 8 % 32, 0);
+            PostMessageW(window, TDM_CLICK_BUTTON,
+                         attempt % 8 < 4 ? 1 + attempt / 8 % 11 : 101 + attempt / 8 % 32, 0);
     }
 }
 

@@ -12,12 +12,12 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr LONGLONG kNumbers[] = {
-    0,       1,         -1,        2,          3,          4,          5,     7,     8,
-    9,       10,        11,        16,         17,         30,         31,    32,    33,
-    48,      63,        64,        65,         100,        101,        127,   128,   255,
-    256,     257,       1023,      1024,       1025,       3600,       3601,  32512, 32518,
-    32767,   32768,     -32768,    -32769,     65001,      65535,      65536, -5,    0x7FFFFFFF,
-    1 << 30, INT32_MIN, 1LL << 31, 0xFFFFFFFF, 1LL << 53,  INT64_MAX,  INT64_MIN};
+    0,       1,         -1,        2,          3,         4,         5,        7,     8,
+    9,       10,        11,        16,         17,        30,        31,       32,    33,
+    48,      63,        64,        65,         100,       101,       127,      128,   255,
+    256,     257,       1023,      1024,       1025,      3600,      3601,     32512, 32518,
+    32767,   32768,     -32768,    -32769,     65001,     65535,     65536,    -5,    0x7FFFFFFF,
+    1 << 30, INT32_MIN, 1LL << 31, 0xFFFFFFFF, 1LL << 53, INT64_MAX, INT64_MIN};
 
 constexpr double kFractions[] = {0.5,
                                  -0.5,
@@ -36,25 +36,28 @@ constexpr double kFractions[] = {0.5,
 
 // Texts that mean something to one class or another. Paths are relative to the folder of the run,
 // or name nothing that exists.
+// clang-format off
 constexpr std::wstring_view kTexts[] = {
     L"", L" ", L"a", L"0", L"7", L"-1", L" 12 ", L"1e400", L"&H7F", L"2024-02-30", L"12:30",
     L"True", L"\x0663\x0664", L"a\r\nb\r\nc", L"\r\n\r\n", L"\n\r", L"a=b\r\nc", L"&File|*.*|",
     L"Text\0*.txt\0All\0*.*\0\0"sv, L"hidden\0behind"sv, L"\0"sv, L"\0\0\0"sv, L"%s%n%1!s!%%n%",
-    L"%PATH%%NOTHING%%", L"{0}\\u0041\\", L"*?*?*", L"*a*b*c*d*e*f*g", L"[a-", L";;;", L"<b>&amp;",
-    L"\xD800", L"x\xDC00y", L"\xD83D\xDE00", L"\x202Eolleh", L"\x05E9\x05DC\x05D5\x05DD",
-    L"\x65E5\x672C\x8A9E", L"e\x0301\x0302\x0303", L"\xFFFF\xFEFF", L"CON", L"nul", L"aux.txt",
-    L"..\\..", L"..\\..\\up.txt", L".", L"\\\\.\\", L"\\\\?\\", L"\\\\.\\pipe\\quillfuzz",
-    L"\\\\nohost\\share\\x", L"Q:\\", L"Q:x", L"C", L"C:", L"a:b:c", L"text.txt", L".\\text.txt",
-    L".\\values.ini", L"bytes.bin", L".\\icon.ico", L".\\program.exe", L"*.txt", L"new.txt",
-    L"backup.txt", L"section", L"key", L"HKEY_CURRENT_USER\\", L"HKCU\\Software\\Wine",
+    L"%PATH%%NOTHING%%", L"{0}\\u0041\\", L"*?*?*", L"*a*b*c*d*e*f*g", L"[a-", L";;;",
+    L"<b>&amp;", L"\xD800", L"x\xDC00y", L"\xD83D\xDE00", L"\x202Eolleh",
+    L"\x05E9\x05DC\x05D5\x05DD", L"\x65E5\x672C\x8A9E", L"e\x0301\x0302\x0303", L"\xFFFF\xFEFF",
+    L"CON", L"nul", L"aux.txt", L"..\\..", L"..\\..\\up.txt", L".", L"\\\\.\\", L"\\\\?\\",
+    L"\\\\.\\pipe\\quillfuzz", L"\\\\nohost\\share\\x", L"Q:\\", L"Q:x", L"C", L"C:", L"a:b:c",
+    L"text.txt", L".\\text.txt", L".\\values.ini", L"bytes.bin", L".\\icon.ico",
+    L".\\program.exe", L"*.txt", L"new.txt", L"backup.txt", L"section", L"key",
+    L"HKEY_CURRENT_USER\\", L"HKCU\\Software\\Wine",
     L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion",
-    L"HKEY_LOCAL_MACHINE\\System\\\\", L"HKEY_NONE\\x", L"HKEY_CLASSES_ROOT\\.txt\\",
-    L"\\\\\\", L"MD5", L"SHA1", L"SHA256", L"00ff 7F", L"0", L"zz", L"QUJD", L"QQ==", L"====",
+    L"HKEY_LOCAL_MACHINE\\System\\\\", L"HKEY_NONE\\x", L"HKEY_CLASSES_ROOT\\.txt\\", L"\\\\\\",
+    L"MD5", L"SHA1", L"SHA256", L"00ff 7F", L"0", L"zz", L"QUJD", L"QQ==", L"====",
     L"http://u:p@host:80/p/a?q=1#f", L"file:///Q:/a%20b", L"%zz%C3%28%", L"http://[::1", L"//",
     L"shell32.dll", L"comctl32.dll", L"#1", L"#99999", L"SystemAsterisk", L"-", L"- -", L"\t"};
+// clang-format on
 
-constexpr VARTYPE kNumberTypes[] = {VT_I1,  VT_I2, VT_I4,  VT_I8,   VT_UI1, VT_UI2,
-                                    VT_UI4, VT_UI8, VT_INT, VT_UINT, VT_R4,  VT_R8,
+constexpr VARTYPE kNumberTypes[] = {VT_I1,  VT_I2,   VT_I4,   VT_I8,      VT_UI1,  VT_UI2,
+                                    VT_UI4, VT_UI8,  VT_INT,  VT_UINT,    VT_R4,   VT_R8,
                                     VT_CY,  VT_DATE, VT_BOOL, VT_DECIMAL, VT_ERROR};
 
 std::atomic<long> liveObjects{0};
@@ -176,23 +179,25 @@ std::wstring Arguments::Text()
 
 Variant Arguments::PathInFolder()
 {
-    constexpr std::wstring_view paths[] = {L".\\text.txt", L".\\values.ini", L".\\none.txt",
-                                           L"a?b", L"CON", L".\\x\0y"sv, L".\\no\\folder"};
+    constexpr std::wstring_view paths[] = {L".\\text.txt",  L".\\values.ini", L".\\none.txt",
+                                           L"a?b",          L"CON",           L".\\x\0y"sv,
+                                           L".\\no\\folder"};
     return Variant(random_.Pick(paths));
 }
 
 Variant Arguments::Number(VARTYPE type)
 {
     Variant value;
-    const LONGLONG number = random_.Percent(85) ? random_.Pick(kNumbers)
-                                                : static_cast<LONG>(random_.Next());
+    const LONGLONG number =
+        random_.Percent(85) ? random_.Pick(kNumbers) : static_cast<LONG>(random_.Next());
     V_I8(&value) = number;
     const double fraction =
         random_.Percent(50) ? static_cast<double>(number) : random_.Pick(kFractions);
     if (type == VT_R4) V_R4(&value) = static_cast<float>(std::clamp(fraction, -3e38, 3e38));
     if (type == VT_R8 || type == VT_DATE) V_R8(&value) = fraction;
     if (type == VT_BOOL && random_.Percent(80)) V_BOOL(&value) = random_.Percent(50) ? -1 : 0;
-    if (type == VT_CY && random_.Percent(50)) V_I8(&value) = std::clamp<LONGLONG>(number, -99, 99) * 10'000;
+    if (type == VT_CY && random_.Percent(50))
+        V_I8(&value) = std::clamp<LONGLONG>(number, -99, 99) * 10'000;
     if (type == VT_DECIMAL) {
         V_VT(&value) = VT_EMPTY;
         DECIMAL decimal{};
@@ -221,9 +226,9 @@ Variant Arguments::AnyObject()
 
 Variant Arguments::AnyArray(int depth)
 {
-    constexpr VARTYPE kTypes[] = {VT_VARIANT, VT_VARIANT, VT_VARIANT, VT_BSTR, VT_UI1, VT_UI1,
-                                  VT_I1,      VT_I2,      VT_I4,      VT_R4,   VT_R8,  VT_CY,
-                                  VT_DATE,    VT_BOOL,    VT_ERROR,   VT_UI2,  VT_UI4, VT_INT,
+    constexpr VARTYPE kTypes[] = {VT_VARIANT, VT_VARIANT, VT_VARIANT,  VT_BSTR,   VT_UI1, VT_UI1,
+                                  VT_I1,      VT_I2,      VT_I4,       VT_R4,     VT_R8,  VT_CY,
+                                  VT_DATE,    VT_BOOL,    VT_ERROR,    VT_UI2,    VT_UI4, VT_INT,
                                   VT_UINT,    VT_DECIMAL, VT_DISPATCH, VT_UNKNOWN};
     constexpr LONG kBounds[] = {0, 0, 0, 0, 0, 0, 1, -5, INT32_MIN, 2'147'480'000};
     constexpr ULONG kCounts[] = {0, 1, 1, 2, 3, 3, 10, 11, 33, 300};
@@ -255,8 +260,7 @@ Variant Arguments::AnyArray(int depth)
         case VT_BSTR: *reinterpret_cast<BSTR*>(element) = MakeBstr(Text()).release(); break;
         case VT_DISPATCH:
         case VT_UNKNOWN:
-            *reinterpret_cast<IDispatch**>(element) =
-                MakeScriptObject(random_, callBack_).Detach();
+            *reinterpret_cast<IDispatch**>(element) = MakeScriptObject(random_, callBack_).Detach();
             break;
         case VT_DECIMAL: break;
         default: {
@@ -279,9 +283,7 @@ Variant Arguments::Any(int depth)
 {
     Variant value;
     switch (random_.Below(depth > 2 ? 6 : 9)) {
-    case 0:
-        V_VT(&value) = random_.Percent(50) ? VT_EMPTY : VT_NULL;
-        return value;
+    case 0: V_VT(&value) = random_.Percent(50) ? VT_EMPTY : VT_NULL; return value;
     case 1: V_VT(&value) = VT_BSTR; return value; // null
     case 2: return Variant(Text());
     case 3:
@@ -314,10 +316,10 @@ Variant Arguments::Referring(Variant value, bool typed)
 void Arguments::Add(VARTYPE type, bool exact)
 {
     Variant value = exact || random_.Percent(50) ? OfType(type) : Any(0);
-    // Wine copies what a Variant is given by value, or by a variable with a type, and forgets the copy
-    // when it refuses the call for another argument.
-    const bool reference = type == VT_VARIANT ? !exact || random_.Percent(50)
-                                              : !exact && random_.Percent(30);
+    // Wine copies what a Variant is given by value, or by a variable with a type, and forgets the
+    // copy when it refuses the call for another argument.
+    const bool reference =
+        type == VT_VARIANT ? !exact || random_.Percent(50) : !exact && random_.Percent(30);
     if (reference) value = Referring(std::move(value), exact || type != VT_VARIANT);
     values_.push_back(std::move(value));
 }
@@ -350,9 +352,10 @@ std::wstring Describe(const VARIANT& value, int depth)
                     std::to_wstring(array->rgsabound[index].cElements) + L"]";
         if (type == (VT_ARRAY | VT_VARIANT) && array->cDims == 1 && depth < 2) {
             text += L" {";
-            for (ULONG index = 0; index < std::min<ULONG>(array->rgsabound[0].cElements, 4); ++index)
-                text += Describe(static_cast<const VARIANT*>(array->pvData)[index], depth + 1) +
-                        L"; ";
+            for (ULONG index = 0; index < std::min<ULONG>(array->rgsabound[0].cElements, 4);
+                 ++index)
+                text +=
+                    Describe(static_cast<const VARIANT*>(array->pvData)[index], depth + 1) + L"; ";
             text += L"}";
         }
         return text;
@@ -371,8 +374,8 @@ std::wstring Describe(const VARIANT& value, int depth)
     }
     Variant copy;
     Variant shown;
-    if (FAILED(VariantCopyInd(&copy, const_cast<VARIANT*>(&value))) ||
-        V_VT(&copy) == VT_DISPATCH || V_VT(&copy) == VT_UNKNOWN || V_VT(&copy) == VT_ERROR ||
+    if (FAILED(VariantCopyInd(&copy, const_cast<VARIANT*>(&value))) || V_VT(&copy) == VT_DISPATCH ||
+        V_VT(&copy) == VT_UNKNOWN || V_VT(&copy) == VT_ERROR ||
         FAILED(VariantChangeType(&shown, &copy, 0, VT_BSTR)))
         return text + std::to_wstring(V_I4(&copy));
     return text + V_BSTR(&shown);

@@ -120,8 +120,7 @@ bool Obeyed(const Rule& rule, const VARIANT& before, const VARIANT& put, const V
     case Rule::FilledCut:
         if (TextOf(put).empty()) return Same(after, before);
         [[fallthrough]];
-    case Rule::Cut:
-        return TextOf(after) == TextOf(put).substr(0, static_cast<size_t>(rule.high));
+    case Rule::Cut: return TextOf(after) == TextOf(put).substr(0, static_cast<size_t>(rule.high));
     default: return true;
     }
 }

@@ -9,13 +9,13 @@
 namespace quill::fuzz {
 
 struct Usage {
-    long handles = 0;     // of the kernel
-    long windows = 0;     // top-level and message-only ones, with all children
-    long menus = 0;       // 0 for another process than this
-    long gdiObjects = 0;  // icons and cursors count by their bitmaps; 0 for another process
+    long handles = 0;    // of the kernel
+    long windows = 0;    // top-level and message-only ones, with all children
+    long menus = 0;      // 0 for another process than this
+    long gdiObjects = 0; // icons and cursors count by their bitmaps; 0 for another process
     long threads = 0;
-    long heapBlocks = 0;  // in use; 0 for another process
-    long heapBytes = 0;   // in use; 0 for another process
+    long heapBlocks = 0; // in use; 0 for another process
+    long heapBytes = 0;  // in use; 0 for another process
     long privateBytes = 0;
 };
 
