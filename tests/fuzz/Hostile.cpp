@@ -301,6 +301,8 @@ Variant Arguments::Any(int depth)
 Variant Arguments::Referring(Variant value, bool typed)
 {
     const VARTYPE type = V_VT(&value);
+    // Wine fails to bring an array of objects back from another process.
+    if (remote_ && (type & VT_ARRAY)) typed = false;
     Variant& variable = referred_.emplace_back(std::move(value));
     Variant reference;
     if (!typed || type == VT_EMPTY || type == VT_NULL || random_.Percent(60)) {

@@ -16,10 +16,10 @@ namespace quill::fuzz {
 class Arguments {
 public:
     // `objects` may be passed, too; `callBack` is what an object of ours does when it is asked for
-    // its value.
+    // its value. `remote`: the call goes to another process.
     Arguments(Random& random, std::span<const ComPtr<IDispatch>> objects,
-              const std::function<void()>& callBack)
-        : random_(random), objects_(objects), callBack_(callBack)
+              const std::function<void()>& callBack, bool remote)
+        : random_(random), objects_(objects), callBack_(callBack), remote_(remote)
     {
     }
 
@@ -48,6 +48,7 @@ private:
     Random& random_;
     std::span<const ComPtr<IDispatch>> objects_;
     const std::function<void()>& callBack_;
+    const bool remote_;
     std::vector<Variant> values_;
     std::deque<Variant> referred_; // stay where they are
 };
