@@ -25,7 +25,7 @@
 namespace quill::fuzz {
 namespace {
 
-constexpr DWORD kLongestCall = 60'000;  // milliseconds; more is a hang
+constexpr DWORD kLongestCall = 30'000;  // milliseconds; more is a hang
 constexpr size_t kObjectsOfClass = 3;   // that live at a time
 constexpr std::uint64_t kSession = 500; // calls, then all objects are released and made anew
 constexpr int kCheckpoints = 8;         // the first ones are warm-up
@@ -417,16 +417,21 @@ void Fuzzer::CheckOutcome(const Class& type, const Member& member, const Outcome
 void Fuzzer::CallRandom(Live& live, Random& random, bool slowToo)
 {
     const Class& type = *live.type;
+    const std::wstring before = current;
+    current = L"a new " + type.name;
     if (type.row &&
         (live.objects.empty() || (live.objects.size() < kObjectsOfClass && random.Percent(5))))
         live.objects.push_back(Make(type));
     const Member* member = &random.Pick(type.members);
     if (IsSlow(*member) && (!slowToo || !random.Percent(40))) {
         member = &random.Pick(type.members);
-        if (IsSlow(*member)) return;
+        if (IsSlow(*member)) {
+            current = before;
+            return;
+        }
     }
     // Nested calls may release the object that is being called.
-    const ComPtr<IDispatch> object = random.Pick(live.objects);
+    ComPtr<IDispatch> object = random.Pick(live.objects);
 
     // A property that held its own object would keep it for ever.
     const std::vector<ComPtr<IDispatch>> others =
@@ -465,7 +470,6 @@ void Fuzzer::CallRandom(Live& live, Random& random, bool slowToo)
     }
     if (named.size() > arguments.Values().size()) named.clear();
 
-    const std::wstring before = current;
     current = type.name + L'.' + member->name +
               (member->kind == INVOKE_PROPERTYPUT ? L" = " : L" ") + arguments.Describe() +
               (before.empty() ? L"" : L" (inside " + before + L")");
@@ -518,7 +522,9 @@ void Fuzzer::CallRandom(Live& live, Random& random, bool slowToo)
     }
     if (V_VT(&outcome.result) == VT_DISPATCH && V_DISPATCH(&outcome.result))
         Keep(V_DISPATCH(&outcome.result));
+    current = L"after " + current;
     if (random.Percent(2)) std::erase(live.objects, object);
+    object.Reset();
     current = before;
 }
 
