@@ -34,12 +34,17 @@ protected:
             desk.WaitFor(L"the name to be typed", [&] {
                 if (Desk::TextOf(name) == typed) return true;
                 if (GetTickCount64() < next) return false;
-                desk.Click(name);
-                desk.Press('A', {VK_CONTROL});
-                desk.Type(typed);
+                if (wcslen(typed) > 100) { // as if pasted
+                    SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(typed));
+                } else {
+                    desk.Click(name);
+                    desk.Press('A', {VK_CONTROL});
+                    desk.Type(typed);
+                }
                 next = GetTickCount64() + 1000;
                 return false;
             });
+            desk.Click(name);
             desk.Press(VK_RETURN);
         });
         const long count = files_.Call(L"Dialog", mode).Number();
