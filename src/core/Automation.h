@@ -2,6 +2,7 @@
 //
 //     class Profile final : public Automation<_Profile> {
 //     public:
+//         STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
 //         STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
 //         STDMETHODIMP put_File(BSTR value) noexcept override
 //         {
@@ -22,6 +23,29 @@
 #include "core/Conversions.h"
 #include "core/Module.h"
 #include "core/TypeLibrary.h"
+
+// The get and put of a stored property: its published type and name, the field that holds it, and
+// the rule of Conversions.h under which a value is kept; without one every value is.
+#define STORED_PROPERTY(type, name, field, ...)                                                    \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(type value) noexcept override                                          \
+    {                                                                                              \
+        return this->template Put<__VA_ARGS__>(field, value);                                      \
+    }
+
+// The same for a property that holds whatever a script assigns.
+#define STORED_VARIANT(name, field)                                                                \
+    STDMETHODIMP get_##name(VARIANT* value) noexcept override                                      \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(VARIANT* value) noexcept override                                      \
+    {                                                                                              \
+        return this->Put(field, value);                                                            \
+    }
 
 namespace quill {
 

@@ -107,11 +107,7 @@ public:
     {
         return Call(&ProgressWindow::SetNotifier, value);
     }
-    STDMETHODIMP get_BtnPressed(SHORT* value) noexcept override { return Get(value, pressed_); }
-    STDMETHODIMP put_BtnPressed(SHORT value) noexcept override
-    {
-        return Put<Within<0, SHRT_MAX>>(pressed_, value);
-    }
+    STORED_PROPERTY(SHORT, BtnPressed, pressed_, Within<0, SHRT_MAX>)
     STDMETHODIMP get_ButtonText(BSTR* value) noexcept override { return Get(value, buttonText_); }
     STDMETHODIMP put_ButtonText(BSTR value) noexcept override
     {
