@@ -3,10 +3,10 @@
 //     class Profile final : public Automation<_Profile> {
 //     public:
 //         STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
-//         STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
-//         STDMETHODIMP put_File(BSTR value) noexcept override
+//         PROPERTY_SET_BY(BSTR, File, file_, Profile::SetFile)
+//         STDMETHODIMP GetSectionNames(VARIANT_BOOL cvt, BSTR* result) noexcept override
 //         {
-//             return Call(&Profile::SetFile, value);
+//             return Call(result, &Profile::ReadSectionNames, cvt);
 //         }
 //     private:
 //         void SetFile(const std::wstring& path);
@@ -34,6 +34,17 @@
     STDMETHODIMP put_##name(type value) noexcept override                                          \
     {                                                                                              \
         return this->template Put<__VA_ARGS__>(field, value);                                      \
+    }
+
+// The same for a property whose put does more than keep: it is the plain method's.
+#define PROPERTY_SET_BY(type, name, field, method)                                                 \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(type value) noexcept override                                          \
+    {                                                                                              \
+        return this->Call(&method, value);                                                         \
     }
 
 // The same for a property that holds whatever a script assigns.

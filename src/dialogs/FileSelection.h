@@ -13,11 +13,7 @@ public:
     STORED_PROPERTY(BSTR, DlgTitle, dlgTitle_)
     STORED_PROPERTY(BSTR, FileName, fileName_)
     STORED_PROPERTY(BSTR, FileExtension, fileExtension_)
-    STDMETHODIMP get_Filter(BSTR* value) noexcept override { return Get(value, filter_); }
-    STDMETHODIMP put_Filter(BSTR value) noexcept override
-    {
-        return Call(&FileSelection::SetFilterText, value);
-    }
+    PROPERTY_SET_BY(BSTR, Filter, filter_, FileSelection::SetFilterText)
     STORED_PROPERTY(LONG, FileNumber, fileNumber_)
     STORED_PROPERTY(VARIANT_BOOL, Convert, convert_)
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }

@@ -12,8 +12,7 @@ namespace quill {
 class EventLog final : public WithErrorLevel<Automation<_EventLog>> {
 public:
     STORED_PROPERTY(BSTR, File, file_)
-    STDMETHODIMP get_mode(SHORT* value) noexcept override { return Get(value, mode_); }
-    STDMETHODIMP put_mode(SHORT value) noexcept override { return Call(&EventLog::SetMode, value); }
+    PROPERTY_SET_BY(SHORT, mode, mode_, EventLog::SetMode)
     STDMETHODIMP Report(BSTR estring, LONG etype) noexcept override
     {
         return Call(&EventLog::LogEvent, estring, etype);

@@ -28,11 +28,7 @@ public:
         return Call(result, &Notice::Announce);
     }
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
-    STDMETHODIMP get_TipText(BSTR* value) noexcept override { return Get(value, tipText_); }
-    STDMETHODIMP put_TipText(BSTR value) noexcept override
-    {
-        return Call(&Notice::SetTipText, value);
-    }
+    PROPERTY_SET_BY(BSTR, TipText, tipText_, Notice::SetTipText)
     STORED_PROPERTY(BSTR, BalloonText, balloonText_, CutTo<255>)
     STORED_PROPERTY(BSTR, BalloonTitle, balloonTitle_, CutTo<63>)
     STORED_PROPERTY(LONG, BalloonOptions, balloonOptions_)
