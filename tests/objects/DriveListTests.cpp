@@ -90,8 +90,6 @@ TEST(DriveList, BeginsWithTheDriveOfThePath)
 TEST(DriveList, ShowsOneDialogAtATime)
 {
     ScriptObject drives = ScriptObject::Make(L"DriveList");
-    drives.Put(L"Info", std::wstring(200, L'x'));
-    EXPECT_EQ(drives.Get(L"Info"), std::wstring(128, L'x'));
     for (const wchar_t* info : {L"", L"Where shall it go?"}) {
         drives.Put(L"Info", info);
         std::wstring nested = L"not called";
@@ -100,9 +98,7 @@ TEST(DriveList, ShowsOneDialogAtATime)
         Robot robot([&](Desk& desk) {
             const HWND window = desk.Window(kTitle);
             desk.Press(VK_ESCAPE); // means nothing here
-            RECT place{};
-            GetWindowRect(window, &place);
-            EXPECT_EQ((place.bottom - place.top) * 15, *info ? 2940 : 2100);
+            EXPECT_EQ(Desk::SizeOf(window).cy * 15, *info ? 2940 : 2100);
             desk.WaitFor(L"the second call", [&] { return nested.empty(); });
             desk.Close(window);
         });
