@@ -32,8 +32,6 @@ TEST(CheckList, ReturnsTheBitsOfTheCheckedLines)
         {"the last of thirty", thirty.c_str(), 1 << 29, kAccept, 536870912},
         {"an empty line shifts lines against positions", L"\r\nmap\r\ntent", 6, kAccept, 2},
         {"no lines", L"\r\n", 1, kAccept, 0},
-        {"space turns a line over, arrows move", kThings, 1,
-         Keys(kTitle, L"SysListView32", {VK_SPACE, VK_DOWN, VK_SPACE, VK_RETURN}), 2},
         {"the whole line can be clicked, twice in a row too", kThings, 0,
          [](Desk& desk) {
              const HWND list = desk.Control(kTitle, L"SysListView32");

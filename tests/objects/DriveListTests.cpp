@@ -61,13 +61,6 @@ TEST(DriveList, ReturnsTheChosenDriveWithItsLabel)
         });
         EXPECT_EQ(drives.Call(L"Selection", L"c:\\data", kTitle), crop ? L"C:" : L"C: [Work]");
     }
-    Robot robot([](Desk& desk) {
-        desk.Control(kTitle, L"ComboBox");
-        desk.Press(VK_TAB, {VK_SHIFT});
-        desk.Press(VK_DOWN); // Z
-        desk.Press(VK_RETURN);
-    });
-    EXPECT_EQ(drives.Call(L"Selection", L"c", kTitle), L"Z:");
 }
 
 TEST(DriveList, BeginsWithTheDriveOfThePath)
