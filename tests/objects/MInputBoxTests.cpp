@@ -91,12 +91,10 @@ TEST_F(MInputBoxTest, TextsAreCut)
 {
     const std::wstring text(300, L'x');
     const std::tuple<const wchar_t*, Arg, Arg> cases[] = {
-        {L"InputFlags", -1, -1},
         {L"PasswordChar", L"xyz", L"x"},
         {L"PasswordChar", L"", L"x"},
         {L"MinBalloonText", text, text.substr(0, 160)},
         {L"MinBalloonText", L"", text.substr(0, 160)},
-        {L"MinBalloonTitle", text, text.substr(0, 80)},
     };
     for (const auto& [name, given, kept] : cases) {
         box_.Put(name, given.value);
