@@ -4,6 +4,8 @@
 //     bench calls   of these, only what a running server does
 //     bench list    from the call of Quill.List.Selection to its visible window
 //     bench idle    processor time of the server while a list is open and nobody touches it
+//     bench windows what updates of the output and progress windows cost, against calls that do
+//                   nothing, and the processor time of these windows while nothing happens
 //
 // Ours and bare take turns in every round, and medians are compared, so that other load on the
 // machine hits both alike. The exit code is 1 when something could not be measured.
@@ -24,6 +26,7 @@ namespace {
 using namespace bench;
 
 constexpr double kSizeAimMegabytes = 1.5;
+constexpr double kUpdateAim = 1.5; // of an update to a null call
 
 struct HandleCloser {
     void operator()(HANDLE handle) const { CloseHandle(handle); }
@@ -320,18 +323,84 @@ void MeasureList()
     }
 }
 
-void MeasureIdle()
+// Processor time that the server of `progId` uses over 10 s.
+void MeasureRest(const char* what, const wchar_t* progId)
 {
     constexpr DWORD kWatched = 10'000;
-    const Server quill(L"Quill.List");
-    const OpenList list(Lines(3), L"bench idle");
-    list.MillisecondsToShow();
+    const Server quill(progId);
     Sleep(1'000);
     const double before = quill.ProcessorMilliseconds();
     Sleep(kWatched);
     const double used = quill.ProcessorMilliseconds() - before;
-    std::printf("open list, idle for 10 s: processor time %16.0f ms   (%.1f %% of one core)\n",
-                used, 100.0 * used / kWatched);
+    std::printf("%s, idle for 10 s: processor time %16.0f ms   (%.1f %% of one core)\n", what, used,
+                100.0 * used / kWatched);
+}
+
+void MeasureIdle()
+{
+    const OpenList list(Lines(3), L"bench idle");
+    list.MillisecondsToShow();
+    MeasureRest("open list", L"Quill.List");
+}
+
+// 50,000 calls of one kind, in blocks that take turns with as many null calls.
+void MeasureUpdates(const char* what, const std::function<void(int)>& update,
+                    const std::function<void()>& nullCall)
+{
+    constexpr int kBlocks = 100;
+    constexpr int kBlock = 500;
+    std::vector<double> ours;
+    std::vector<double> other;
+    for (int block = 0; block < kBlocks; ++block) {
+        ours.push_back(Timed([&] {
+                           for (int index = 0; index < kBlock; ++index)
+                               update(block * kBlock + index);
+                       }) /
+                       kBlock);
+        other.push_back(Each(kBlock, nullCall)());
+    }
+    PrintRatio(what, Median(ours), Median(other), "ms", kUpdateAim);
+    const auto tenth = kBlocks / 10;
+    const double first = Median({ours.begin(), ours.begin() + tenth});
+    const double last = Median({ours.end() - tenth, ours.end()});
+    std::printf("%-46s %9.3f %9.3f ms  %6.2f\n", "  the last 5,000, the first 5,000", last, first,
+                last / first);
+}
+
+void MeasureWindows()
+{
+    const Object measure(L"QuillBench.Bare");
+    const DISPID text = measure.Find(L"Text");
+    const Value nothing(std::wstring{});
+    const auto nullCall = [&] { measure.Put(text, nothing); };
+    const auto create = [](const Object& window) {
+        Value result;
+        window.Call(window.Find(L"Create"), {}, result);
+    };
+    std::printf("%-46s %9s %9s %-3s %6s   aim %.2f\n", "50,000 calls", "ours", "null", "", "ratio",
+                kUpdateAim);
+    const Object windows[]{Object(L"Quill.Window"), Object(L"Quill.Window2")};
+    for (const Object& window : windows) {
+        const bool box = &window != windows;
+        if (box) window.Put(window.Find(L"Scroll"), Value(-1L));
+        create(window);
+        const DISPID writeLine = window.Find(L"WriteLine");
+        Value line[]{Value(std::wstring(80, L'x'))};
+        MeasureUpdates(
+            box ? "WriteLine of 80 characters, Window2" : "WriteLine of 80 characters, Window",
+            [&](int) {
+                Value result;
+                window.Call(writeLine, line, result);
+            },
+            nullCall);
+    }
+    const Object progress(L"Quill.ProgressWindow");
+    create(progress);
+    const DISPID position = progress.Find(L"Progress");
+    MeasureUpdates(
+        "put of Progress", [&](int count) { progress.Put(position, Value(LONG{count % 101})); },
+        nullCall);
+    MeasureRest("three windows", L"Quill.Window");
 }
 
 } // namespace
@@ -346,6 +415,8 @@ int wmain(int count, wchar_t** arguments)
             MeasureList();
         else if (mode == L"idle")
             MeasureIdle();
+        else if (mode == L"windows")
+            MeasureWindows();
         else
             MeasureAgainstBare(mode != L"calls");
     } catch (const std::exception& failure) {

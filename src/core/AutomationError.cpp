@@ -13,6 +13,7 @@ constexpr const wchar_t* RuntimeErrorText(RuntimeError error)
     case RuntimeError::Overflow: return L"Overflow";
     case RuntimeError::SubscriptOutOfRange: return L"Subscript out of range";
     case RuntimeError::TypeMismatch: return L"Type mismatch";
+    case RuntimeError::ObjectNotSet: return L"Object variable or With block variable not set";
     case RuntimeError::InvalidUseOfNull: return L"Invalid use of Null";
     case RuntimeError::EntryPointNotFound: return L"Specified DLL function not found";
     }

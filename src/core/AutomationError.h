@@ -62,6 +62,8 @@ inline constexpr ErrorEntry kLocationNotSet{ErrorNumber(0x80040350), L"Quill.Bin
                                             L"Could not set the assigned file pointer."};
 inline constexpr ErrorEntry kInvalidDialogMode{ErrorNumber(0x80040353), L"Quill.FileSelection",
                                                L"Mode parameter: Invalid argument."};
+inline constexpr ErrorEntry kControlCreation{ErrorNumber(0x80040357), L"Quill.ProgressWindow",
+                                             L"Control creation error."};
 inline constexpr ErrorEntry kWrongVariantType{ErrorNumber(0x80040360), L"Quill.BinFile",
                                               L"Wrong argument (wrong Variant type)"};
 inline constexpr ErrorEntry kWrongPropertyValue{ErrorNumber(0x80040361), L"Quill.BinFile",
@@ -74,6 +76,7 @@ enum class RuntimeError : unsigned {
     Overflow = 6,
     SubscriptOutOfRange = 9,
     TypeMismatch = 13,
+    ObjectNotSet = 91,
     InvalidUseOfNull = 94,
     EntryPointNotFound = 453,
 };

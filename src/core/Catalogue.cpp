@@ -9,6 +9,8 @@ namespace quill {
 namespace {
 
 const CatalogueRow kRows[] = {
+    {CLSID_Window, L"Window", Home::Pool, Create<::Window>},
+    {CLSID_Window2, L"Window2", Home::Pool, Create<::Window2>},
     {CLSID_Me, L"Me", Home::Main, Create<::Me>},
     {CLSID_DriveList, L"DriveList", Home::Pool, Create<::DriveList>},
     {CLSID_List, L"List", Home::Pool, Create<::List>},
@@ -27,9 +29,11 @@ const CatalogueRow kRows[] = {
     {CLSID_Registry, L"Registry", Home::Pool, Create<::Registry>},
     {CLSID_MessageBox, L"MessageBox", Home::Pool, Create<::MessageBox>},
     {CLSID_TaskDialog, L"TaskDialog", Home::Pool, Create<::TaskDialog>},
+    {CLSID_ProgressWindow, L"ProgressWindow", Home::Pool, Create<::ProgressWindow>},
     {CLSID_MInputBox, L"MInputBox", Home::Pool, Create<::MInputBox>},
     {CLSID_Notice, L"Notice", Home::Pool, Create<::Notice>},
     {CLSID_Clock, L"Clock", Home::Pool, Create<::Clock>},
+    {CLSID_ProgressDialog, L"ProgressDialog", Home::Pool, Create<::ProgressDialog>},
 };
 
 } // namespace

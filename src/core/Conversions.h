@@ -10,6 +10,8 @@
 //   an object       ComPtr<interface>
 #pragma once
 
+#include <algorithm>
+
 #include "core/Variant.h"
 
 namespace quill {
@@ -103,6 +105,16 @@ struct Within {
     static T Apply(T old, T value)
     {
         return Low <= value && value <= High ? value : old;
+    }
+};
+
+// Takes the nearer limit in place of a value outside both.
+template <auto Low, auto High>
+struct Clamped {
+    template <class T>
+    static T Apply(T, T value)
+    {
+        return std::clamp<T>(value, Low, High);
     }
 };
 

@@ -1,6 +1,7 @@
 // The switch that lets a script silence the errors of an object.
 #pragma once
 
+#include "core/Conversions.h"
 #include "core/quillfn.h"
 
 namespace quill {

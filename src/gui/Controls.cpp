@@ -61,9 +61,9 @@ Control::Control(Form& form, const TwipRect& place, const wchar_t* windowClass, 
                  DWORD style, DWORD extendedStyle)
     : form_(form), place_(place)
 {
-    const UINT_PTR id = style == (style | BS_DEFPUSHBUTTON) && wcscmp(windowClass, WC_BUTTONW) == 0
-                            ? IDOK
-                            : kFirstControlId + form.controls_.size();
+    const bool isDefault =
+        (style & BS_TYPEMASK) == BS_DEFPUSHBUTTON && wcscmp(windowClass, WC_BUTTONW) == 0;
+    const UINT_PTR id = isDefault ? IDOK : kFirstControlId + form.controls_.size();
     window_ = CreateWindowExW(extendedStyle, windowClass, text, style | WS_CHILD | WS_VISIBLE, 0, 0,
                               0, 0, form.Window(), reinterpret_cast<HMENU>(id),
                               GetModuleHandleW(nullptr), nullptr);
@@ -115,7 +115,8 @@ void Control::Focus()
 void Control::SetFont(const FontSpec& font)
 {
     font_ = font;
-    Send(WM_SETFONT, reinterpret_cast<WPARAM>(form_.FontHandle(font)), TRUE);
+    if (HFONT handle = form_.FontHandle(font))
+        Send(WM_SETFONT, reinterpret_cast<WPARAM>(handle), TRUE);
 }
 
 void Control::SetAccessibleName(const std::wstring& name)
@@ -201,6 +202,11 @@ void TextBox::Select(int first, int last)
 void TextBox::OnCommand(WORD code)
 {
     if (onFocus_ && (code == EN_SETFOCUS || code == EN_KILLFOCUS)) onFocus_(code == EN_SETFOCUS);
+}
+
+Frame::Frame(Form& form, const TwipRect& place)
+    : Control(form, place, WC_BUTTONW, L"", BS_GROUPBOX, WS_EX_TRANSPARENT)
+{
 }
 
 ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick)

@@ -100,6 +100,12 @@ private:
     std::function<void(bool)> onFocus_;
 };
 
+// A line around controls that belong together; it stands before them.
+class Frame : public Control {
+public:
+    Frame(Form& form, const TwipRect& place);
+};
+
 // A list box. Typing finds the line that begins with what was typed.
 class ListBox : public Control {
 public:

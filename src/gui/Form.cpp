@@ -15,6 +15,9 @@ namespace {
 
 constexpr float kTwipsPerInch = 1440;
 
+// Fonts that are kept although no control shows them any more.
+constexpr size_t kSpareFonts = 8;
+
 constexpr UINT kPosted = WM_APP;
 
 constexpr int kScrollLine = 32; // pixels
@@ -112,11 +115,22 @@ HFONT Form::FontHandle(const FontSpec& font)
 {
     for (const auto& [spec, handle] : fonts_)
         if (spec == font) return handle.get();
+    // A script may set one font after the other.
+    if (fonts_.size() > kSpareFonts)
+        std::erase_if(fonts_, [this](const auto& entry) { return !InUse(entry.first); });
     const int height = -MulDiv(font.points, resolution_, 72);
     Font handle(CreateFontW(height, 0, 0, 0, font.bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE,
                             DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                             DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, font.name.c_str()));
+    if (!handle) return nullptr;
     return fonts_.emplace_back(font, std::move(handle)).second.get();
+}
+
+bool Form::InUse(const FontSpec& font) const noexcept
+{
+    return font == font_ ||
+           std::any_of(controls_.begin(), controls_.end(),
+                       [&font](const Control* control) { return control->CurrentFont() == font; });
 }
 
 void Form::SetFont(const FontSpec& font)
@@ -131,6 +145,13 @@ void Form::Show(bool topmost)
     OnResize(OuterSize());
     ShowWindow(window_, SW_SHOWNORMAL);
     BringToFront(window_, topmost);
+}
+
+void Form::ShowModeless(bool topmost)
+{
+    OnResize(OuterSize());
+    ShowWindow(window_, SW_SHOWNORMAL);
+    if (topmost) SetTopmost(window_, true);
 }
 
 void Form::Unload() noexcept
@@ -149,6 +170,7 @@ void Form::WaitUntilClosed(const std::function<bool()>& abandoned)
 void Form::OnActivate()
 {
     if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
+    if (!lastFocus_) return; // a form may have nothing to focus
     SetFocus(lastFocus_);
     if (const Control* control = FindControl(lastFocus_)) ScrollIntoView(*control);
 }
@@ -191,6 +213,7 @@ bool Form::PreviewMessage(MSG& message)
 {
     Form* form = FromWindow(GetAncestor(message.hwnd, GA_ROOT));
     if (!form) return false;
+    const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     if (message.message == WM_KEYDOWN && form->keyPreview_) {
         form->OnKeyDown(message.wParam);
         if (form->Closed()) return true; // the key is used up, and so is the window
@@ -231,6 +254,7 @@ LRESULT CALLBACK Form::WindowProcedure(HWND window, UINT message, WPARAM wParam,
             control->window_ = nullptr;
         return DefWindowProcW(window, message, wParam, lParam);
     }
+    const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     try {
         return form->Handle(message, wParam, lParam);
     } catch (...) {
@@ -267,6 +291,10 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case DM_GETDEFID: // the dialog manager asks which button Enter presses
         return GetDlgItem(window_, IDOK) ? MAKELRESULT(IDOK, DC_HASDEFID) : 0;
+    case WM_NEXTDLGCTL: // a label's access key leads to the label, and on from there
+        SetFocus(LOWORD(lParam) ? reinterpret_cast<HWND>(wParam)
+                                : GetNextDlgTabItem(window_, GetFocus(), wParam != 0));
+        return 0;
     case WM_COMMAND:
         // Esc arrives here as IDCANCEL, from no control, and means nothing.
         if (Control* control = FindControl(reinterpret_cast<HWND>(lParam)))
@@ -286,7 +314,7 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return brush;
     }
     case WM_CLOSE: OnClose(); return 0;
-    default: return DefWindowProcW(window_, message, wParam, lParam);
+    default: OnMessage(message); return DefWindowProcW(window_, message, wParam, lParam);
     }
 }
 

@@ -10,11 +10,14 @@
 //     };
 //
 // The window exists, hidden, as soon as the form does; failure to create it, or a control, throws
-// AutomationError. The form object outlives its window: it goes with its owner.
+// AutomationError. The form object outlives its window: it goes with its owner. One that may go
+// while a handler of its own runs, as a window does that stays open between calls, is owned by
+// std::shared_ptr: each message holds a reference.
 #pragma once
 
 #include <exception>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -41,11 +44,13 @@ struct FontSpec {
     bool operator==(const FontSpec&) const = default;
 };
 
-class Form {
+class Form : public std::enable_shared_from_this<Form> {
 public:
     // A caption with a close box; the user can size the window, or cannot.
     static constexpr DWORD kDialogStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
     static constexpr DWORD kSizableStyle = kDialogStyle | WS_THICKFRAME | WS_MAXIMIZEBOX;
+    // For windows that stay open while the script goes on: the user can put them away, too.
+    static constexpr DWORD kModelessStyle = kDialogStyle | WS_THICKFRAME | WS_MINIMIZEBOX;
 
     // `outer` is the size with frame and caption.
     Form(const wchar_t* caption, TwipSize outer, DWORD style);
@@ -79,6 +84,9 @@ public:
 
     // Shows the window without waiting, and brings it to the front.
     void Show(bool topmost);
+
+    // Shows the window as one that stays open; it takes the foreground only where it may.
+    void ShowModeless(bool topmost);
 
     // Destroys the window; the form is closed then.
     void Unload() noexcept;
@@ -114,6 +122,8 @@ protected:
     virtual TwipSize MaximumSize() const;
     // The close box was used.
     virtual void OnClose();
+    // Any other message; the platform handles it afterwards.
+    virtual void OnMessage(UINT) {}
 
 private:
     friend class Control;
@@ -128,7 +138,8 @@ private:
     Control* FindControl(HWND window) const noexcept;
     void LimitSize(MINMAXINFO& limits) const;
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
-    HFONT FontHandle(const FontSpec& font);
+    HFONT FontHandle(const FontSpec& font); // null when there is no such font to be had
+    bool InUse(const FontSpec& font) const noexcept;
     void FitScrollBar();
     void Scroll(WORD request);
     void ScrollTo(int top);

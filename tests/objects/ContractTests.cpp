@@ -36,6 +36,31 @@ _BinFile
   17 Location2 I4 get put
   18 LOC CY get put
   19 LOF CY get
+_Window
+  1 Create([t BSTR = ""])
+  2 Remove()
+  3 Cls()
+  4 WriteLine(s BSTR)
+  5 Flash([num I4 = 3])
+  6 handle I4 get
+  7 Title BSTR get put
+  8 Topmost BOOL get put
+  9 WriteBold BOOL get put
+  10 WriteFont BSTR get put
+  11 WriteSize I2 get put
+_Window2
+  1 Create([t BSTR = ""])
+  2 Remove()
+  3 Cls()
+  4 WriteLine(s BSTR)
+  5 Flash([num I4 = 3])
+  6 handle I4 get
+  7 Title BSTR get put
+  8 Topmost BOOL get put
+  9 WriteBold BOOL get put
+  10 WriteFont BSTR get put
+  11 WriteSize I2 get put
+  12 Scroll BOOL get put
 _Me
   1 About BSTR get
   2 hInstance I4 get
@@ -243,6 +268,39 @@ _TaskDialog
   22 VerificationChecked BOOL get put
   23 Show([prompt BSTR = ""], [Buttons I4 = -1], [Title BSTR = ""]) I2
   24 ShowEx() I2
+_ProgressWindow
+  1 Create([tt BSTR = ""], [wd I2 = 0], [fx I2 = 0])
+  2 Remove()
+  3 Flash([num I4 = 3])
+  4 ProgressAdd(padd I2)
+  5 ProgressStep()
+  6 SetProgressRange(pmin I2, pmax I2) BOOL
+  7 SetProgressStep(i I2)
+  8 TB_SetProgressState(hWnd I4, tbpFlag I4)
+  9 TB_SetProgressValue(hWnd I4, ullCompleted CY, ullTotal CY)
+  10 ProgressStyle I4 get put
+  11 Progress I2 get put
+  12 ProgressMarquee BOOL get put
+  13 ProgressMarqueeTime I2 get put
+  14 ProgressState I2 get put
+  15 ProgressColor I4 get put
+  16 ProgressBackColor I4 get put
+  17 Button I2 get put
+  18 BtnNotifier I2 get put
+  19 BtnPressed I2 get put
+  20 ButtonText BSTR get put
+  21 ButtonLabel BSTR get put
+  22 MainText BSTR get put
+  23 Text BSTR get put
+  24 MainTextColor I4 get put
+  25 SubText BSTR get put
+  26 Title BSTR get put
+  27 Topmost BOOL get put
+  28 ErrorLevel I2 get put
+  29 TBProgress I2 get put
+  30 TBProState I2 get put
+  31 TBProValue I2 get put
+  32 TBProTotal I2 get put
 _MInputBox
   1 InputNumber I2 get put
   2 InputStart I2 get put
@@ -311,6 +369,18 @@ _Clock
   2 RemoveTimer()
   3 Running BOOL get
   4 Wait([timeout I4 = -1]) BOOL
+_ProgressDialog
+  1 StartDlg([flags I4 = 0])
+  2 StopDlg()
+  3 SetProgress(dwCompleted I4, dwTotal I4)
+  4 SetProgress64(dwCompleted CY, dwTotal CY)
+  5 SetText(txt BSTR, [line I2 = 1], [cp BOOL = True])
+  6 SetTimer([action I4 = 1])
+  7 Cancellation BOOL get
+  8 CancelMsg BSTR get put
+  9 Title BSTR get put
+__ProgressWindow
+  1 ButtonPressed()
 __Notice
   1 TrayClick(tctype I2)
   2 BalloonClick()

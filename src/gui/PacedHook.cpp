@@ -1,0 +1,88 @@
+#include "gui/PacedHook.h"
+
+#include <algorithm>
+
+#include "core/AutomationError.h"
+#include "gui/MessageHook.h"
+
+namespace quill {
+
+namespace {
+
+constexpr UINT_PTR kShowTimer = 0x5155; // beside the native control's own ones
+
+// After being shown a control pauses for this long, and for so many times as long as that
+// took: a native text box takes the longer, the more there is in it.
+constexpr ULONGLONG kPauseMilliseconds = 40;
+constexpr ULONGLONG kRest = 20;
+
+} // namespace
+
+PacedHook::PacedHook(HWND window) : window_(window)
+{
+    if (!InstallHook(window, this, Procedure)) RaiseLastError();
+}
+
+PacedHook::~PacedHook()
+{
+    if (window_) RemoveHook(window_, this, Procedure);
+}
+
+void PacedHook::Changed()
+{
+    if (waiting_) return;
+    const ULONGLONG now = GetTickCount64();
+    waiting_ = now < nextAt_ &&
+               SetTimer(window_, kShowTimer, static_cast<UINT>(nextAt_ - now), nullptr) != 0;
+    if (!waiting_) ShowNow();
+}
+
+void PacedHook::ShowNow()
+{
+    const ULONGLONG begin = GetTickCount64();
+    nextAt_ = begin + kPauseMilliseconds; // for a Show that puts itself off
+    Show();
+    const ULONGLONG end = GetTickCount64();
+    nextAt_ = end + std::max(kPauseMilliseconds, kRest * (end - begin));
+}
+
+LRESULT CALLBACK PacedHook::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
+                                      UINT_PTR self, DWORD_PTR) noexcept
+{
+    auto* output = reinterpret_cast<PacedHook*>(self);
+    try {
+        LRESULT result = 0;
+        if (message == WM_NCDESTROY) {
+            RemoveHook(window, output, Procedure);
+            output->window_ = nullptr;
+            output->OnDestroyed();
+        } else if (message == WM_TIMER && wParam == kShowTimer) {
+            KillTimer(window, kShowTimer);
+            output->waiting_ = false;
+            output->ShowNow();
+            return 0;
+        } else if (output->OnMessage(message, wParam, lParam, result)) {
+            return result;
+        }
+    } catch (...) {
+        // too little memory to show it now
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
+void PacedPainting::Show()
+{
+    painting_ = true;
+    RedrawWindow(painted_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    painting_ = false;
+}
+
+bool PacedPainting::OnMessage(UINT message, WPARAM, LPARAM, LRESULT&)
+{
+    if (message != WM_PAINT || painting_) return false;
+    ValidateRect(painted_, nullptr); // for now
+    Changed();
+    return true;
+}
+
+} // namespace quill

@@ -1,0 +1,108 @@
+#include "windows/ProgressDialog.h"
+
+#include <utility>
+
+#include "core/Catalogue.h"
+#include "core/quillfn.h"
+#include "gui/windowfn.h"
+
+namespace quill {
+
+namespace {
+
+// The shell's class; its usual constant has the name of ours.
+constexpr CLSID kShellDialog{
+    0xF8383852, 0xFCD3, 0x11D1, {0xA6, 0xB9, 0x00, 0x60, 0x97, 0xDF, 0x5B, 0xD4}};
+
+// The dialog is never modal: a script has no window that it could lock.
+constexpr LONG kAllowedFlags = PROGDLG_AUTOTIME | PROGDLG_NOTIME | PROGDLG_NOMINIMIZE |
+                               PROGDLG_NOPROGRESSBAR | PROGDLG_MARQUEEPROGRESS | PROGDLG_NOCANCEL;
+
+ComPtr<IProgressDialog> CreateShellDialog()
+{
+    ComPtr<IProgressDialog> dialog;
+    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
+                           reinterpret_cast<void**>(dialog.GetAddressOf())));
+    return dialog;
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::ProgressDialog>()
+{
+    return new ProgressDialog;
+}
+
+ShellDialogFactory& ShellDialogOfThread() noexcept
+{
+    thread_local ShellDialogFactory factory = CreateShellDialog;
+    return factory;
+}
+
+ProgressDialog::ProgressDialog() : dialog_(ShellDialogOfThread()()) {}
+
+ProgressDialog::~ProgressDialog()
+{
+    if (started_) dialog_->StopProgressDialog();
+}
+
+void ProgressDialog::Start(LONG flags)
+{
+    if (started_) return;
+    const LONG allowed = flags & kAllowedFlags;
+    lastLine_ = allowed & PROGDLG_AUTOTIME ? 2 : 3;
+    Check(dialog_->StartProgressDialog(nullptr, nullptr, static_cast<DWORD>(allowed), nullptr));
+    started_ = true; // even where the title is refused, it is to be stopped
+    Check(dialog_->SetTitle(title_.c_str()));
+}
+
+void ProgressDialog::Stop()
+{
+    if (!std::exchange(started_, false)) return;
+    Check(dialog_->StopProgressDialog());
+}
+
+void ProgressDialog::Show(LONG completed, LONG total)
+{
+    if (started_)
+        Check(dialog_->SetProgress(static_cast<DWORD>(completed), static_cast<DWORD>(total)));
+}
+
+void ProgressDialog::Show64(CURRENCY completed, CURRENCY total)
+{
+    if (started_)
+        Check(dialog_->SetProgress64(static_cast<ULONGLONG>(completed.int64),
+                                     static_cast<ULONGLONG>(total.int64)));
+}
+
+void ProgressDialog::SetLine(const std::wstring& text, SHORT line, bool compact)
+{
+    if (started_ && InRange(line, 1, lastLine_))
+        Check(dialog_->SetLine(static_cast<DWORD>(line), text.c_str(), compact, nullptr));
+}
+
+void ProgressDialog::Time(LONG action) noexcept
+{
+    if (started_ && InRange(action, PDTIMER_RESET, PDTIMER_RESUME))
+        dialog_->Timer(static_cast<DWORD>(action), nullptr);
+}
+
+bool ProgressDialog::Cancelled() const
+{
+    return started_ && dialog_->HasUserCancelled() > 0;
+}
+
+void ProgressDialog::SetCancelMsg(const std::wstring& text)
+{
+    cancelMsg_ = text;
+    Check(dialog_->SetCancelMsg(text.c_str(), nullptr));
+}
+
+void ProgressDialog::SetTitle(const std::wstring& title)
+{
+    title_ = title.substr(0, kTitleLimit);
+    Check(dialog_->SetTitle(title_.c_str()));
+}
+
+} // namespace quill

@@ -1,0 +1,74 @@
+// Quill.ProgressDialog: the shell's progress dialog, which runs on a thread of its own.
+#pragma once
+
+#include "core/Automation.h"
+
+#include <shlobj.h> // after the platform's headers as we take them
+
+namespace quill {
+
+// The shell's dialog; throws where there is none. Tests put their own in its place.
+using ShellDialogFactory = std::function<ComPtr<IProgressDialog>()>;
+ShellDialogFactory& ShellDialogOfThread() noexcept;
+
+// What the dialog refuses is an error of the call, except in SetTimer.
+class ProgressDialog final : public Automation<_ProgressDialog> {
+public:
+    ProgressDialog();
+    ~ProgressDialog() override;
+
+    STDMETHODIMP StartDlg(LONG flags) noexcept override
+    {
+        return Call(&ProgressDialog::Start, flags);
+    }
+    STDMETHODIMP StopDlg() noexcept override { return Call(&ProgressDialog::Stop); }
+    STDMETHODIMP SetProgress(LONG dwCompleted, LONG dwTotal) noexcept override
+    {
+        return Call(&ProgressDialog::Show, dwCompleted, dwTotal);
+    }
+    STDMETHODIMP SetProgress64(CURRENCY dwCompleted, CURRENCY dwTotal) noexcept override
+    {
+        return Call(&ProgressDialog::Show64, dwCompleted, dwTotal);
+    }
+    STDMETHODIMP SetText(BSTR txt, SHORT line, VARIANT_BOOL cp) noexcept override
+    {
+        return Call(&ProgressDialog::SetLine, txt, line, cp);
+    }
+    STDMETHODIMP SetTimer(LONG action) noexcept override
+    {
+        return Call(&ProgressDialog::Time, action);
+    }
+    STDMETHODIMP get_Cancellation(VARIANT_BOOL* value) noexcept override
+    {
+        return Call(value, &ProgressDialog::Cancelled);
+    }
+    STDMETHODIMP get_CancelMsg(BSTR* value) noexcept override { return Get(value, cancelMsg_); }
+    STDMETHODIMP put_CancelMsg(BSTR value) noexcept override
+    {
+        return Call(&ProgressDialog::SetCancelMsg, value);
+    }
+    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
+    STDMETHODIMP put_Title(BSTR value) noexcept override
+    {
+        return Call(&ProgressDialog::SetTitle, value);
+    }
+
+private:
+    void Start(LONG flags);
+    void Stop();
+    void Show(LONG completed, LONG total);
+    void Show64(CURRENCY completed, CURRENCY total);
+    void SetLine(const std::wstring& text, SHORT line, bool compact);
+    void Time(LONG action) noexcept;
+    bool Cancelled() const;
+    void SetCancelMsg(const std::wstring& text);
+    void SetTitle(const std::wstring& title);
+
+    ComPtr<IProgressDialog> dialog_;
+    bool started_ = false;
+    std::wstring title_ = L"QUILL Progress Dialog";
+    std::wstring cancelMsg_;
+    SHORT lastLine_ = 3; // 2 where the dialog tells the time left
+};
+
+} // namespace quill

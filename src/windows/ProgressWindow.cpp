@@ -1,0 +1,386 @@
+#include "windows/ProgressWindow.h"
+
+#include <utility>
+
+#include "core/Catalogue.h"
+#include "core/MessagePump.h"
+#include "core/StartUp.h"
+#include "gui/windowfn.h"
+#include "windows/ProgressBarFn.h"
+
+namespace quill {
+
+namespace {
+
+constexpr DISPID kButtonPressed = 1;
+constexpr int kWindows7 = 601;
+constexpr size_t kTextLimit = 1024; // UTF-16 units
+constexpr SHORT kDefaultMarqueeTime = 30;
+constexpr LONG kDefaultColor = static_cast<LONG>(CLR_DEFAULT);
+constexpr LONG kDarkBlue = 0x993300; // 0x00BBGGRR
+
+ComPtr<ITaskbarList3> CreateTaskbar()
+{
+    ComPtr<ITaskbarList3> taskbar;
+    if (FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_PPV_ARGS(&taskbar))))
+        return nullptr;
+    return taskbar;
+}
+
+SHORT Sum(SHORT left, SHORT right)
+{
+    const int sum = left + right;
+    if (sum < SHRT_MIN || sum > SHRT_MAX) RaiseRuntimeError(RuntimeError::Overflow);
+    return static_cast<SHORT>(sum);
+}
+
+// As the taskbar takes it: the number as Currency, ten thousand times as large.
+ULONGLONG AsCurrency(SHORT number) noexcept
+{
+    return static_cast<ULONGLONG>(number * 10'000LL);
+}
+
+} // namespace
+
+template <>
+IDispatch* Create<::ProgressWindow>()
+{
+    return new ProgressWindow;
+}
+
+TaskbarFactory& TaskbarOfThread() noexcept
+{
+    thread_local TaskbarFactory factory = CreateTaskbar;
+    return factory;
+}
+
+ProgressWindow::ProgressWindow()
+    : mainTextColor_(kDarkBlue), marqueeTime_(kDefaultMarqueeTime), color_(kDefaultColor),
+      backColor_(kDefaultColor)
+{
+    if (ThisApartment().osVersion < kWindows7) return;
+    taskbar_ = TaskbarOfThread()();
+    if (taskbar_ && FAILED(taskbar_->HrInit())) taskbar_.Reset();
+}
+
+void ProgressWindow::Open(const std::wstring& title, SHORT width, SHORT classic)
+{
+    if (Shown()) return;
+    const auto form = std::make_shared<frmProWin>(static_cast<frmProWin::Owner&>(*this));
+    form->lblMainText.SetText(mainText_);
+    form->lblMainText.SetTextColor(static_cast<COLORREF>(mainTextColor_));
+    if (!title.empty()) title_ = title.substr(0, kTitleLimit);
+    form->SetCaption(title_);
+    if (InRange(width, 360, 900)) form->SetWidth(width);
+    form->lblSubText.SetText(subText_);
+    form->SetButtonMode(button_);
+    form->SetArmed(notifier_ != 0);
+    form->PwButton.SetText(buttonText_);
+    form->lblBtnText.SetText(buttonLabel_);
+    if (!form->AddBar(style_, classic != 0)) {
+        form->Unload();
+        Fail(error::kControlCreation);
+        return;
+    }
+    form_ = form;
+    ApplyBar();
+    if (Follows()) TakeBarOver();
+    form->ShowAtCentre(topmost_);
+}
+
+void ProgressWindow::Close() noexcept
+{
+    if (const auto form = std::exchange(form_, nullptr)) form->Unload();
+}
+
+void ProgressWindow::Blink(LONG count)
+{
+    if (frmProWin* form = Shown()) FlashCaption(form->Window(), count);
+}
+
+// All settings of the bar, to a new one.
+void ProgressWindow::ApplyBar()
+{
+    SetBarState(Bar(), state_);
+    SetBarColor(Bar(), color_);
+    SetBarBackColor(Bar(), backColor_);
+    SetBarRange(Bar(), minimum_, maximum_);
+    SetBarStep(Bar(), step_);
+    if (IsMarquee())
+        ApplyMarquee();
+    else
+        SetBarPosition(Bar(), position_);
+}
+
+void ProgressWindow::ApplyMarquee()
+{
+    if (IsMarquee()) SetBarMarquee(Bar(), marquee_, marqueeTime_);
+}
+
+void ProgressWindow::Add(SHORT increment)
+{
+    if (!Bar()) return;
+    if (!IsMarquee()) MoveBarBy(Bar(), increment);
+    AddToTaskbar(increment);
+}
+
+void ProgressWindow::Step()
+{
+    if (!Bar()) return;
+    StepBar(Bar());
+    AddToTaskbar(step_);
+}
+
+bool ProgressWindow::SetRange(SHORT minimum, SHORT maximum)
+{
+    if (minimum < 0 || maximum < minimum) return false;
+    minimum_ = minimum;
+    maximum_ = maximum;
+    SetBarRange(Bar(), minimum, maximum);
+    if (Follows()) {
+        tbTotal_ = static_cast<SHORT>(maximum - minimum);
+        PushValue();
+    }
+    return true;
+}
+
+void ProgressWindow::SetStep(SHORT step)
+{
+    step_ = step;
+    SetBarStep(Bar(), step);
+}
+
+void ProgressWindow::SetStyle(LONG style)
+{
+    style_ = style & (PBS_SMOOTH | PBS_MARQUEE | PBS_SMOOTHREVERSE);
+    SetBarStyle(Bar(), style_);
+    FollowState();
+}
+
+SHORT ProgressWindow::Position()
+{
+    if (Bar()) position_ = BarPosition(Bar());
+    return position_;
+}
+
+void ProgressWindow::SetPosition(SHORT position)
+{
+    position_ = position;
+    if (!IsMarquee()) SetBarPosition(Bar(), position);
+    if (Follows()) {
+        tbValue_ = position;
+        PushValue();
+    }
+}
+
+void ProgressWindow::SetMarquee(bool running)
+{
+    marquee_ = running;
+    ApplyMarquee();
+    FollowState();
+}
+
+void ProgressWindow::SetMarqueeTime(SHORT milliseconds)
+{
+    if (!InRange(milliseconds, 0, 1000)) return;
+    marqueeTime_ = milliseconds == 0 ? kDefaultMarqueeTime : milliseconds;
+    ApplyMarquee();
+    FollowState();
+}
+
+void ProgressWindow::SetState(SHORT state)
+{
+    if (InRange(state, PBST_NORMAL, PBST_PAUSED)) {
+        state_ = state;
+        SetBarState(Bar(), state);
+    }
+    FollowState();
+}
+
+void ProgressWindow::SetColor(LONG color)
+{
+    color_ = color;
+    SetBarColor(Bar(), color);
+}
+
+void ProgressWindow::SetBackColor(LONG color)
+{
+    backColor_ = color;
+    SetBarBackColor(Bar(), color);
+}
+
+void ProgressWindow::SetButton(SHORT mode)
+{
+    if (!InRange(mode, 0, 2)) return;
+    button_ = mode;
+    if (frmProWin* form = Shown()) form->SetButtonMode(mode);
+}
+
+void ProgressWindow::SetNotifier(SHORT notifier)
+{
+    if (!InRange(notifier, 0, 2)) return;
+    notifier_ = notifier;
+    if (frmProWin* form = Shown()) form->SetArmed(notifier != 0);
+}
+
+void ProgressWindow::SetButtonText(const std::wstring& text)
+{
+    buttonText_ = text;
+    if (frmProWin* form = Shown()) form->PwButton.SetText(text);
+}
+
+void ProgressWindow::SetButtonLabel(const std::wstring& text)
+{
+    buttonLabel_ = text;
+    if (frmProWin* form = Shown()) form->lblBtnText.SetText(text);
+}
+
+void ProgressWindow::SetMainText(const std::wstring& text)
+{
+    mainText_ = text.substr(0, kTextLimit);
+    if (frmProWin* form = Shown()) form->lblMainText.SetText(mainText_);
+}
+
+void ProgressWindow::SetMainTextColor(LONG color)
+{
+    constexpr LONG kOfSystem = static_cast<LONG>(0x80000000);
+    if (color == kDefaultColor)
+        mainTextColor_ = kDarkBlue;
+    else if (color == (kOfSystem | COLOR_MENUTEXT) || color == (kOfSystem | COLOR_WINDOWTEXT) ||
+             color == (kOfSystem | COLOR_BTNTEXT))
+        mainTextColor_ = color;
+    else
+        mainTextColor_ = color & 0xFFFFFF;
+    if (frmProWin* form = Shown())
+        form->lblMainText.SetTextColor(static_cast<COLORREF>(mainTextColor_));
+}
+
+void ProgressWindow::SetSubText(const std::wstring& text)
+{
+    subText_ = text.substr(0, kTextLimit);
+    if (frmProWin* form = Shown()) form->lblSubText.SetText(subText_);
+}
+
+void ProgressWindow::SetTitle(const std::wstring& title)
+{
+    title_ = title.substr(0, kTitleLimit);
+    if (frmProWin* form = Shown()) form->SetCaption(title_);
+}
+
+void ProgressWindow::PutTopmost(bool topmost)
+{
+    topmost_ = topmost;
+    if (frmProWin* form = Shown()) SetTopmost(form->Window(), topmost);
+}
+
+void ProgressWindow::SetTaskbarState(LONG window, LONG flags)
+{
+    if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+    Check(taskbar_->SetProgressState(static_cast<HWND>(LongToHandle(window)),
+                                     static_cast<TBPFLAG>(flags)));
+}
+
+void ProgressWindow::SetTaskbarValue(LONG window, CURRENCY completed, CURRENCY total)
+{
+    if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+    Check(taskbar_->SetProgressValue(static_cast<HWND>(LongToHandle(window)),
+                                     static_cast<ULONGLONG>(completed.int64),
+                                     static_cast<ULONGLONG>(total.int64)));
+}
+
+void ProgressWindow::SetTaskbarMode(SHORT mode)
+{
+    if (!taskbar_ || mode == tbMode_ || !InRange(mode, 0, 2)) return;
+    if (mode == 0) PushState(TBPF_NOPROGRESS);
+    tbMode_ = mode;
+    if (Follows()) TakeBarOver();
+    PushValue();
+    PushState(tbState_);
+}
+
+void ProgressWindow::SetOwnTaskbarState(SHORT state)
+{
+    const bool known = state == TBPF_NOPROGRESS || state == TBPF_INDETERMINATE ||
+                       state == TBPF_NORMAL || state == TBPF_ERROR || state == TBPF_PAUSED;
+    if (Follows() || state == tbState_ || !known) return;
+    tbState_ = state;
+    PushState(state);
+}
+
+void ProgressWindow::SetOwnTaskbarValue(SHORT value)
+{
+    if (Follows() || value == tbValue_ || value < 0) return;
+    tbValue_ = value;
+    PushValue();
+}
+
+void ProgressWindow::SetOwnTaskbarTotal(SHORT total)
+{
+    if (Follows() || total == tbTotal_ || total < 0) return;
+    tbTotal_ = total;
+    PushValue();
+}
+
+void ProgressWindow::TakeBarOver()
+{
+    tbValue_ = Position();
+    tbTotal_ = static_cast<SHORT>(maximum_ - minimum_);
+}
+
+void ProgressWindow::AddToTaskbar(SHORT increment)
+{
+    if (!Follows()) return;
+    tbValue_ = Sum(tbValue_, increment);
+    PushValue();
+}
+
+// Where the taskbar follows the bar, it shows the bar's state too.
+void ProgressWindow::FollowState()
+{
+    if (!Follows()) return;
+    if (IsMarquee())
+        tbState_ = marquee_ ? TBPF_INDETERMINATE : TBPF_NOPROGRESS;
+    else if (state_ == PBST_ERROR)
+        tbState_ = TBPF_ERROR;
+    else
+        tbState_ = state_ == PBST_PAUSED ? TBPF_PAUSED : TBPF_NORMAL;
+    PushState(tbState_);
+}
+
+// A taskbar that cannot show it is no reason for a script to fail.
+void ProgressWindow::PushState(SHORT state) noexcept
+{
+    if (tbMode_ != 0 && Shown())
+        taskbar_->SetProgressState(form_->Window(), static_cast<TBPFLAG>(state));
+}
+
+void ProgressWindow::PushValue() noexcept
+{
+    if (tbMode_ != 0 && Shown())
+        taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
+}
+
+void ProgressWindow::OnPressed() noexcept
+{
+    const ComPtr<_ProgressWindow> alive(this); // the handler may release the object
+    try {
+        pressed_ = Sum(pressed_, 1); // one more than fits is not told
+        if (std::exchange(notifier_, SHORT{0}) != 2) return;
+        Fire(kButtonPressed);
+        if (pumping_) return; // a press that came in while the last one's messages ran
+        pumping_ = true;
+        DispatchPending();
+    } catch (...) {
+        // nobody waits for the outcome
+    }
+    pumping_ = false;
+}
+
+void ProgressWindow::OnTaskbarButton() noexcept
+{
+    PushValue();
+    PushState(tbState_);
+}
+
+} // namespace quill

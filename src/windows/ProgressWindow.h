@@ -1,0 +1,254 @@
+// Quill.ProgressWindow: a small window that shows progress, with a button, and on the taskbar.
+#pragma once
+
+#include "core/ErrorLevel.h"
+#include "core/EventSource.h"
+#include "windows/frmProWin.h"
+
+#include <shobjidl.h> // after the platform's headers as we take them
+
+namespace quill {
+
+// The platform's taskbar object, or null where there is none; tests put their own in its place.
+using TaskbarFactory = std::function<ComPtr<ITaskbarList3>()>;
+TaskbarFactory& TaskbarOfThread() noexcept;
+
+// The window stays until Remove, its close box, or the object's release. Properties take effect at
+// once where it is there, else when it is made.
+class ProgressWindow final : public WithErrorLevel<EventSource<_ProgressWindow>>,
+                             private frmProWin::Owner {
+public:
+    ProgressWindow();
+    ~ProgressWindow() override { Close(); }
+
+    STDMETHODIMP Create(BSTR tt, SHORT wd, SHORT fx) noexcept override
+    {
+        return Call(&ProgressWindow::Open, tt, wd, fx);
+    }
+    STDMETHODIMP Remove() noexcept override { return Call(&ProgressWindow::Close); }
+    STDMETHODIMP Flash(LONG num) noexcept override { return Call(&ProgressWindow::Blink, num); }
+    STDMETHODIMP ProgressAdd(SHORT padd) noexcept override
+    {
+        return Call(&ProgressWindow::Add, padd);
+    }
+    STDMETHODIMP ProgressStep() noexcept override { return Call(&ProgressWindow::Step); }
+    STDMETHODIMP SetProgressRange(SHORT pmin, SHORT pmax, VARIANT_BOOL* result) noexcept override
+    {
+        return Call(result, &ProgressWindow::SetRange, pmin, pmax);
+    }
+    STDMETHODIMP SetProgressStep(SHORT i) noexcept override
+    {
+        return Call(&ProgressWindow::SetStep, i);
+    }
+    STDMETHODIMP TB_SetProgressState(LONG hWnd, LONG tbpFlag) noexcept override
+    {
+        return Call(&ProgressWindow::SetTaskbarState, hWnd, tbpFlag);
+    }
+    STDMETHODIMP TB_SetProgressValue(LONG hWnd, CURRENCY ullCompleted,
+                                     CURRENCY ullTotal) noexcept override
+    {
+        return Call(&ProgressWindow::SetTaskbarValue, hWnd, ullCompleted, ullTotal);
+    }
+
+    STDMETHODIMP get_ProgressStyle(LONG* value) noexcept override { return Get(value, style_); }
+    STDMETHODIMP put_ProgressStyle(LONG value) noexcept override
+    {
+        return Call(&ProgressWindow::SetStyle, value);
+    }
+    STDMETHODIMP get_Progress(SHORT* value) noexcept override
+    {
+        return Call(value, &ProgressWindow::Position);
+    }
+    STDMETHODIMP put_Progress(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetPosition, value);
+    }
+    STDMETHODIMP get_ProgressMarquee(VARIANT_BOOL* value) noexcept override
+    {
+        return Get(value, marquee_);
+    }
+    STDMETHODIMP put_ProgressMarquee(VARIANT_BOOL value) noexcept override
+    {
+        return Call(&ProgressWindow::SetMarquee, value);
+    }
+    STDMETHODIMP get_ProgressMarqueeTime(SHORT* value) noexcept override
+    {
+        return Get(value, marqueeTime_);
+    }
+    STDMETHODIMP put_ProgressMarqueeTime(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetMarqueeTime, value);
+    }
+    STDMETHODIMP get_ProgressState(SHORT* value) noexcept override { return Get(value, state_); }
+    STDMETHODIMP put_ProgressState(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetState, value);
+    }
+    STDMETHODIMP get_ProgressColor(LONG* value) noexcept override { return Get(value, color_); }
+    STDMETHODIMP put_ProgressColor(LONG value) noexcept override
+    {
+        return Call(&ProgressWindow::SetColor, value);
+    }
+    STDMETHODIMP get_ProgressBackColor(LONG* value) noexcept override
+    {
+        return Get(value, backColor_);
+    }
+    STDMETHODIMP put_ProgressBackColor(LONG value) noexcept override
+    {
+        return Call(&ProgressWindow::SetBackColor, value);
+    }
+    STDMETHODIMP get_Button(SHORT* value) noexcept override { return Get(value, button_); }
+    STDMETHODIMP put_Button(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetButton, value);
+    }
+    STDMETHODIMP get_BtnNotifier(SHORT* value) noexcept override { return Get(value, notifier_); }
+    STDMETHODIMP put_BtnNotifier(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetNotifier, value);
+    }
+    STDMETHODIMP get_BtnPressed(SHORT* value) noexcept override { return Get(value, pressed_); }
+    STDMETHODIMP put_BtnPressed(SHORT value) noexcept override
+    {
+        return Put<Within<0, SHRT_MAX>>(pressed_, value);
+    }
+    STDMETHODIMP get_ButtonText(BSTR* value) noexcept override { return Get(value, buttonText_); }
+    STDMETHODIMP put_ButtonText(BSTR value) noexcept override
+    {
+        return Call(&ProgressWindow::SetButtonText, value);
+    }
+    STDMETHODIMP get_ButtonLabel(BSTR* value) noexcept override { return Get(value, buttonLabel_); }
+    STDMETHODIMP put_ButtonLabel(BSTR value) noexcept override
+    {
+        return Call(&ProgressWindow::SetButtonLabel, value);
+    }
+    STDMETHODIMP get_MainText(BSTR* value) noexcept override { return Get(value, mainText_); }
+    STDMETHODIMP put_MainText(BSTR value) noexcept override
+    {
+        return Call(&ProgressWindow::SetMainText, value);
+    }
+    STDMETHODIMP get_Text(BSTR* value) noexcept override { return get_MainText(value); }
+    STDMETHODIMP put_Text(BSTR value) noexcept override { return put_MainText(value); }
+    STDMETHODIMP get_MainTextColor(LONG* value) noexcept override
+    {
+        return Get(value, mainTextColor_);
+    }
+    STDMETHODIMP put_MainTextColor(LONG value) noexcept override
+    {
+        return Call(&ProgressWindow::SetMainTextColor, value);
+    }
+    STDMETHODIMP get_SubText(BSTR* value) noexcept override { return Get(value, subText_); }
+    STDMETHODIMP put_SubText(BSTR value) noexcept override
+    {
+        return Call(&ProgressWindow::SetSubText, value);
+    }
+    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
+    STDMETHODIMP put_Title(BSTR value) noexcept override
+    {
+        return Call(&ProgressWindow::SetTitle, value);
+    }
+    STDMETHODIMP get_Topmost(VARIANT_BOOL* value) noexcept override { return Get(value, topmost_); }
+    STDMETHODIMP put_Topmost(VARIANT_BOOL value) noexcept override
+    {
+        return Call(&ProgressWindow::PutTopmost, value);
+    }
+    STDMETHODIMP get_TBProgress(SHORT* value) noexcept override { return Get(value, tbMode_); }
+    STDMETHODIMP put_TBProgress(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetTaskbarMode, value);
+    }
+    STDMETHODIMP get_TBProState(SHORT* value) noexcept override { return Get(value, tbState_); }
+    STDMETHODIMP put_TBProState(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetOwnTaskbarState, value);
+    }
+    STDMETHODIMP get_TBProValue(SHORT* value) noexcept override { return Get(value, tbValue_); }
+    STDMETHODIMP put_TBProValue(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetOwnTaskbarValue, value);
+    }
+    STDMETHODIMP get_TBProTotal(SHORT* value) noexcept override { return Get(value, tbTotal_); }
+    STDMETHODIMP put_TBProTotal(SHORT value) noexcept override
+    {
+        return Call(&ProgressWindow::SetOwnTaskbarTotal, value);
+    }
+
+private:
+    void Open(const std::wstring& title, SHORT width, SHORT classic);
+    void Close() noexcept;
+    void Blink(LONG count);
+    frmProWin* Shown() const noexcept { return form_ && !form_->Closed() ? form_.get() : nullptr; }
+    HWND Bar() const noexcept { return form_ ? form_->Bar() : nullptr; }
+
+    void Add(SHORT increment);
+    void Step();
+    bool SetRange(SHORT minimum, SHORT maximum);
+    void SetStep(SHORT step);
+    void SetStyle(LONG style);
+    SHORT Position();
+    void SetPosition(SHORT position);
+    void SetMarquee(bool running);
+    void SetMarqueeTime(SHORT milliseconds);
+    void SetState(SHORT state);
+    void SetColor(LONG color);
+    void SetBackColor(LONG color);
+    bool IsMarquee() const noexcept { return (style_ & PBS_MARQUEE) != 0; }
+    void ApplyBar();
+    void ApplyMarquee();
+
+    void SetButton(SHORT mode);
+    void SetNotifier(SHORT notifier);
+    void SetButtonText(const std::wstring& text);
+    void SetButtonLabel(const std::wstring& text);
+    void SetMainText(const std::wstring& text);
+    void SetMainTextColor(LONG color);
+    void SetSubText(const std::wstring& text);
+    void SetTitle(const std::wstring& title);
+    void PutTopmost(bool topmost);
+
+    void SetTaskbarState(LONG window, LONG flags);
+    void SetTaskbarValue(LONG window, CURRENCY completed, CURRENCY total);
+    void SetTaskbarMode(SHORT mode);
+    void SetOwnTaskbarState(SHORT state);
+    void SetOwnTaskbarValue(SHORT value);
+    void SetOwnTaskbarTotal(SHORT total);
+    bool Follows() const noexcept { return tbMode_ == 2; }
+    void TakeBarOver();
+    void AddToTaskbar(SHORT increment);
+    void FollowState();
+    void PushState(SHORT state) noexcept;
+    void PushValue() noexcept;
+
+    void OnPressed() noexcept override;
+    void OnTaskbarButton() noexcept override;
+
+    std::wstring title_ = L"QUILL ProgressWindow";
+    bool topmost_ = true;
+    LONG mainTextColor_;
+    std::wstring mainText_;
+    std::wstring subText_;
+    SHORT button_ = 0;
+    SHORT notifier_ = 1;
+    SHORT pressed_ = 0;
+    std::wstring buttonText_ = L"Stop";
+    std::wstring buttonLabel_;
+    LONG style_ = 0; // PBS_ bits
+    SHORT position_ = 0;
+    SHORT minimum_ = 0;
+    SHORT maximum_ = 100;
+    SHORT step_ = 10;
+    bool marquee_ = true;
+    SHORT marqueeTime_;
+    SHORT state_ = PBST_NORMAL;
+    LONG color_;
+    LONG backColor_;
+    SHORT tbMode_ = 0; // 1: the script's own values, 2: those of the bar
+    SHORT tbState_ = TBPF_NORMAL;
+    SHORT tbValue_ = 0;
+    SHORT tbTotal_ = 100;
+    bool pumping_ = false; // after an event
+    std::shared_ptr<frmProWin> form_;
+    ComPtr<ITaskbarList3> taskbar_; // null: no progress there
+};
+
+} // namespace quill
