@@ -12,6 +12,10 @@ namespace quill {
 
 namespace {
 
+// Calls that end together with their thread are answered by threads of the platform, which use what
+// the thread gives back: they get this time.
+constexpr DWORD kAnswerMilliseconds = 100;
+
 constexpr UINT kCreateObject = WM_APP; // lParam: the Request
 
 thread_local std::atomic<int>* loadOfThread = nullptr; // null on the main thread
@@ -78,6 +82,7 @@ private:
         }
         SetEvent(ready.get());
         if (window) RunMessageLoop();
+        Sleep(kAnswerMilliseconds);
         CoUninitialize();
         SetEvent(ended.get());
     }

@@ -116,7 +116,7 @@ void Clients()
 void Objects()
 {
     constexpr int kCount = 10'000;
-    constexpr int kRounds = 3;
+    constexpr int kRounds = 2;
     for (const wchar_t* name : {L"Profile", L"List"}) {
         Watch watch;
         std::optional<double> before;

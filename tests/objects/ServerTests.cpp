@@ -18,10 +18,25 @@ ComPtr<IClassFactory> ClassOfProfile()
     return factory;
 }
 
+ComPtr<IDispatch> object; // of a client that is there for a while
+bool served;
+bool hung;
+
+void CALLBACK ReleaseObject(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    served = true;
+    object.Reset();
+}
+
+void CALLBACK GiveUp(HWND, UINT, UINT_PTR, DWORD)
+{
+    hung = true;
+    PostQuitMessage(1);
+}
+
 TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
 {
-    static ComPtr<IDispatch> object;
-    static bool served;
     served = false;
     const DuringWait client([] {
         const ComPtr<IClassFactory> factory = ClassOfProfile();
@@ -29,11 +44,7 @@ TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
         factory->LockServer(TRUE);
         for (int count = 0; count < 3; ++count)
             factory->LockServer(FALSE);
-        SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR timer, DWORD) {
-            KillTimer(nullptr, timer);
-            served = true;
-            object.Reset();
-        });
+        SetTimer(nullptr, 0, 300, ReleaseObject);
     });
     EXPECT_EQ(RunServer(kPatience), 0);
     EXPECT_TRUE(served);
@@ -51,12 +62,8 @@ TEST(Server, TheLocksOfAKilledClientGoWithIt)
         factory->LockServer(TRUE);
         connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
     });
-    static bool hung;
     hung = false;
-    const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, [](HWND, UINT, UINT_PTR, DWORD) {
-        hung = true;
-        PostQuitMessage(1);
-    });
+    const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, GiveUp);
     EXPECT_EQ(RunServer(kPatience), 0);
     EXPECT_FALSE(hung);
     KillTimer(nullptr, timer);
