@@ -15,6 +15,9 @@ namespace {
 // The system gives a program five seconds to end with the session.
 constexpr DWORD kSessionEndMilliseconds = 4'000;
 
+// How long a client may take from finding a class object to asking it for an object.
+constexpr UINT kLateMilliseconds = 500;
+
 constexpr UINT kUnlocked = WM_APP; // the last lock is gone
 constexpr UINT_PTR kTimer = 1;
 
@@ -40,15 +43,30 @@ public:
 
     HRESULT Register() noexcept
     {
-        return CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this),
-                                     CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED,
-                                     &registration_);
+        const HRESULT registered = CoRegisterClassObject(
+            row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
+            REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
+        if (FAILED(registered)) return registered;
+        // Clients that are on their way when it is revoked still find it. What the platform counts
+        // for that is no client.
+        const DWORD before = clients_.Count();
+        CoLockObjectExternal(static_cast<IClassFactory*>(this), TRUE, TRUE);
+        own_ = clients_.Count();
+        ownRevoked_ = own_ - before;
+        return S_OK;
     }
     void Revoke() noexcept
     {
-        if (registration_ != 0) CoRevokeClassObject(std::exchange(registration_, 0));
+        if (registration_ == 0) return;
+        own_ = ownRevoked_;
+        CoRevokeClassObject(std::exchange(registration_, 0));
     }
-    bool HasClients() const noexcept { return clients_.Count() != 0; }
+    void Disconnect() noexcept
+    {
+        Revoke();
+        CoLockObjectExternal(static_cast<IClassFactory*>(this), FALSE, TRUE);
+    }
+    bool HasClients() const noexcept { return clients_.Count() > own_; }
 
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
     {
@@ -94,7 +112,7 @@ public:
     {
         const DWORD left = type & EXTCONN_STRONG ? clients_.Remove() : clients_.Count();
         // A client that was killed takes none of its locks back.
-        if (left == 0)
+        if (left <= own_)
             for (long held = clientLocks_.exchange(0); held > 0; --held)
                 Unlock();
         return left;
@@ -104,6 +122,8 @@ private:
     const CatalogueRow& row_;
     ApartmentPool& pool_;
     ClientCount clients_;
+    std::atomic<DWORD> own_{0}; // of these, those that the server has itself
+    DWORD ownRevoked_ = 0;
     std::atomic<long> clientLocks_{0};
     DWORD registration_ = 0;
 };
@@ -123,7 +143,8 @@ public:
         Check(CoResumeClassObjects());
         const int exitCode = RunMessageLoop();
         mainWindow = nullptr;
-        Revoke();
+        for (ClassObject& object : classes_)
+            object.Disconnect();
         DestroyWindow(window_);
         return exitCode;
     }
@@ -140,7 +161,7 @@ private:
         auto* self = reinterpret_cast<Server*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         switch (message) {
         case kUnlocked:
-            SetTimer(window, kTimer, self->closed_ ? 0 : self->patience_.linger, nullptr);
+            SetTimer(window, kTimer, self->closed_ ? kLateMilliseconds : self->patience_.linger, nullptr);
             return 0;
         case WM_TIMER: self->EndIfIdle(); return 0;
         case WM_CLOSE: return 0; // asked of all windows; means those that the user sees
@@ -163,12 +184,15 @@ private:
                 return;
             }
             closed_ = true;
-            Revoke();
+            for (ClassObject& object : classes_)
+                object.Revoke();
             // A client that came in just before still gets its object; the server ends after it.
-            if (HasClients()) {
-                SetTimer(window_, kTimer, patience_.lastCall, nullptr);
-                return;
-            }
+            SetTimer(window_, kTimer, kLateMilliseconds, nullptr);
+            return;
+        }
+        if (HasClients() && !std::exchange(lastCall_, true)) {
+            SetTimer(window_, kTimer, patience_.lastCall, nullptr);
+            return;
         }
         PostQuitMessage(0);
     }
@@ -189,17 +213,12 @@ private:
         return false;
     }
 
-    void Revoke() noexcept
-    {
-        for (ClassObject& object : classes_)
-            object.Revoke();
-    }
-
     const Patience patience_;
     HWND window_ = nullptr;
     ApartmentPool pool_;
     std::deque<ClassObject> classes_;
-    bool closed_ = false; // no new clients come in any more
+    bool closed_ = false;   // no new clients come in any more
+    bool lastCall_ = false; // those that hold class objects have been given time
 };
 
 } // namespace

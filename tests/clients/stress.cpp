@@ -1,10 +1,11 @@
-// stress clients | objects | races ROUNDS | kills ROUNDS
+// stress clients | objects | races ROUNDS | crowds ROUNDS | kills ROUNDS
 //
 // Puts load on the registered server and prints what becomes of it, a line for each figure:
 //
 //     clients   1,000 programs one after another, then 20 at once
 //     objects   10,000 objects at once, several times
-//     races     (with quick.exe registered) clients that come while the server ends
+//     races     (with quick.exe registered) clients that come, one by one, while the server ends
+//     crowds    the same, four at once
 //     kills     (with quick.exe registered) clients that are killed while the server starts or ends
 //
 // The exit code is 1 when a client failed or something grew.
@@ -160,6 +161,7 @@ std::future<long> UseOnThread()
             char text[64];
             std::snprintf(text, sizeof text, "creation: 0x%08lx", error.number);
             Fail(text);
+            id = -1;
         } catch (const ScriptError& error) {
             Fail("call: " + Narrow(error.description) + " " + std::to_string(error.number));
         }
@@ -168,8 +170,9 @@ std::future<long> UseOnThread()
     });
 }
 
-// The server lingers for 20 ms here: one client or four come around the end of that time.
-void Races(int rounds)
+// The server lingers for 20 ms here: clients come around the end of that time, alone, or four in the
+// same moment.
+void Races(int rounds, int clientsAtOnce)
 {
     std::mt19937 random(1);
     std::uniform_int_distribution<int> microseconds(10'000, 40'000);
@@ -182,7 +185,7 @@ void Races(int rounds)
         while (Milliseconds() < due) Sleep(0);
         const double called = Milliseconds();
         std::vector<std::future<long>> clients;
-        for (int number = 0; number < (round % 2 ? 4 : 1); ++number)
+        for (int number = 0; number < clientsAtOnce; ++number)
             clients.push_back(UseOnThread());
         for (auto& client : clients)
             ++served[client.get() != before];
@@ -241,7 +244,9 @@ int wmain(int count, wchar_t** arguments)
         else if (mode == L"objects")
             Objects();
         else if (mode == L"races")
-            Races(rounds);
+            Races(rounds, 1);
+        else if (mode == L"crowds")
+            Races(rounds, 4);
         else if (mode == L"kills")
             Kills(rounds);
         else
