@@ -43,9 +43,9 @@ public:
 
     HRESULT Register() noexcept
     {
-        const HRESULT registered = CoRegisterClassObject(
-            row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
-            REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
+        const HRESULT registered =
+            CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
+                                  REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
         if (FAILED(registered)) return registered;
         // Clients that are on their way when it is revoked still find it. What the platform counts
         // for that is no client.
@@ -99,7 +99,8 @@ public:
         }
         // One more unlock than locks would let the server end under the objects of others.
         long held = clientLocks_;
-        while (held > 0 && !clientLocks_.compare_exchange_weak(held, held - 1)) {}
+        while (held > 0 && !clientLocks_.compare_exchange_weak(held, held - 1)) {
+        }
         if (held > 0) Unlock();
         return S_OK;
     }
@@ -161,7 +162,8 @@ private:
         auto* self = reinterpret_cast<Server*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         switch (message) {
         case kUnlocked:
-            SetTimer(window, kTimer, self->closed_ ? kLateMilliseconds : self->patience_.linger, nullptr);
+            SetTimer(window, kTimer, self->closed_ ? kLateMilliseconds : self->patience_.linger,
+                     nullptr);
             return 0;
         case WM_TIMER: self->EndIfIdle(); return 0;
         case WM_CLOSE: return 0; // asked of all windows; means those that the user sees

@@ -25,8 +25,8 @@ public:
     explicit Program(const std::wstring& name, const std::wstring& argument)
     {
         const std::wstring& here = ThisApartment().programPath;
-        std::wstring line = L'"' + here.substr(0, here.find_last_of(L'\\') + 1) + name + L"\" " +
-                            argument;
+        std::wstring line =
+            L'"' + here.substr(0, here.find_last_of(L'\\') + 1) + name + L"\" " + argument;
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION started{};

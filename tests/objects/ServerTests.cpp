@@ -13,8 +13,8 @@ constexpr Patience kPatience{.linger = 20, .firstClient = 1'000, .lastCall = 20}
 ComPtr<IClassFactory> ClassOfProfile()
 {
     ComPtr<IClassFactory> factory;
-    EXPECT_HRESULT_SUCCEEDED(CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr,
-                                              IID_PPV_ARGS(&factory)));
+    EXPECT_HRESULT_SUCCEEDED(
+        CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr, IID_PPV_ARGS(&factory)));
     return factory;
 }
 
