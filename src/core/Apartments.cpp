@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
@@ -10,6 +11,10 @@
 namespace quill {
 
 namespace {
+
+// Calls that end together with their thread are answered by threads of the platform, which use what
+// the thread gives back: they get this time.
+constexpr DWORD kAnswerMilliseconds = 100;
 
 constexpr UINT kCreateObject = WM_APP; // lParam: the Request
 
@@ -58,14 +63,11 @@ struct ApartmentPool::Apartment {
     std::atomic<int> load{0}; // objects that live here, or are about to
     HWND window = nullptr;
     Event ready{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    Event ended{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::thread thread{[this] { Run(); }};
 
     Apartment() { WaitForSingleObject(ready.get(), INFINITE); }
-    ~Apartment()
-    {
-        PostMessageW(window, WM_CLOSE, 0, 0);
-        thread.join();
-    }
+    ~Apartment() { thread.join(); }
 
 private:
     void Run() noexcept
@@ -80,7 +82,9 @@ private:
         }
         SetEvent(ready.get());
         if (window) RunMessageLoop();
+        Sleep(kAnswerMilliseconds);
         CoUninitialize();
+        SetEvent(ended.get());
     }
 };
 
@@ -89,13 +93,38 @@ LRESULT CALLBACK ApartmentPool::WindowProcedure(HWND window, UINT message, WPARA
 {
     switch (message) {
     case kCreateObject: reinterpret_cast<Request*>(lParam)->CarryOut(); return 0;
-    case WM_DESTROY: PostQuitMessage(0); return 0;
+    case WM_CLOSE:
+        EndMenu(); // the loop of a menu would use up the message that ends the thread
+        DestroyWindow(window);
+        PostQuitMessage(0);
+        return 0;
     default: return DefWindowProcW(window, message, wParam, lParam);
     }
 }
 
 ApartmentPool::ApartmentPool() = default;
-ApartmentPool::~ApartmentPool() = default;
+
+ApartmentPool::~ApartmentPool()
+{
+    Close(INFINITE);
+}
+
+bool ApartmentPool::Close(DWORD milliseconds) noexcept
+{
+    if (!std::exchange(closed_, true))
+        for (const auto& apartment : apartments_)
+            if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
+    const ULONGLONG begin = GetTickCount64();
+    for (const auto& apartment : apartments_) {
+        const auto waited = static_cast<DWORD>(GetTickCount64() - begin);
+        const DWORD left = milliseconds == INFINITE ? INFINITE
+                           : waited < milliseconds  ? milliseconds - waited
+                                                    : 0;
+        // Its windows and ours send each other messages while they go.
+        if (apartment && !WaitForEvent(apartment->ended.get(), left)) return false;
+    }
+    return true;
+}
 
 ApartmentPool::Apartment& ApartmentPool::Choose()
 {
@@ -113,6 +142,7 @@ ApartmentPool::Apartment& ApartmentPool::Choose()
 
 HRESULT ApartmentPool::Create(const CatalogueRow& row, REFIID id, void** object) noexcept
 {
+    if (closed_) return CO_E_SERVER_STOPPING;
     try {
         Apartment& apartment = Choose();
         Request request{row, id};

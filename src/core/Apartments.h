@@ -17,7 +17,7 @@ public:
     static constexpr size_t kLimit = 32;
 
     ApartmentPool();
-    ~ApartmentPool(); // ends the threads; no objects are left then
+    ~ApartmentPool(); // ends the threads
     ApartmentPool(const ApartmentPool&) = delete;
     ApartmentPool& operator=(const ApartmentPool&) = delete;
 
@@ -25,6 +25,10 @@ public:
     // kLimit, or on the one with the fewest, and returns its proxy for the calling thread. Calls
     // that come in meanwhile are served.
     HRESULT Create(const CatalogueRow& row, REFIID id, void** object) noexcept;
+
+    // Ends the threads and with them all waits, as if cancelled, and the objects that are left.
+    // Creations fail from now on. False when a thread did not end in time.
+    bool Close(DWORD milliseconds) noexcept;
 
 private:
     struct Apartment;
@@ -35,6 +39,7 @@ private:
                                             LPARAM lParam) noexcept;
 
     std::array<std::unique_ptr<Apartment>, kLimit> apartments_; // filled from the front
+    bool closed_ = false;
 };
 
 // Counts an object of the calling thread while it lives; the pool goes by these counts.

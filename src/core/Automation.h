@@ -2,10 +2,11 @@
 //
 //     class Profile final : public Automation<_Profile> {
 //     public:
-//         STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
-//         STDMETHODIMP put_File(BSTR value) noexcept override
+//         STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
+//         PROPERTY_SET_BY(BSTR, File, file_, Profile::SetFile)
+//         STDMETHODIMP GetSectionNames(VARIANT_BOOL cvt, BSTR* result) noexcept override
 //         {
-//             return Call(&Profile::SetFile, value);
+//             return Call(result, &Profile::ReadSectionNames, cvt);
 //         }
 //     private:
 //         void SetFile(const std::wstring& path);
@@ -22,6 +23,40 @@
 #include "core/Conversions.h"
 #include "core/Module.h"
 #include "core/TypeLibrary.h"
+
+// The get and put of a stored property: its published type and name, the field that holds it, and
+// the rule of Conversions.h under which a value is kept; without one every value is.
+#define STORED_PROPERTY(type, name, field, ...)                                                    \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(type value) noexcept override                                          \
+    {                                                                                              \
+        return this->template Put<__VA_ARGS__>(field, value);                                      \
+    }
+
+// The same for a property whose put does more than keep: it is the plain method's.
+#define PROPERTY_SET_BY(type, name, field, method)                                                 \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(type value) noexcept override                                          \
+    {                                                                                              \
+        return this->Call(&method, value);                                                         \
+    }
+
+// The same for a property that holds whatever a script assigns.
+#define STORED_VARIANT(name, field)                                                                \
+    STDMETHODIMP get_##name(VARIANT* value) noexcept override                                      \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }                                                                                              \
+    STDMETHODIMP put_##name(VARIANT* value) noexcept override                                      \
+    {                                                                                              \
+        return this->Put(field, value);                                                            \
+    }
 
 namespace quill {
 

@@ -1,6 +1,7 @@
 // The switch that lets a script silence the errors of an object.
 #pragma once
 
+#include "core/Automation.h"
 #include "core/Conversions.h"
 #include "core/quillfn.h"
 
@@ -10,14 +11,7 @@ namespace quill {
 template <class Base>
 class WithErrorLevel : public Base {
 public:
-    STDMETHODIMP get_ErrorLevel(SHORT* value) noexcept override
-    {
-        return this->Get(value, errorLevel_);
-    }
-    STDMETHODIMP put_ErrorLevel(SHORT value) noexcept override
-    {
-        return this->template Put<Within<0, 1>>(errorLevel_, value);
-    }
+    STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
 
 protected:
     // Raises an entry of the error table, or returns for the method to go on with its quiet result.

@@ -20,6 +20,10 @@ bool DispatchPending();
 // `milliseconds`, and dispatches what is there. False when the thread is to end.
 bool WaitForMessages(DWORD milliseconds, HANDLE event = nullptr);
 
+// Waits for the event, serving messages that are sent, but none that is posted. False when it was
+// not set in time.
+bool WaitForEvent(HANDLE event, DWORD milliseconds);
+
 // Pumps until WM_QUIT. Returns its exit code.
 int RunMessageLoop();
 

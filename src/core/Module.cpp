@@ -12,13 +12,11 @@ namespace quill {
 
 namespace {
 
-// How long the server stays after the last object is gone: a script that makes one object after
-// another does not pay for a start each time. A server that was just started waits longer for the
-// client that had it started.
-constexpr UINT kLingerMilliseconds = 5'000;
-constexpr UINT kFirstClientMilliseconds = 30'000;
-// How long a client may sit on a class object alone while the server ends.
-constexpr UINT kLastCallMilliseconds = 10'000;
+// The system gives a program five seconds to end with the session.
+constexpr DWORD kSessionEndMilliseconds = 4'000;
+
+// How long a client may take from finding a class object to asking it for an object.
+constexpr UINT kLateMilliseconds = 500;
 
 constexpr UINT kUnlocked = WM_APP; // the last lock is gone
 constexpr UINT_PTR kTimer = 1;
@@ -45,15 +43,30 @@ public:
 
     HRESULT Register() noexcept
     {
-        return CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this),
-                                     CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED,
-                                     &registration_);
+        const HRESULT registered =
+            CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
+                                  REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
+        if (FAILED(registered)) return registered;
+        // Clients that are on their way when it is revoked still find it. What the platform counts
+        // for that is no client.
+        const DWORD before = clients_.Count();
+        CoLockObjectExternal(static_cast<IClassFactory*>(this), TRUE, TRUE);
+        own_ = clients_.Count();
+        ownRevoked_ = own_ - before;
+        return S_OK;
     }
     void Revoke() noexcept
     {
-        if (registration_ != 0) CoRevokeClassObject(std::exchange(registration_, 0));
+        if (registration_ == 0) return;
+        own_ = ownRevoked_;
+        CoRevokeClassObject(std::exchange(registration_, 0));
     }
-    bool HasClients() const noexcept { return clients_.Count() != 0; }
+    void Disconnect() noexcept
+    {
+        Revoke();
+        CoLockObjectExternal(static_cast<IClassFactory*>(this), FALSE, TRUE);
+    }
+    bool HasClients() const noexcept { return clients_.Count() > own_; }
 
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
     {
@@ -79,10 +92,16 @@ public:
     }
     STDMETHODIMP LockServer(BOOL lock) noexcept override
     {
-        if (lock)
+        if (lock) {
             Lock();
-        else
-            Unlock();
+            ++clientLocks_;
+            return S_OK;
+        }
+        // One more unlock than locks would let the server end under the objects of others.
+        long held = clientLocks_;
+        while (held > 0 && !clientLocks_.compare_exchange_weak(held, held - 1)) {
+        }
+        if (held > 0) Unlock();
         return S_OK;
     }
 
@@ -92,30 +111,41 @@ public:
     }
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD, BOOL) noexcept override
     {
-        return type & EXTCONN_STRONG ? clients_.Remove() : 0;
+        const DWORD left = type & EXTCONN_STRONG ? clients_.Remove() : clients_.Count();
+        // A client that was killed takes none of its locks back.
+        if (left <= own_)
+            for (long held = clientLocks_.exchange(0); held > 0; --held)
+                Unlock();
+        return left;
     }
 
 private:
     const CatalogueRow& row_;
     ApartmentPool& pool_;
     ClientCount clients_;
+    std::atomic<DWORD> own_{0}; // of these, those that the server has itself
+    DWORD ownRevoked_ = 0;
+    std::atomic<long> clientLocks_{0};
     DWORD registration_ = 0;
 };
 
 class Server {
 public:
+    explicit Server(const Patience& patience) : patience_(patience) {}
+
     int Run()
     {
         window_ = CreateHiddenWindow(L"quill.Server", WindowProcedure, this, false);
         CoAddRefServerProcess(); // keeps the class objects open while the server lingers
         for (const CatalogueRow& row : kCatalogue)
             Check(classes_.emplace_back(row, pool_).Register());
-        SetTimer(window_, kTimer, kFirstClientMilliseconds, nullptr);
+        SetTimer(window_, kTimer, patience_.firstClient, nullptr);
         mainWindow = window_;
         Check(CoResumeClassObjects());
         const int exitCode = RunMessageLoop();
         mainWindow = nullptr;
-        Revoke();
+        for (ClassObject& object : classes_)
+            object.Disconnect();
         DestroyWindow(window_);
         return exitCode;
     }
@@ -132,12 +162,14 @@ private:
         auto* self = reinterpret_cast<Server*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         switch (message) {
         case kUnlocked:
-            SetTimer(window, kTimer, self->closed_ ? 0 : kLingerMilliseconds, nullptr);
+            SetTimer(window, kTimer, self->closed_ ? kLateMilliseconds : self->patience_.linger,
+                     nullptr);
             return 0;
         case WM_TIMER: self->EndIfIdle(); return 0;
+        case WM_CLOSE: return 0; // asked of all windows; means those that the user sees
         case WM_QUERYENDSESSION: return TRUE;
         case WM_ENDSESSION:
-            if (wParam) PostQuitMessage(0);
+            if (wParam) self->EndWithSession();
             return 0;
         default: return DefWindowProcW(window, message, wParam, lParam);
         }
@@ -154,13 +186,25 @@ private:
                 return;
             }
             closed_ = true;
-            Revoke();
+            for (ClassObject& object : classes_)
+                object.Revoke();
             // A client that came in just before still gets its object; the server ends after it.
-            if (HasClients()) {
-                SetTimer(window_, kTimer, kLastCallMilliseconds, nullptr);
-                return;
-            }
+            SetTimer(window_, kTimer, kLateMilliseconds, nullptr);
+            return;
         }
+        if (HasClients() && !std::exchange(lastCall_, true)) {
+            SetTimer(window_, kTimer, patience_.lastCall, nullptr);
+            return;
+        }
+        PostQuitMessage(0);
+    }
+
+    // The system ends the process any time after this: what is open ends before. A script gets
+    // the answer of a user who cancelled.
+    void EndWithSession() noexcept
+    {
+        // Somebody hangs whom a call of ours waits for. What is left goes with the process.
+        if (!pool_.Close(kSessionEndMilliseconds)) TerminateProcess(GetCurrentProcess(), 1);
         PostQuitMessage(0);
     }
 
@@ -171,16 +215,12 @@ private:
         return false;
     }
 
-    void Revoke() noexcept
-    {
-        for (ClassObject& object : classes_)
-            object.Revoke();
-    }
-
+    const Patience patience_;
     HWND window_ = nullptr;
     ApartmentPool pool_;
     std::deque<ClassObject> classes_;
-    bool closed_ = false; // no new clients come in any more
+    bool closed_ = false;   // no new clients come in any more
+    bool lastCall_ = false; // those that hold class objects have been given time
 };
 
 } // namespace
@@ -195,9 +235,9 @@ ServerLock::~ServerLock()
     Unlock();
 }
 
-int RunServer()
+int RunServer(const Patience& patience)
 {
-    return Server().Run();
+    return Server(patience).Run();
 }
 
 } // namespace quill

@@ -33,8 +33,19 @@ private:
     std::atomic<bool> known_{false};
 };
 
+// How long the server stays without objects, in milliseconds.
+struct Patience {
+    // After the last object is gone: a script that makes one object after another does not pay for
+    // a start each time.
+    UINT linger = 5'000;
+    // After the start, for the client that had the server started.
+    UINT firstClient = 30'000;
+    // While it ends, for a client that holds a class object and may still ask for an object.
+    UINT lastCall = 10'000;
+};
+
 // Serves objects of all catalogued classes on the calling thread and on apartments of its own,
 // until no client has needed the server for a while. Returns the process's exit code.
-int RunServer();
+int RunServer(const Patience& patience = {});
 
 } // namespace quill

@@ -5,6 +5,7 @@
 #include "core/AutomationError.h"
 #include "core/Module.h"
 #include "core/Registration.h"
+#include "core/Security.h"
 #include "core/StartUp.h"
 #include "core/Text.h"
 
@@ -79,12 +80,14 @@ void Harden() noexcept
     HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
 }
 
-// Calls are signed and come from whom the platform's defaults admit; clients that died are noticed
-// soon; a fault inside a call is not hidden.
+// Calls are signed and come from those who may call; clients that died are noticed soon; a fault
+// inside a call is not hidden.
 void SecureAutomation()
 {
-    Check(CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_INTEGRITY,
-                               RPC_C_IMP_LEVEL_IDENTIFY, nullptr, EOAC_DISABLE_AAA, nullptr));
+    // Without a descriptor the platform would admit everybody.
+    Check(CoInitializeSecurity(AccessRights().Descriptor(), -1, nullptr, nullptr,
+                               RPC_C_AUTHN_LEVEL_PKT_INTEGRITY, RPC_C_IMP_LEVEL_IDENTIFY, nullptr,
+                               EOAC_DISABLE_AAA, nullptr));
     ComPtr<IGlobalOptions> options;
     if (SUCCEEDED(CoCreateInstance(CLSID_GlobalOptions, nullptr, CLSCTX_INPROC_SERVER,
                                    IID_PPV_ARGS(&options)))) {

@@ -9,16 +9,8 @@ namespace quill {
 // Raises no errors of its own. While a dialog of an object is open, its Selection returns False.
 class DTPick final : public Dialog<_DTPick, 128> {
 public:
-    STDMETHODIMP get_ControlMode(SHORT* value) noexcept override { return Get(value, mode_); }
-    STDMETHODIMP put_ControlMode(SHORT value) noexcept override
-    {
-        return Put<Within<0, 2>>(mode_, value);
-    }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return Put<CutTo<kTitleLimit>>(title_, value);
-    }
+    STORED_PROPERTY(SHORT, ControlMode, mode_, Within<0, 2>)
+    STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
     STDMETHODIMP Selection(VARIANT* vdt, VARIANT_BOOL* result) noexcept override
     {
         return Call(result, &DTPick::Choose, vdt);

@@ -33,30 +33,9 @@ private:
 template <class Interface, size_t InfoLimit>
 class Dialog : public Automation<Interface> {
 public:
-    STDMETHODIMP get_Topmost(VARIANT_BOOL* value) noexcept override
-    {
-        return this->Get(value, settings_.topmost);
-    }
-    STDMETHODIMP put_Topmost(VARIANT_BOOL value) noexcept override
-    {
-        return this->Put(settings_.topmost, value);
-    }
-    STDMETHODIMP get_Info(BSTR* value) noexcept override
-    {
-        return this->Get(value, settings_.info);
-    }
-    STDMETHODIMP put_Info(BSTR value) noexcept override
-    {
-        return this->template Put<CutTo<InfoLimit>>(settings_.info, value);
-    }
-    STDMETHODIMP get_ButtonText(BSTR* value) noexcept override
-    {
-        return this->Get(value, settings_.buttonText);
-    }
-    STDMETHODIMP put_ButtonText(BSTR value) noexcept override
-    {
-        return this->Put(settings_.buttonText, value);
-    }
+    STORED_PROPERTY(VARIANT_BOOL, Topmost, settings_.topmost)
+    STORED_PROPERTY(BSTR, Info, settings_.info, CutTo<InfoLimit>)
+    STORED_PROPERTY(BSTR, ButtonText, settings_.buttonText)
 
 protected:
     DialogSettings settings_;
@@ -66,36 +45,15 @@ protected:
 template <class Base>
 class WithFonts : public Base {
 public:
-    STDMETHODIMP get_FontModernize(VARIANT_BOOL* value) noexcept override
-    {
-        return this->Get(value, this->settings_.fontModernize);
-    }
-    STDMETHODIMP put_FontModernize(VARIANT_BOOL value) noexcept override
-    {
-        return this->Put(this->settings_.fontModernize, value);
-    }
-    STDMETHODIMP get_FontEnlarge(SHORT* value) noexcept override
-    {
-        return this->Get(value, this->settings_.fontEnlarge);
-    }
-    STDMETHODIMP put_FontEnlarge(SHORT value) noexcept override
-    {
-        return this->template Put<Within<0, 2>>(this->settings_.fontEnlarge, value);
-    }
+    STORED_PROPERTY(VARIANT_BOOL, FontModernize, this->settings_.fontModernize)
+    STORED_PROPERTY(SHORT, FontEnlarge, this->settings_.fontEnlarge, Within<0, 2>)
 };
 
 // Adds DlgCancelEsc.
 template <class Base>
 class WithCancelEsc : public Base {
 public:
-    STDMETHODIMP get_DlgCancelEsc(VARIANT_BOOL* value) noexcept override
-    {
-        return this->Get(value, this->settings_.dlgCancelEsc);
-    }
-    STDMETHODIMP put_DlgCancelEsc(VARIANT_BOOL value) noexcept override
-    {
-        return this->Put(this->settings_.dlgCancelEsc, value);
-    }
+    STORED_PROPERTY(VARIANT_BOOL, DlgCancelEsc, this->settings_.dlgCancelEsc)
 };
 
 // Room for the info text as designed, and the most that a long one gets. Twips, as all below.

@@ -15,7 +15,7 @@ constexpr size_t kDriveLength = 2;
 std::wstring DriveOf(const std::wstring& path)
 {
     if (!path.empty()) {
-        const std::wstring drive = path.substr(0, 1) + L":";
+        std::wstring drive = path.substr(0, 1) + L":";
         if (GetDriveTypeA(ToAnsi(drive).c_str()) != DRIVE_NO_ROOT_DIR) return drive;
     }
     wchar_t folder[MAX_PATH] = L"";

@@ -8,8 +8,7 @@ namespace quill {
 // Raises no errors of its own. While a dialog of an object is open, its Selection returns "".
 class DriveList final : public WithFonts<Dialog<_DriveList, 128>> {
 public:
-    STDMETHODIMP get_Crop(VARIANT_BOOL* value) noexcept override { return Get(value, crop_); }
-    STDMETHODIMP put_Crop(VARIANT_BOOL value) noexcept override { return Put(crop_, value); }
+    STORED_PROPERTY(VARIANT_BOOL, Crop, crop_)
     STDMETHODIMP Selection(BSTR Default, BSTR Title, BSTR* result) noexcept override
     {
         return Call(result, &DriveList::Choose, Default, Title);

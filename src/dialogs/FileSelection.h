@@ -9,29 +9,13 @@ namespace quill {
 // An invalid mode raises as ErrorLevel says; what goes wrong in the dialog is told by ErrorCode.
 class FileSelection final : public WithErrorLevel<Automation<_FileSelection>> {
 public:
-    STDMETHODIMP get_Directory(BSTR* value) noexcept override { return Get(value, directory_); }
-    STDMETHODIMP put_Directory(BSTR value) noexcept override { return Put(directory_, value); }
-    STDMETHODIMP get_DlgTitle(BSTR* value) noexcept override { return Get(value, dlgTitle_); }
-    STDMETHODIMP put_DlgTitle(BSTR value) noexcept override { return Put(dlgTitle_, value); }
-    STDMETHODIMP get_FileName(BSTR* value) noexcept override { return Get(value, fileName_); }
-    STDMETHODIMP put_FileName(BSTR value) noexcept override { return Put(fileName_, value); }
-    STDMETHODIMP get_FileExtension(BSTR* value) noexcept override
-    {
-        return Get(value, fileExtension_);
-    }
-    STDMETHODIMP put_FileExtension(BSTR value) noexcept override
-    {
-        return Put(fileExtension_, value);
-    }
-    STDMETHODIMP get_Filter(BSTR* value) noexcept override { return Get(value, filter_); }
-    STDMETHODIMP put_Filter(BSTR value) noexcept override
-    {
-        return Call(&FileSelection::SetFilterText, value);
-    }
-    STDMETHODIMP get_FileNumber(LONG* value) noexcept override { return Get(value, fileNumber_); }
-    STDMETHODIMP put_FileNumber(LONG value) noexcept override { return Put(fileNumber_, value); }
-    STDMETHODIMP get_Convert(VARIANT_BOOL* value) noexcept override { return Get(value, convert_); }
-    STDMETHODIMP put_Convert(VARIANT_BOOL value) noexcept override { return Put(convert_, value); }
+    STORED_PROPERTY(BSTR, Directory, directory_)
+    STORED_PROPERTY(BSTR, DlgTitle, dlgTitle_)
+    STORED_PROPERTY(BSTR, FileName, fileName_)
+    STORED_PROPERTY(BSTR, FileExtension, fileExtension_)
+    PROPERTY_SET_BY(BSTR, Filter, filter_, FileSelection::SetFilterText)
+    STORED_PROPERTY(LONG, FileNumber, fileNumber_)
+    STORED_PROPERTY(VARIANT_BOOL, Convert, convert_)
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
     STDMETHODIMP Dialog(SHORT mode, LONG* result) noexcept override
     {

@@ -8,14 +8,7 @@ namespace quill {
 // Raises no errors of its own.
 class List final : public WithCancelEsc<WithFonts<Dialog<_List, 256>>> {
 public:
-    STDMETHODIMP get_MultiSel(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, multiSel_);
-    }
-    STDMETHODIMP put_MultiSel(VARIANT_BOOL value) noexcept override
-    {
-        return Put(multiSel_, value);
-    }
+    STORED_PROPERTY(VARIANT_BOOL, MultiSel, multiSel_)
     STDMETHODIMP Selection(BSTR items, LONG Index, BSTR Title, BSTR* result) noexcept override
     {
         return Call(result, &List::Choose, items, Index, Title);

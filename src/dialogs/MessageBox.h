@@ -12,44 +12,16 @@ namespace quill {
 // Raises no errors of its own.
 class MessageBox final : public Automation<_MessageBox> {
 public:
-    STDMETHODIMP get_Buttons(LONG* value) noexcept override { return Get(value, buttons_); }
-    STDMETHODIMP put_Buttons(LONG value) noexcept override
-    {
-        return Put<Within<MB_OK, MB_CANCELTRYCONTINUE>>(buttons_, value);
-    }
-    STDMETHODIMP get_DefButton(LONG* value) noexcept override { return Get(value, defButton_); }
-    STDMETHODIMP put_DefButton(LONG value) noexcept override
-    {
-        return Put<DefaultButtonFlag>(defButton_, value);
-    }
-    STDMETHODIMP get_Icon(LONG* value) noexcept override { return Get(value, icon_); }
-    STDMETHODIMP put_Icon(LONG value) noexcept override { return Put(icon_, value); }
-    STDMETHODIMP get_IconResFile(BSTR* value) noexcept override { return Get(value, iconResFile_); }
-    STDMETHODIMP put_IconResFile(BSTR value) noexcept override { return Put(iconResFile_, value); }
-    STDMETHODIMP get_IconResID(BSTR* value) noexcept override { return Get(value, iconResId_); }
-    STDMETHODIMP put_IconResID(BSTR value) noexcept override { return Put(iconResId_, value); }
-    STDMETHODIMP get_Language(LONG* value) noexcept override { return Get(value, language_); }
-    STDMETHODIMP put_Language(LONG value) noexcept override { return Put(language_, value); }
-    STDMETHODIMP get_Options(LONG* value) noexcept override { return Get(value, options_); }
-    STDMETHODIMP put_Options(LONG value) noexcept override
-    {
-        return Put<Masked<kOptions>>(options_, value);
-    }
-    STDMETHODIMP get_Precedence(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, precedence_);
-    }
-    STDMETHODIMP put_Precedence(VARIANT_BOOL value) noexcept override
-    {
-        return Put(precedence_, value);
-    }
-    STDMETHODIMP get_Text(BSTR* value) noexcept override { return Get(value, text_); }
-    STDMETHODIMP put_Text(BSTR value) noexcept override { return Put(text_, value); }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return Put<CutTo<kTitleLimit>>(title_, value);
-    }
+    STORED_PROPERTY(LONG, Buttons, buttons_, Within<MB_OK, MB_CANCELTRYCONTINUE>)
+    STORED_PROPERTY(LONG, DefButton, defButton_, DefaultButtonFlag)
+    STORED_PROPERTY(LONG, Icon, icon_)
+    STORED_PROPERTY(BSTR, IconResFile, iconResFile_)
+    STORED_PROPERTY(BSTR, IconResID, iconResId_)
+    STORED_PROPERTY(LONG, Language, language_)
+    STORED_PROPERTY(LONG, Options, options_, Masked<kOptions>)
+    STORED_PROPERTY(VARIANT_BOOL, Precedence, precedence_)
+    STORED_PROPERTY(BSTR, Text, text_)
+    STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
     STDMETHODIMP Show(BSTR msg, LONG style, BSTR Title, SHORT* result) noexcept override
     {
         return Call(result, &MessageBox::ShowBox, msg, style, Title);

@@ -14,117 +14,27 @@ namespace quill {
 class TaskDialog final : public Automation<_TaskDialog> {
 public:
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
-    STDMETHODIMP get_Buttons(LONG* value) noexcept override { return Get(value, buttons_); }
-    STDMETHODIMP put_Buttons(LONG value) noexcept override { return Put(buttons_, value); }
-    STDMETHODIMP get_Icon(LONG* value) noexcept override { return Get(value, icon_); }
-    STDMETHODIMP put_Icon(LONG value) noexcept override { return Put<StockIcon>(icon_, value); }
-    STDMETHODIMP get_IconResFile(BSTR* value) noexcept override { return Get(value, iconResFile_); }
-    STDMETHODIMP put_IconResFile(BSTR value) noexcept override { return Put(iconResFile_, value); }
-    STDMETHODIMP get_IconResID(BSTR* value) noexcept override { return Get(value, iconResId_); }
-    STDMETHODIMP put_IconResID(BSTR value) noexcept override { return Put(iconResId_, value); }
-    STDMETHODIMP get_Text(BSTR* value) noexcept override { return Get(value, text_); }
-    STDMETHODIMP put_Text(BSTR value) noexcept override { return Put(text_, value); }
-    STDMETHODIMP get_SubText(BSTR* value) noexcept override { return Get(value, subText_); }
-    STDMETHODIMP put_SubText(BSTR value) noexcept override { return Put(subText_, value); }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return Put<CutTo<kTitleLimit>>(title_, value);
-    }
-    STDMETHODIMP get_CustomButtons(VARIANT* value) noexcept override
-    {
-        return Get(value, customButtons_);
-    }
-    STDMETHODIMP put_CustomButtons(VARIANT* value) noexcept override
-    {
-        return Put(customButtons_, value);
-    }
-    STDMETHODIMP get_CustomButtonStyle(LONG* value) noexcept override
-    {
-        return Get(value, customButtonStyle_);
-    }
-    STDMETHODIMP put_CustomButtonStyle(LONG value) noexcept override
-    {
-        return Put<Within<0, 2>>(customButtonStyle_, value);
-    }
-    STDMETHODIMP get_DefaultButton(LONG* value) noexcept override
-    {
-        return Get(value, defaultButton_);
-    }
-    STDMETHODIMP put_DefaultButton(LONG value) noexcept override
-    {
-        return Put(defaultButton_, value);
-    }
-    STDMETHODIMP get_ExpandText(BSTR* value) noexcept override { return Get(value, expandText_); }
-    STDMETHODIMP put_ExpandText(BSTR value) noexcept override { return Put(expandText_, value); }
-    STDMETHODIMP get_ExpandLabelCo(BSTR* value) noexcept override
-    {
-        return Get(value, expandLabelCo_);
-    }
-    STDMETHODIMP put_ExpandLabelCo(BSTR value) noexcept override
-    {
-        return Put(expandLabelCo_, value);
-    }
-    STDMETHODIMP get_ExpandLabelEx(BSTR* value) noexcept override
-    {
-        return Get(value, expandLabelEx_);
-    }
-    STDMETHODIMP put_ExpandLabelEx(BSTR value) noexcept override
-    {
-        return Put(expandLabelEx_, value);
-    }
-    STDMETHODIMP get_FooterIcon(LONG* value) noexcept override { return Get(value, footerIcon_); }
-    STDMETHODIMP put_FooterIcon(LONG value) noexcept override
-    {
-        return Put<StockIcon>(footerIcon_, value);
-    }
-    STDMETHODIMP get_FooterIconResID(BSTR* value) noexcept override
-    {
-        return Get(value, footerIconResId_);
-    }
-    STDMETHODIMP put_FooterIconResID(BSTR value) noexcept override
-    {
-        return Put(footerIconResId_, value);
-    }
-    STDMETHODIMP get_FooterText(BSTR* value) noexcept override { return Get(value, footerText_); }
-    STDMETHODIMP put_FooterText(BSTR value) noexcept override { return Put(footerText_, value); }
-    STDMETHODIMP get_Options(LONG* value) noexcept override { return Get(value, options_); }
-    STDMETHODIMP put_Options(LONG value) noexcept override
-    {
-        return Put<Masked<kOptions>>(options_, value);
-    }
-    STDMETHODIMP get_RadioButtons(VARIANT* value) noexcept override
-    {
-        return Get(value, radioButtons_);
-    }
-    STDMETHODIMP put_RadioButtons(VARIANT* value) noexcept override
-    {
-        return Put(radioButtons_, value);
-    }
-    STDMETHODIMP get_RadioButtonSelected(LONG* value) noexcept override
-    {
-        return Get(value, radioButtonSelected_);
-    }
-    STDMETHODIMP put_RadioButtonSelected(LONG value) noexcept override
-    {
-        return Put(radioButtonSelected_, value);
-    }
-    STDMETHODIMP get_VerificationLabel(BSTR* value) noexcept override
-    {
-        return Get(value, verificationLabel_);
-    }
-    STDMETHODIMP put_VerificationLabel(BSTR value) noexcept override
-    {
-        return Put(verificationLabel_, value);
-    }
-    STDMETHODIMP get_VerificationChecked(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, verificationChecked_);
-    }
-    STDMETHODIMP put_VerificationChecked(VARIANT_BOOL value) noexcept override
-    {
-        return Put(verificationChecked_, value);
-    }
+    STORED_PROPERTY(LONG, Buttons, buttons_)
+    STORED_PROPERTY(LONG, Icon, icon_, StockIcon)
+    STORED_PROPERTY(BSTR, IconResFile, iconResFile_)
+    STORED_PROPERTY(BSTR, IconResID, iconResId_)
+    STORED_PROPERTY(BSTR, Text, text_)
+    STORED_PROPERTY(BSTR, SubText, subText_)
+    STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
+    STORED_VARIANT(CustomButtons, customButtons_)
+    STORED_PROPERTY(LONG, CustomButtonStyle, customButtonStyle_, Within<0, 2>)
+    STORED_PROPERTY(LONG, DefaultButton, defaultButton_)
+    STORED_PROPERTY(BSTR, ExpandText, expandText_)
+    STORED_PROPERTY(BSTR, ExpandLabelCo, expandLabelCo_)
+    STORED_PROPERTY(BSTR, ExpandLabelEx, expandLabelEx_)
+    STORED_PROPERTY(LONG, FooterIcon, footerIcon_, StockIcon)
+    STORED_PROPERTY(BSTR, FooterIconResID, footerIconResId_)
+    STORED_PROPERTY(BSTR, FooterText, footerText_)
+    STORED_PROPERTY(LONG, Options, options_, Masked<kOptions>)
+    STORED_VARIANT(RadioButtons, radioButtons_)
+    STORED_PROPERTY(LONG, RadioButtonSelected, radioButtonSelected_)
+    STORED_PROPERTY(BSTR, VerificationLabel, verificationLabel_)
+    STORED_PROPERTY(VARIANT_BOOL, VerificationChecked, verificationChecked_)
     STDMETHODIMP Show(BSTR prompt, LONG Buttons, BSTR Title, SHORT* result) noexcept override
     {
         return Call(result, &TaskDialog::ShowSimple, prompt, Buttons, Title);

@@ -109,6 +109,7 @@ frmMIB::frmMIB(const DialogSettings& settings, const InputSettings& input,
 std::vector<std::unique_ptr<frmMIB::Row>> frmMIB::MakeRows(const std::vector<InputField>& fields)
 {
     std::vector<std::unique_ptr<Row>> rows;
+    rows.reserve(fields.size());
     for (const InputField& field : fields)
         rows.push_back(std::make_unique<Row>(*this, rows.size(), field));
     return rows;
@@ -224,6 +225,7 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, const std::wstring& tex
 void frmMIB::Accept()
 {
     std::vector<std::wstring> texts;
+    texts.reserve(rows_.size());
     for (const auto& row : rows_) {
         texts.push_back(row->edit.Text());
         if (!input_.columns) continue;

@@ -30,43 +30,11 @@ public:
     STDMETHODIMP BClose() noexcept override { return Call(&BinFile::Close); }
     STDMETHODIMP get_ByteCount(LONG* value) noexcept override { return Get(value, byteCount_); }
     STDMETHODIMP get_EOF(VARIANT_BOOL* value) noexcept override { return Get(value, eof_); }
-    STDMETHODIMP get_ErrorLevel(LONG* value) noexcept override { return Get(value, errorLevel_); }
-    STDMETHODIMP put_ErrorLevel(LONG value) noexcept override
-    {
-        return Put<Within<0, 2>>(errorLevel_, value);
-    }
-    STDMETHODIMP get_ConvertAnsi(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, convertAnsi_);
-    }
-    STDMETHODIMP put_ConvertAnsi(VARIANT_BOOL value) noexcept override
-    {
-        return Put(convertAnsi_, value);
-    }
-    STDMETHODIMP get_UseUnicode(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, form_.useUnicode);
-    }
-    STDMETHODIMP put_UseUnicode(VARIANT_BOOL value) noexcept override
-    {
-        return Put(form_.useUnicode, value);
-    }
-    STDMETHODIMP get_UseHexstring(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, form_.useHexstring);
-    }
-    STDMETHODIMP put_UseHexstring(VARIANT_BOOL value) noexcept override
-    {
-        return Put(form_.useHexstring, value);
-    }
-    STDMETHODIMP get_TwistEndian(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, form_.twistEndian);
-    }
-    STDMETHODIMP put_TwistEndian(VARIANT_BOOL value) noexcept override
-    {
-        return Put(form_.twistEndian, value);
-    }
+    STORED_PROPERTY(LONG, ErrorLevel, errorLevel_, Within<0, 2>)
+    STORED_PROPERTY(VARIANT_BOOL, ConvertAnsi, convertAnsi_)
+    STORED_PROPERTY(VARIANT_BOOL, UseUnicode, form_.useUnicode)
+    STORED_PROPERTY(VARIANT_BOOL, UseHexstring, form_.useHexstring)
+    STORED_PROPERTY(VARIANT_BOOL, TwistEndian, form_.twistEndian)
     STDMETHODIMP get_handle(LONG* value) noexcept override
     {
         return Call(value, &BinFile::HandleNumber);

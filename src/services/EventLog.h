@@ -11,10 +11,8 @@ namespace quill {
 // always: a message would be lost without a word.
 class EventLog final : public WithErrorLevel<Automation<_EventLog>> {
 public:
-    STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
-    STDMETHODIMP put_File(BSTR value) noexcept override { return Put(file_, value); }
-    STDMETHODIMP get_mode(SHORT* value) noexcept override { return Get(value, mode_); }
-    STDMETHODIMP put_mode(SHORT value) noexcept override { return Call(&EventLog::SetMode, value); }
+    STORED_PROPERTY(BSTR, File, file_)
+    PROPERTY_SET_BY(SHORT, mode, mode_, EventLog::SetMode)
     STDMETHODIMP Report(BSTR estring, LONG etype) noexcept override
     {
         return Call(&EventLog::LogEvent, estring, etype);

@@ -9,8 +9,7 @@ namespace quill {
 // Failures raise or stay quiet as ErrorLevel says. Lengths are in UTF-16 units.
 class Profile final : public WithErrorLevel<Automation<_Profile>> {
 public:
-    STDMETHODIMP get_File(BSTR* value) noexcept override { return Get(value, file_); }
-    STDMETHODIMP put_File(BSTR value) noexcept override { return Call(&Profile::SetFile, value); }
+    PROPERTY_SET_BY(BSTR, File, file_, Profile::SetFile)
     STDMETHODIMP GetValue(BSTR section, BSTR key, BSTR* result) noexcept override
     {
         return Call(result, &Profile::ReadValue, section, key);

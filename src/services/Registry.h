@@ -10,43 +10,13 @@ namespace quill {
 // tells how the last call ended.
 class Registry final : public Automation<_Registry> {
 public:
-    STDMETHODIMP get_Access64(LONG* value) noexcept override { return Get(value, access64_); }
-    STDMETHODIMP put_Access64(LONG value) noexcept override
-    {
-        return Put<Within<0, 2>>(access64_, value);
-    }
-    STDMETHODIMP get_Continue(LONG* value) noexcept override { return Get(value, continue_); }
-    STDMETHODIMP put_Continue(LONG value) noexcept override
-    {
-        return Put<Within<0, 64>>(continue_, value);
-    }
-    STDMETHODIMP get_ConvertArr(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, convertArr_);
-    }
-    STDMETHODIMP put_ConvertArr(VARIANT_BOOL value) noexcept override
-    {
-        return Put(convertArr_, value);
-    }
-    STDMETHODIMP get_ConvertStr(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, convertStr_);
-    }
-    STDMETHODIMP put_ConvertStr(VARIANT_BOOL value) noexcept override
-    {
-        return Put(convertStr_, value);
-    }
+    STORED_PROPERTY(LONG, Access64, access64_, Within<0, 2>)
+    STORED_PROPERTY(LONG, Continue, continue_, Within<0, 64>)
+    STORED_PROPERTY(VARIANT_BOOL, ConvertArr, convertArr_)
+    STORED_PROPERTY(VARIANT_BOOL, ConvertStr, convertStr_)
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
-    STDMETHODIMP get_ItemType(LONG* value) noexcept override { return Get(value, itemType_); }
-    STDMETHODIMP put_ItemType(LONG value) noexcept override
-    {
-        return Put<Within<0, 2>>(itemType_, value);
-    }
-    STDMETHODIMP get_KeyLevels(LONG* value) noexcept override { return Get(value, keyLevels_); }
-    STDMETHODIMP put_KeyLevels(LONG value) noexcept override
-    {
-        return Put<Within<1, 64>>(keyLevels_, value);
-    }
+    STORED_PROPERTY(LONG, ItemType, itemType_, Within<0, 2>)
+    STORED_PROPERTY(LONG, KeyLevels, keyLevels_, Within<1, 64>)
     STDMETHODIMP GetItems(BSTR sPath, VARIANT* vItems, LONG* result) noexcept override
     {
         return Call(result, &Registry::ListItems, sPath, vItems);

@@ -17,14 +17,7 @@ public:
     {
         return Call(&Clipboard::WriteText, value);
     }
-    STDMETHODIMP get_UseUnicode(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, unicode_);
-    }
-    STDMETHODIMP put_UseUnicode(VARIANT_BOOL value) noexcept override
-    {
-        return Put(unicode_, value);
-    }
+    STORED_PROPERTY(VARIANT_BOOL, UseUnicode, unicode_)
 
 private:
     std::wstring ReadText() const;

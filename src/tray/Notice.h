@@ -28,108 +28,21 @@ public:
         return Call(result, &Notice::Announce);
     }
     STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
-    STDMETHODIMP get_TipText(BSTR* value) noexcept override { return Get(value, tipText_); }
-    STDMETHODIMP put_TipText(BSTR value) noexcept override
-    {
-        return Call(&Notice::SetTipText, value);
-    }
-    STDMETHODIMP get_BalloonText(BSTR* value) noexcept override { return Get(value, balloonText_); }
-    STDMETHODIMP put_BalloonText(BSTR value) noexcept override
-    {
-        return Put<CutTo<255>>(balloonText_, value);
-    }
-    STDMETHODIMP get_BalloonTitle(BSTR* value) noexcept override
-    {
-        return Get(value, balloonTitle_);
-    }
-    STDMETHODIMP put_BalloonTitle(BSTR value) noexcept override
-    {
-        return Put<CutTo<63>>(balloonTitle_, value);
-    }
-    STDMETHODIMP get_BalloonOptions(LONG* value) noexcept override
-    {
-        return Get(value, balloonOptions_);
-    }
-    STDMETHODIMP put_BalloonOptions(LONG value) noexcept override
-    {
-        return Put(balloonOptions_, value);
-    }
-    STDMETHODIMP get_BalloonIcon(SHORT* value) noexcept override
-    {
-        return Get(value, balloonKind_);
-    }
-    STDMETHODIMP put_BalloonIcon(SHORT value) noexcept override
-    {
-        return Put<Within<kCustomIcon, kTrayIcon>>(balloonKind_, value);
-    }
-    STDMETHODIMP get_BIconID(LONG* value) noexcept override
-    {
-        return Get(value, balloonSource_.id);
-    }
-    STDMETHODIMP put_BIconID(LONG value) noexcept override { return Put(balloonSource_.id, value); }
-    STDMETHODIMP get_BIconName(BSTR* value) noexcept override
-    {
-        return Get(value, balloonSource_.name);
-    }
-    STDMETHODIMP put_BIconName(BSTR value) noexcept override
-    {
-        return Put(balloonSource_.name, value);
-    }
-    STDMETHODIMP get_BIconFile(BSTR* value) noexcept override
-    {
-        return Get(value, balloonSource_.file);
-    }
-    STDMETHODIMP put_BIconFile(BSTR value) noexcept override
-    {
-        return Put<CutTo<255>>(balloonSource_.file, value);
-    }
-    STDMETHODIMP get_BIconSize(SHORT* value) noexcept override
-    {
-        return Get(value, balloonSource_.size);
-    }
-    STDMETHODIMP put_BIconSize(SHORT value) noexcept override
-    {
-        return Put<Within<0, 1>>(balloonSource_.size, value);
-    }
-    STDMETHODIMP get_IconID(LONG* value) noexcept override { return Get(value, traySource_.id); }
-    STDMETHODIMP put_IconID(LONG value) noexcept override { return Put(traySource_.id, value); }
-    STDMETHODIMP get_IconName(BSTR* value) noexcept override
-    {
-        return Get(value, traySource_.name);
-    }
-    STDMETHODIMP put_IconName(BSTR value) noexcept override { return Put(traySource_.name, value); }
-    STDMETHODIMP get_IconFile(BSTR* value) noexcept override
-    {
-        return Get(value, traySource_.file);
-    }
-    STDMETHODIMP put_IconFile(BSTR value) noexcept override
-    {
-        return Put<CutTo<255>>(traySource_.file, value);
-    }
-    STDMETHODIMP get_IconSize(SHORT* value) noexcept override
-    {
-        return Get(value, traySource_.size);
-    }
-    STDMETHODIMP put_IconSize(SHORT value) noexcept override
-    {
-        return Put<Within<0, 1>>(traySource_.size, value);
-    }
-    STDMETHODIMP get_UseLoadImageAPI(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, useLoadImage_);
-    }
-    STDMETHODIMP put_UseLoadImageAPI(VARIANT_BOOL value) noexcept override
-    {
-        return Put(useLoadImage_, value);
-    }
-    STDMETHODIMP get_TriggerEvent(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, triggerEvent_);
-    }
-    STDMETHODIMP put_TriggerEvent(VARIANT_BOOL value) noexcept override
-    {
-        return Put(triggerEvent_, value);
-    }
+    PROPERTY_SET_BY(BSTR, TipText, tipText_, Notice::SetTipText)
+    STORED_PROPERTY(BSTR, BalloonText, balloonText_, CutTo<255>)
+    STORED_PROPERTY(BSTR, BalloonTitle, balloonTitle_, CutTo<63>)
+    STORED_PROPERTY(LONG, BalloonOptions, balloonOptions_)
+    STORED_PROPERTY(SHORT, BalloonIcon, balloonKind_, Within<kCustomIcon, kTrayIcon>)
+    STORED_PROPERTY(LONG, BIconID, balloonSource_.id)
+    STORED_PROPERTY(BSTR, BIconName, balloonSource_.name)
+    STORED_PROPERTY(BSTR, BIconFile, balloonSource_.file, CutTo<255>)
+    STORED_PROPERTY(SHORT, BIconSize, balloonSource_.size, Within<0, 1>)
+    STORED_PROPERTY(LONG, IconID, traySource_.id)
+    STORED_PROPERTY(BSTR, IconName, traySource_.name)
+    STORED_PROPERTY(BSTR, IconFile, traySource_.file, CutTo<255>)
+    STORED_PROPERTY(SHORT, IconSize, traySource_.size, Within<0, 1>)
+    STORED_PROPERTY(VARIANT_BOOL, UseLoadImageAPI, useLoadImage_)
+    STORED_PROPERTY(VARIANT_BOOL, TriggerEvent, triggerEvent_)
     // The puts acknowledge what has come; the value does not matter.
     STDMETHODIMP get_BalloonClicked(VARIANT_BOOL* value) noexcept override
     {

@@ -32,43 +32,11 @@ public:
         FormType* form = Shown();
         return this->Get(value, form ? static_cast<LONG>(HandleToLong(form->Window())) : 0L);
     }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return this->Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return this->Call(&OutputWindow::SetTitle, value);
-    }
-    STDMETHODIMP get_Topmost(VARIANT_BOOL* value) noexcept override
-    {
-        return this->Get(value, topmost_);
-    }
-    STDMETHODIMP put_Topmost(VARIANT_BOOL value) noexcept override
-    {
-        return this->Call(&OutputWindow::PutTopmost, value);
-    }
-    STDMETHODIMP get_WriteBold(VARIANT_BOOL* value) noexcept override
-    {
-        return this->Get(value, bold_);
-    }
-    STDMETHODIMP put_WriteBold(VARIANT_BOOL value) noexcept override
-    {
-        return this->Call(&OutputWindow::SetBold, value);
-    }
-    STDMETHODIMP get_WriteFont(BSTR* value) noexcept override
-    {
-        return this->Get(value, fontName_);
-    }
-    STDMETHODIMP put_WriteFont(BSTR value) noexcept override
-    {
-        return this->Call(&OutputWindow::SetFontName, value);
-    }
-    STDMETHODIMP get_WriteSize(SHORT* value) noexcept override
-    {
-        return this->Get(value, fontSize_);
-    }
-    STDMETHODIMP put_WriteSize(SHORT value) noexcept override
-    {
-        return this->Call(&OutputWindow::SetSize, value);
-    }
+    PROPERTY_SET_BY(BSTR, Title, title_, OutputWindow::SetTitle)
+    PROPERTY_SET_BY(VARIANT_BOOL, Topmost, topmost_, OutputWindow::PutTopmost)
+    PROPERTY_SET_BY(VARIANT_BOOL, WriteBold, bold_, OutputWindow::SetBold)
+    PROPERTY_SET_BY(BSTR, WriteFont, fontName_, OutputWindow::SetFontName)
+    PROPERTY_SET_BY(SHORT, WriteSize, fontSize_, OutputWindow::SetSize)
 
 protected:
     explicit OutputWindow(const wchar_t* title) : title_(title) {}

@@ -42,16 +42,8 @@ public:
     {
         return Call(value, &ProgressDialog::Cancelled);
     }
-    STDMETHODIMP get_CancelMsg(BSTR* value) noexcept override { return Get(value, cancelMsg_); }
-    STDMETHODIMP put_CancelMsg(BSTR value) noexcept override
-    {
-        return Call(&ProgressDialog::SetCancelMsg, value);
-    }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return Call(&ProgressDialog::SetTitle, value);
-    }
+    PROPERTY_SET_BY(BSTR, CancelMsg, cancelMsg_, ProgressDialog::SetCancelMsg)
+    PROPERTY_SET_BY(BSTR, Title, title_, ProgressDialog::SetTitle)
 
 private:
     void Start(LONG flags);

@@ -50,11 +50,7 @@ public:
         return Call(&ProgressWindow::SetTaskbarValue, hWnd, ullCompleted, ullTotal);
     }
 
-    STDMETHODIMP get_ProgressStyle(LONG* value) noexcept override { return Get(value, style_); }
-    STDMETHODIMP put_ProgressStyle(LONG value) noexcept override
-    {
-        return Call(&ProgressWindow::SetStyle, value);
-    }
+    PROPERTY_SET_BY(LONG, ProgressStyle, style_, ProgressWindow::SetStyle)
     STDMETHODIMP get_Progress(SHORT* value) noexcept override
     {
         return Call(value, &ProgressWindow::Position);
@@ -63,115 +59,27 @@ public:
     {
         return Call(&ProgressWindow::SetPosition, value);
     }
-    STDMETHODIMP get_ProgressMarquee(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, marquee_);
-    }
-    STDMETHODIMP put_ProgressMarquee(VARIANT_BOOL value) noexcept override
-    {
-        return Call(&ProgressWindow::SetMarquee, value);
-    }
-    STDMETHODIMP get_ProgressMarqueeTime(SHORT* value) noexcept override
-    {
-        return Get(value, marqueeTime_);
-    }
-    STDMETHODIMP put_ProgressMarqueeTime(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetMarqueeTime, value);
-    }
-    STDMETHODIMP get_ProgressState(SHORT* value) noexcept override { return Get(value, state_); }
-    STDMETHODIMP put_ProgressState(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetState, value);
-    }
-    STDMETHODIMP get_ProgressColor(LONG* value) noexcept override { return Get(value, color_); }
-    STDMETHODIMP put_ProgressColor(LONG value) noexcept override
-    {
-        return Call(&ProgressWindow::SetColor, value);
-    }
-    STDMETHODIMP get_ProgressBackColor(LONG* value) noexcept override
-    {
-        return Get(value, backColor_);
-    }
-    STDMETHODIMP put_ProgressBackColor(LONG value) noexcept override
-    {
-        return Call(&ProgressWindow::SetBackColor, value);
-    }
-    STDMETHODIMP get_Button(SHORT* value) noexcept override { return Get(value, button_); }
-    STDMETHODIMP put_Button(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetButton, value);
-    }
-    STDMETHODIMP get_BtnNotifier(SHORT* value) noexcept override { return Get(value, notifier_); }
-    STDMETHODIMP put_BtnNotifier(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetNotifier, value);
-    }
-    STDMETHODIMP get_BtnPressed(SHORT* value) noexcept override { return Get(value, pressed_); }
-    STDMETHODIMP put_BtnPressed(SHORT value) noexcept override
-    {
-        return Put<Within<0, SHRT_MAX>>(pressed_, value);
-    }
-    STDMETHODIMP get_ButtonText(BSTR* value) noexcept override { return Get(value, buttonText_); }
-    STDMETHODIMP put_ButtonText(BSTR value) noexcept override
-    {
-        return Call(&ProgressWindow::SetButtonText, value);
-    }
-    STDMETHODIMP get_ButtonLabel(BSTR* value) noexcept override { return Get(value, buttonLabel_); }
-    STDMETHODIMP put_ButtonLabel(BSTR value) noexcept override
-    {
-        return Call(&ProgressWindow::SetButtonLabel, value);
-    }
-    STDMETHODIMP get_MainText(BSTR* value) noexcept override { return Get(value, mainText_); }
-    STDMETHODIMP put_MainText(BSTR value) noexcept override
-    {
-        return Call(&ProgressWindow::SetMainText, value);
-    }
+    PROPERTY_SET_BY(VARIANT_BOOL, ProgressMarquee, marquee_, ProgressWindow::SetMarquee)
+    PROPERTY_SET_BY(SHORT, ProgressMarqueeTime, marqueeTime_, ProgressWindow::SetMarqueeTime)
+    PROPERTY_SET_BY(SHORT, ProgressState, state_, ProgressWindow::SetState)
+    PROPERTY_SET_BY(LONG, ProgressColor, color_, ProgressWindow::SetColor)
+    PROPERTY_SET_BY(LONG, ProgressBackColor, backColor_, ProgressWindow::SetBackColor)
+    PROPERTY_SET_BY(SHORT, Button, button_, ProgressWindow::SetButton)
+    PROPERTY_SET_BY(SHORT, BtnNotifier, notifier_, ProgressWindow::SetNotifier)
+    STORED_PROPERTY(SHORT, BtnPressed, pressed_, Within<0, SHRT_MAX>)
+    PROPERTY_SET_BY(BSTR, ButtonText, buttonText_, ProgressWindow::SetButtonText)
+    PROPERTY_SET_BY(BSTR, ButtonLabel, buttonLabel_, ProgressWindow::SetButtonLabel)
+    PROPERTY_SET_BY(BSTR, MainText, mainText_, ProgressWindow::SetMainText)
     STDMETHODIMP get_Text(BSTR* value) noexcept override { return get_MainText(value); }
     STDMETHODIMP put_Text(BSTR value) noexcept override { return put_MainText(value); }
-    STDMETHODIMP get_MainTextColor(LONG* value) noexcept override
-    {
-        return Get(value, mainTextColor_);
-    }
-    STDMETHODIMP put_MainTextColor(LONG value) noexcept override
-    {
-        return Call(&ProgressWindow::SetMainTextColor, value);
-    }
-    STDMETHODIMP get_SubText(BSTR* value) noexcept override { return Get(value, subText_); }
-    STDMETHODIMP put_SubText(BSTR value) noexcept override
-    {
-        return Call(&ProgressWindow::SetSubText, value);
-    }
-    STDMETHODIMP get_Title(BSTR* value) noexcept override { return Get(value, title_); }
-    STDMETHODIMP put_Title(BSTR value) noexcept override
-    {
-        return Call(&ProgressWindow::SetTitle, value);
-    }
-    STDMETHODIMP get_Topmost(VARIANT_BOOL* value) noexcept override { return Get(value, topmost_); }
-    STDMETHODIMP put_Topmost(VARIANT_BOOL value) noexcept override
-    {
-        return Call(&ProgressWindow::PutTopmost, value);
-    }
-    STDMETHODIMP get_TBProgress(SHORT* value) noexcept override { return Get(value, tbMode_); }
-    STDMETHODIMP put_TBProgress(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetTaskbarMode, value);
-    }
-    STDMETHODIMP get_TBProState(SHORT* value) noexcept override { return Get(value, tbState_); }
-    STDMETHODIMP put_TBProState(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetOwnTaskbarState, value);
-    }
-    STDMETHODIMP get_TBProValue(SHORT* value) noexcept override { return Get(value, tbValue_); }
-    STDMETHODIMP put_TBProValue(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetOwnTaskbarValue, value);
-    }
-    STDMETHODIMP get_TBProTotal(SHORT* value) noexcept override { return Get(value, tbTotal_); }
-    STDMETHODIMP put_TBProTotal(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetOwnTaskbarTotal, value);
-    }
+    PROPERTY_SET_BY(LONG, MainTextColor, mainTextColor_, ProgressWindow::SetMainTextColor)
+    PROPERTY_SET_BY(BSTR, SubText, subText_, ProgressWindow::SetSubText)
+    PROPERTY_SET_BY(BSTR, Title, title_, ProgressWindow::SetTitle)
+    PROPERTY_SET_BY(VARIANT_BOOL, Topmost, topmost_, ProgressWindow::PutTopmost)
+    PROPERTY_SET_BY(SHORT, TBProgress, tbMode_, ProgressWindow::SetTaskbarMode)
+    PROPERTY_SET_BY(SHORT, TBProState, tbState_, ProgressWindow::SetOwnTaskbarState)
+    PROPERTY_SET_BY(SHORT, TBProValue, tbValue_, ProgressWindow::SetOwnTaskbarValue)
+    PROPERTY_SET_BY(SHORT, TBProTotal, tbTotal_, ProgressWindow::SetOwnTaskbarTotal)
 
 private:
     void Open(const std::wstring& title, SHORT width, SHORT classic);

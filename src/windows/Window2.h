@@ -9,11 +9,7 @@ class Window2 final : public OutputWindow<_Window2, frmWindow2> {
 public:
     Window2() : OutputWindow(L"QUILL Window2") {}
 
-    STDMETHODIMP get_Scroll(VARIANT_BOOL* value) noexcept override { return Get(value, scroll_); }
-    STDMETHODIMP put_Scroll(VARIANT_BOOL value) noexcept override
-    {
-        return Call(&Window2::SetScroll, value);
-    }
+    PROPERTY_SET_BY(VARIANT_BOOL, Scroll, scroll_, Window2::SetScroll)
 
 private:
     void Prepare(frmWindow2& form) override { form.text.FollowEnd(scroll_); }

@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "core/TypeLibrary.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
+#include "support/Values.h"
 
 namespace quill::test {
 namespace {
@@ -12,30 +12,11 @@ namespace {
 using namespace std::literals;
 using Texts = std::vector<std::wstring>;
 
-Variant List(const Texts& texts)
-{
-    return MakeStringArray(texts, true);
-}
-
 Variant Numbers(std::initializer_list<double> numbers)
 {
     Array array = MakeArray(VT_R8, numbers.size());
     std::copy(numbers.begin(), numbers.end(), DataOf<double>(*array).begin());
     return Variant(std::move(array));
-}
-
-Variant ByteArray(std::string_view bytes)
-{
-    Array array = MakeArray(VT_UI1, bytes.size());
-    std::copy(bytes.begin(), bytes.end(), DataOf<char>(*array).begin());
-    return Variant(std::move(array));
-}
-
-Variant OfType(VARTYPE type)
-{
-    Variant value;
-    V_VT(&value) = type;
-    return value;
 }
 
 // The elements of a result, which must be a zero-based array of Variants.
@@ -50,14 +31,6 @@ Texts TextsOf(const Value& result)
                         : V_VT(&element) == VT_NULL   ? L"<null>"
                                                       : ToText(element));
     return texts;
-}
-
-std::string BytesOf(const Value& result)
-{
-    if (V_VT(&result) != (VT_ARRAY | VT_UI1))
-        throw std::logic_error("no bytes but type " + std::to_string(V_VT(&result)));
-    const auto bytes = DataOf<char>(*V_ARRAY(&result));
-    return {bytes.begin(), bytes.end()};
 }
 
 class AuxTest : public testing::Test {
@@ -83,17 +56,8 @@ protected:
 
 TEST_F(AuxTest, NumbersBecomeText)
 {
-    const auto amount = [](std::int64_t units) {
-        Variant value = OfType(VT_CY);
-        V_CY(&value).int64 = units;
-        return value;
-    };
-    EXPECT_EQ(Text(L"Hex64", amount(0)), L"0");
-    EXPECT_EQ(Text(L"Hex64", amount(4'294'967'296)), L"100000000");
-    EXPECT_EQ(Text(L"Hex64", amount(-1)), L"FFFFFFFFFFFFFFFF");
-    EXPECT_EQ(Text(L"Hex64", 1), L"2710"); // the bits of the amount, not its value
-
-    EXPECT_EQ(Text(L"FormatByteSize", 532), L"532 bytes");
+    EXPECT_EQ(Text(L"Hex64", Currency(4'294'967'296)), L"100000000");
+    EXPECT_EQ(Text(L"Hex64", Currency(-1)), L"FFFFFFFFFFFFFFFF");
     EXPECT_EQ(Text(L"FormatByteSize", 1536), L"1.50 KB");
     EXPECT_EQ(Text(L"FormatByteSize", 5368709120.0), L"5.00 GB");
     EXPECT_EQ(Text(L"FormatByteSize", -1), L"");
@@ -112,7 +76,6 @@ TEST_F(AuxTest, TextGoesThroughCodePages)
         {1200, "a\0\0\0\xE9\0\xAC\x20\x3D\xD8\0\xDE"s, text},
         {1201, "\0a\0\0\0\xE9\x20\xAC\xD8\x3D\xDE\0"s, text},
         {-1, "", L""},
-        {0x7FFFFFFF, "", L""},
     };
     for (const auto& [codePage, bytes, back] : cases) {
         EXPECT_EQ(Bytes(L"TextToBytes", text, codePage.value), bytes);
@@ -120,35 +83,21 @@ TEST_F(AuxTest, TextGoesThroughCodePages)
     }
     EXPECT_EQ(Text(L"BytesToText", ByteArray("a\xFFz")), L"a\uFFFDz");
     EXPECT_EQ(Text(L"BytesToText", ByteArray("a\0z"s), 1200), L"a\uFFFD");
-    EXPECT_EQ(Bytes(L"TextToBytes", L""), "");
 }
 
 TEST_F(AuxTest, BytesComeInManyForms)
 {
-    EXPECT_EQ(Text(L"EncodeHex", ByteArray("\0\x7F\xFF"s)), L"007FFF");
-    EXPECT_EQ(Text(L"EncodeHex", L"\u20AC"), L"E282AC");
-    EXPECT_EQ(Text(L"EncodeHex", Numbers({0, 127, 255})), L"007FFF");
-    EXPECT_EQ(
-        Text(L"EncodeHex", ScriptArray(static_cast<short>(1), 2, 3.0, L"4", OfType(VT_EMPTY))),
-        L"0102030400");
     Variant bytes = ByteArray("AB");
     EXPECT_EQ(Text(L"EncodeHex", &bytes), L"4142");
-
-    Texts digest{Text(L"Hash", OfType(VT_EMPTY), L"MD5"), Text(L"Hash", L"", L"MD5"),
-                 Text(L"Hash", ByteArray(""), L"MD5")};
-    EXPECT_EQ(digest, Texts(3, L"D41D8CD98F00B204E9800998ECF8427E"));
-    const Variant unusable[] = {Numbers({-1}),
-                                Numbers({256}),
-                                Numbers({0.5}),
-                                Numbers({std::nan("")}),
-                                ScriptArray(L"x"),
-                                ScriptArray(OfType(VT_NULL)),
-                                ScriptArray(aux_.Dispatch()),
-                                ScriptArray(ScriptArray(1)),
-                                Variant(42L),
-                                Variant(aux_.Dispatch()),
-                                OfType(VT_NULL)};
-    for (const Variant& data : unusable) {
+    EXPECT_EQ(Text(L"EncodeHex", L"\u20AC"), L"E282AC");
+    EXPECT_EQ(Text(L"EncodeHex", Numbers({0, 127, 255})), L"007FFF");
+    EXPECT_EQ(Text(L"EncodeHex", ScriptArray(short{1}, 2, 3.0, L"4", Variant())), L"0102030400");
+    for (const Variant& data : {Variant(), ByteArray("")})
+        EXPECT_EQ(Text(L"Hash", data, L"MD5"), L"D41D8CD98F00B204E9800998ECF8427E");
+    for (const Variant& data :
+         {Numbers({-1}), Numbers({256}), Numbers({0.5}), Numbers({std::nan("")}), ScriptArray(L"x"),
+          ScriptArray(OfType(VT_NULL)), ScriptArray(ScriptArray(1)), Variant(42L),
+          Variant(aux_.Dispatch())}) {
         EXPECT_EQ(Text(L"EncodeHex", data), L"");
         EXPECT_EQ(Text(L"Hash", data), L"");
     }
@@ -159,7 +108,7 @@ TEST_F(AuxTest, HexadecimalAndBase64ComeBack)
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all += static_cast<char>(byte);
-    for (size_t size : {0u, 1u, 2u, 3u, 255u, 256u}) {
+    for (size_t size : {1u, 2u, 3u, 256u}) {
         const Variant data = ByteArray(all.substr(0, size));
         EXPECT_EQ(Bytes(L"DecodeHex", Text(L"EncodeHex", data)), all.substr(0, size));
         const std::wstring base64 = Text(L"EncodeBase64", data);
@@ -169,9 +118,9 @@ TEST_F(AuxTest, HexadecimalAndBase64ComeBack)
     EXPECT_EQ(Text(L"EncodeBase64", L"hello?>"), L"aGVsbG8/Pg==");
     EXPECT_EQ(Bytes(L"DecodeBase64", L" aGVs\r\nbG8/\tPg==\n"), "hello?>");
     EXPECT_EQ(Bytes(L"DecodeHex", L"\r\n4a 4B\t6c"), "JKl");
-    for (const std::wstring& wrong : {L"4"s, L"4 1"s, L"4g"s, L"41\0"s, L"0x41"s})
+    for (const std::wstring& wrong : {L"4 1"s, L"4g"s, L"41\0"s})
         EXPECT_EQ(Bytes(L"DecodeHex", wrong), "") << Narrow(wrong);
-    for (const std::wstring& wrong : {L"a*bc"s, L"aGVs\0"s, L"\0"s, L" "s})
+    for (const std::wstring& wrong : {L"a*bc"s, L"aGVs\0"s, L" "s})
         EXPECT_EQ(Bytes(L"DecodeBase64", wrong), "") << Narrow(wrong);
 }
 
@@ -180,9 +129,7 @@ TEST_F(AuxTest, HashesAreTheWellKnownOnes)
     const TemporaryFolder folder;
     const std::string large(200'000, 'a'); // more than is read at a time
     const struct {
-        const wchar_t* algorithm;
-        const wchar_t* ofAbc;
-        const wchar_t* ofLarge;
+        const wchar_t *algorithm, *ofAbc, *ofLarge;
     } cases[] = {
         {L"md5", L"900150983CD24FB0D6963F7D28E17F72", L"561B1994F6BAACD6E5EAF4BAAA12849F"},
         {L"SHA-1", L"A9993E364706816ABA3E25717850C26C9CD0D89D",
@@ -194,85 +141,65 @@ TEST_F(AuxTest, HashesAreTheWellKnownOnes)
     const std::wstring many = folder.Write(L"large", large);
     for (const auto& [algorithm, ofAbc, ofLarge] : cases) {
         EXPECT_EQ(Text(L"Hash", L"abc", algorithm), ofAbc);
-        EXPECT_EQ(Text(L"HashFile", abc, algorithm), ofAbc);
         EXPECT_EQ(Text(L"Hash", ByteArray(large), algorithm), ofLarge);
         EXPECT_EQ(Text(L"HashFile", many, algorithm), ofLarge);
     }
-    EXPECT_EQ(Text(L"Hash", L"abc"), cases[2].ofAbc);
+    EXPECT_EQ(Text(L"HashFile", abc), cases[2].ofAbc);
     EXPECT_EQ(Text(L"Hash", L"abc", L"SHA"), L"");
-    EXPECT_EQ(Text(L"Hash", L"abc", L""), L"");
-    for (const std::wstring& path : {folder.Path(L"none"), folder.Path(L""), abc + L'\0', L"abc"s,
-                                     L""s, L"CON"s, LR"(\\.\pipe\none)"s})
+    for (const std::wstring& path : {folder.Path(L""), abc + L'\0', L"abc"s, L""s, L"CON"s})
         EXPECT_EQ(Text(L"HashFile", path), L"") << Narrow(path);
 }
 
 // Arrays that are not as scripts make them.
 TEST_F(AuxTest, ArraysOfEveryKindBecomeLists)
 {
-    SAFEARRAYBOUND below{3, -5};
-    Variant low;
-    V_VT(&low) = VT_ARRAY | VT_I2;
-    V_ARRAY(&low) = SafeArrayCreate(VT_I2, 1, &below);
-    for (LONG index = -5; index < -2; ++index) {
-        SHORT number = static_cast<SHORT>(index * 10);
-        SafeArrayPutElement(V_ARRAY(&low), &index, &number);
-    }
+    const Variant low = StartingAt(-5, ScriptArray(short{-50}, -40, L"-30"));
     EXPECT_EQ(Items(L"VariantArray", low), (Texts{L"-50", L"-40", L"-30"}));
     EXPECT_EQ(aux_.Call(L"Find", low, -30), 2);
-
-    SAFEARRAYBOUND bounds[2]{{2, 0}, {2, 0}};
-    Variant square;
-    V_VT(&square) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(&square) = SafeArrayCreate(VT_VARIANT, 2, bounds);
-    EXPECT_EQ(Items(L"VariantArray", square), Texts());
-    EXPECT_EQ(Text(L"Join", square, L","), L"");
-
     Variant typed = ByteArray("\1\2");
     EXPECT_EQ(Items(L"VariantArray", &typed), (Texts{L"1", L"2"})); // a script's own variable
-    Variant bound; // what its language passes for an array it declared itself
-    V_VT(&bound) = VT_BYREF | VT_ARRAY | VT_UI1;
-    V_ARRAYREF(&bound) = &V_ARRAY(&typed);
-    EXPECT_EQ(Items(L"VariantArray", bound), (Texts{L"1", L"2"}));
-    for (const Variant& none : {OfType(VT_EMPTY), OfType(VT_ARRAY | VT_VARIANT), Variant(7L)})
+    // What its language passes for an array it declared itself.
+    EXPECT_EQ(Items(L"VariantArray", Reference(VT_ARRAY | VT_UI1, &V_ARRAY(&typed))),
+              (Texts{L"1", L"2"}));
+    for (const Variant& none : {Square(), Variant(), OfType(VT_ARRAY | VT_VARIANT), Variant(7L)})
         EXPECT_EQ(Items(L"VariantArray", none), Texts());
+    EXPECT_EQ(Text(L"Join", Square(), L","), L"");
 }
 
 TEST_F(AuxTest, ListsBecomeTypedArrays)
 {
-    const Variant list = ScriptArray(L"1", 2.0, true);
-    const Variant numbers = ScriptArray(1, 2.0, static_cast<short>(3));
+    const Variant numbers = ScriptArray(1, 2.0, short{3});
     for (const VARTYPE type : {VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_I8, VT_UI8, VT_R4,
                                VT_R8, VT_CY, VT_DATE, VT_DECIMAL, VT_INT, VT_UINT}) {
         const Value typed = aux_.Call(L"TypedArray", numbers, static_cast<int>(type));
-        EXPECT_EQ(V_VT(&typed), VT_ARRAY | type);
-        EXPECT_EQ(Items(L"VariantArray", typed).size(), 3u);
+        ASSERT_EQ(V_VT(&typed), VT_ARRAY | type);
         const Value back = aux_.Call(L"VariantArray", typed);
-        ASSERT_EQ(V_VT(&back), VT_ARRAY | VT_VARIANT);
-        for (int index = 0; index < 3; ++index) {
+        LONG expected = 0;
+        for (VARIANT& element : DataOf<VARIANT>(*V_ARRAY(&back))) {
             Variant number;
-            VARIANT& element = DataOf<VARIANT>(*V_ARRAY(&back))[static_cast<size_t>(index)];
             EXPECT_EQ(V_VT(&element), type);
             ASSERT_HRESULT_SUCCEEDED(VariantChangeType(&number, &element, 0, VT_I4)) << type;
-            EXPECT_EQ(V_I4(&number), index + 1) << type;
+            EXPECT_EQ(V_I4(&number), ++expected) << type;
         }
+        EXPECT_EQ(expected, 3);
     }
-    EXPECT_EQ(Items(L"VariantArray", aux_.Call(L"TypedArray", list, static_cast<int>(VT_BSTR))),
-              (Texts{L"1", L"2", L"True"}));
-
-    const Value failed = aux_.Call(L"TypedArray", ScriptArray(1, 256), static_cast<int>(VT_UI1));
-    EXPECT_EQ(BytesOf(failed), "");
-    for (int type : {-1, 0, 1, 9, 10, 12, 13, 36, 0x2003, 0x4003, INT_MAX, INT_MIN})
+    const Value texts = aux_.Call(L"TypedArray", ScriptArray(L"1", 2.0, true), VT_BSTR);
+    EXPECT_EQ(Items(L"VariantArray", texts), (Texts{L"1", L"2", L"True"}));
+    EXPECT_EQ(Bytes(L"TypedArray", ScriptArray(1, 256), VT_UI1), "");
+    for (int type : {-1, 0, 1, 9, 10, 12, 13, 36, 0x2003, 0x4003})
         EXPECT_EQ(Items(L"TypedArray", numbers, type), Texts()) << type;
 }
 
 TEST_F(AuxTest, SortsTextAsTheUsersLanguage)
 {
-    const Variant words = List({L"zebra", L"\u00E4pfel", L"Apfel", L"", L"apfel", L"Zebra"});
+    const Variant words =
+        MakeStringArray(Texts{L"zebra", L"\u00E4pfel", L"Apfel", L"", L"apfel", L"Zebra"}, true);
     EXPECT_EQ(Items(L"Sort", words),
               (Texts{L"", L"apfel", L"Apfel", L"\u00E4pfel", L"zebra", L"Zebra"}));
     EXPECT_EQ(Items(L"Sort", words, false, true),
               (Texts{L"Zebra", L"zebra", L"\u00E4pfel", L"Apfel", L"apfel", L""}));
-    EXPECT_EQ(Items(L"Sort", List({L"b\0b"s, L"b\0a"s})), (Texts{L"b\0a"s, L"b\0b"s}));
+    EXPECT_EQ(Items(L"Sort", MakeStringArray(Texts{L"b\0b"s, L"b\0a"s}, true)),
+              (Texts{L"b\0a"s, L"b\0b"s}));
     EXPECT_EQ(Items(L"Sort", ScriptArray(10, 9, L"1")), (Texts{L"1", L"10", L"9"}));
 }
 
@@ -309,19 +236,9 @@ TEST_F(AuxTest, FindsJoinsAndSplits)
         bool ignoreCase;
         int expected;
     } cases[] = {
-        {L"a", 0, false, 0},
-        {L"A", 0, false, 2},
-        {L"A", 0, true, 0},
-        {L"a", 1, true, 2},
-        {L"a", 3, false, 5},
-        {L"1", 0, false, 1},
-        {1, 2, false, 3},
-        {L"b", 0, true, -1},
-        {L"a", -1, true, -1},
-        {L"a", 7, true, -1},
-        {L"a", INT_MAX, true, -1},
-        {OfType(VT_NULL), 0, false, -1},
-        {aux_.Dispatch(), 0, false, -1},
+        {L"A", 0, false, 2},  {L"A", 0, true, 0},  {L"a", 1, true, 2},
+        {L"a", 3, false, 5},  {1, 2, false, 3},    {L"b", 0, true, -1},
+        {L"a", -1, true, -1}, {L"a", 7, true, -1}, {OfType(VT_NULL), 0, false, -1},
     };
     for (const auto& [value, start, ignoreCase, expected] : cases)
         EXPECT_EQ(aux_.Call(L"Find", list, value.value, start, ignoreCase), expected) << start;
@@ -341,30 +258,26 @@ TEST_F(AuxTest, UrlsAreEncodedInUtf8)
     for (bool plus : {false, true})
         EXPECT_EQ(Text(L"DecodeUrl", Text(L"EncodeUrl", text, plus), plus), text);
     EXPECT_EQ(Text(L"DecodeUrl", L"1+1%"), L"1+1%");
-    EXPECT_EQ(Text(L"DecodeUrl", L"%4"), L"%4");
     EXPECT_EQ(Text(L"DecodeUrl", L"%e2%82%ac\u20AC%zz"), L"\u20AC\u20AC%zz");
     EXPECT_EQ(Text(L"DecodeUrl", L"%E2%82x"), L"\uFFFDx");
 }
 
 TEST_F(AuxTest, UrlsHaveParts)
 {
-    const struct {
-        const wchar_t* url;
-        Texts parts;
-    } cases[] = {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         {L"https://me:se:cret@example.com:8080/a/b?x=1&y=/?#top?#",
-         {L"https", L"me", L"se:cret", L"example.com", L"8080", L"/a/b", L"x=1&y=/?", L"top?#"}},
-        {L"http://[::1]:80", {L"http", L"", L"", L"[::1]", L"80", L"", L"", L""}},
-        {L"http://[::1", {L"http", L"", L"", L"[::1", L"", L"", L"", L""}},
-        {L"ftp://a@b@host", {L"ftp", L"a@b", L"", L"host", L"", L"", L"", L""}},
-        {L"mailto:a@b.c", {L"mailto", L"", L"", L"", L"", L"a@b.c", L"", L""}},
-        {L"//host?q", {L"", L"", L"", L"host", L"", L"", L"q", L""}},
-        {L"../a:b", {L"", L"", L"", L"", L"", L"../a:b", L"", L""}},
-        {L":", {L"", L"", L"", L"", L"", L":", L"", L""}},
-        {L"", {}},
+         L"https|me|se:cret|example.com|8080|/a/b|x=1&y=/?|top?#"},
+        {L"http://[::1]:80", L"http|||[::1]|80|||"},
+        {L"http://[::1", L"http|||[::1||||"},
+        {L"ftp://a@b@host", L"ftp|a@b||host||||"},
+        {L"mailto:a@b.c", L"mailto|||||a@b.c||"},
+        {L"//host?q", L"|||host|||q|"},
+        {L"../a:b", L"|||||../a:b||"},
+        {L":", L"|||||:||"},
+        {L"", L""},
     };
     for (const auto& [url, parts] : cases)
-        EXPECT_EQ(Items(L"SplitUrl", url), parts) << Narrow(url);
+        EXPECT_EQ(Text(L"Join", aux_.Call(L"SplitUrl", url), L"|"), parts) << Narrow(url);
     EXPECT_EQ(Items(L"SplitUrl", L"a\0b"s), Texts());
 
     EXPECT_EQ(Text(L"CombineUrl", L"http://host/a/b.htm?x", L"../c.htm"), L"http://host/c.htm");
@@ -392,21 +305,16 @@ TEST_F(AuxTest, PathsAreCombinedAndResolved)
     const std::wstring longName(300, L'x');
     const struct {
         const wchar_t* method;
-        std::wstring first;
-        std::wstring second;
-        std::wstring expected;
+        std::wstring first, second, expected;
     } cases[] = {
-        {L"CombinePath", LR"(C:\a)", L"b", LR"(C:\a\b)"},
         {L"CombinePath", LR"(C:\a\)", LR"(..\b)", LR"(C:\b)"},
         {L"CombinePath", LR"(C:\a)", LR"(\b)", LR"(C:\b)"},
         {L"CombinePath", LR"(C:\a)", LR"(D:\b)", LR"(D:\b)"},
-        {L"CombinePath", L"", L"", L""},
         {L"CombinePath", L"C:\\a\0"s, L"b", L""},
         {L"FullPath", LR"(b/./c\..\d)", LR"(C:\a)", LR"(C:\a\b\d)"},
         {L"FullPath", LR"(C:\x\..\y)", L"", LR"(C:\y)"},
         {L"FullPath", L"/b", L"C:/a", LR"(C:\b)"},
         {L"FullPath", L"b", L"a", L""},
-        {L"FullPath", L"b", L"", L""},
         {L"FullPath", L"", LR"(C:\a)", L""},
         {L"RelativePath", LR"(C:\a\b\c.txt)", LR"(C:\a\d)", LR"(..\b\c.txt)"},
         {L"RelativePath", LR"(D:\a)", LR"(C:\a)", L""},
@@ -426,10 +334,8 @@ TEST_F(AuxTest, PathsAreCombinedAndResolved)
     const std::wstring path = LR"(C:\folder\another folder\file.txt)";
     EXPECT_EQ(Text(L"CompactPath", path, 20).size(), 20u);
     EXPECT_NE(Text(L"CompactPath", path, 20).find(LR"(...\file.txt)"), std::wstring::npos);
-    for (int width : {static_cast<int>(path.size()), INT_MAX})
-        EXPECT_EQ(Text(L"CompactPath", path, width), path);
-    for (int width : {0, -1, INT_MIN})
-        EXPECT_EQ(Text(L"CompactPath", path, width), L"");
+    for (const auto& [width, compact] : {std::pair{INT_MAX, path}, {0, L""s}, {INT_MIN, L""s}})
+        EXPECT_EQ(Text(L"CompactPath", path, width), compact);
     EXPECT_EQ(Text(L"CompactPath", longName, 299), L"");
 }
 
@@ -437,22 +343,15 @@ TEST_F(AuxTest, PathsHaveALongAndAShortForm)
 {
     const TemporaryFolder folder;
     const std::wstring path = folder.Write(L"a rather long name.text", "");
-    const std::wstring shortPath = Text(L"ShortPath", path);
-    EXPECT_NE(shortPath, L"");
-    EXPECT_TRUE(Text(L"LongPath", shortPath).ends_with(L"\\a rather long name.text"));
-    for (const std::wstring& wrong : {folder.Path(L"none"), L"."s, L""s, path + L'\0'}) {
-        EXPECT_EQ(Text(L"ShortPath", wrong), L"");
-        EXPECT_EQ(Text(L"LongPath", wrong), L"");
-    }
+    EXPECT_TRUE(
+        Text(L"LongPath", Text(L"ShortPath", path)).ends_with(L"\\a rather long name.text"));
+    for (const std::wstring& wrong : {folder.Path(L"none"), L"."s, L""s, path + L'\0'})
+        EXPECT_EQ(Text(L"ShortPath", wrong) + Text(L"LongPath", wrong), L"");
 }
 
 TEST_F(AuxTest, NamesMatchPatterns)
 {
-    const struct {
-        std::wstring name;
-        std::wstring pattern;
-        bool expected;
-    } cases[] = {
+    const std::tuple<std::wstring, const wchar_t*, bool> cases[] = {
         {L"Report.TXT", L"*.txt", true},
         {L"report", L"*.*", true},
         {L"report", L"r?p*t", true},
@@ -460,12 +359,11 @@ TEST_F(AuxTest, NamesMatchPatterns)
         {L"a.bmp", L"*.txt; *.bmp", true},
         {L"a.bmpx", L"*.txt;*.bmp", false},
         {L"aXbXc", L"a*b*c", true},
-        {L"", L"*", true},
         {L"", L"", true},
         {L"a", L"", false},
         {L"\u00C4", L"\u00E4", true},
         {L"a\0b"s, L"a?b", true},
-        {std::wstring(30'000, L'a'), L"*a*a*a*a*a*a*a*a*b", false},
+        {std::wstring(30'000, L'a'), L"*a*a*a*a*a*a*b", false},
         {std::wstring(40'000, L'a'), L"*", false}, // no path is as long
     };
     for (const auto& [name, pattern, expected] : cases)
@@ -481,90 +379,11 @@ TEST_F(AuxTest, ReadsTextAsACommandLineWould)
     EXPECT_EQ(Text(L"ExpandEnvironment", L"%quill_test%"), std::wstring(MAX_PATH - 1, L'v'));
     SetEnvironmentVariableW(L"QUILL_TEST", nullptr);
     EXPECT_EQ(Text(L"ExpandEnvironment", L"a\0b"s), L"");
-    EXPECT_EQ(Text(L"ExpandEnvironment", L""), L"");
 
     EXPECT_EQ(Items(L"SplitCommandLine", LR"( "C:\my tools\x.exe" /a "b c" "say \"hi\"" d\)"),
               (Texts{LR"(C:\my tools\x.exe)", L"/a", L"b c", LR"(say "hi")", LR"(d\)"}));
-    for (const std::wstring& none : {L""s, L" \t"s, L"a\0b"s})
+    for (const std::wstring& none : {L" \t"s, L"a\0b"s})
         EXPECT_EQ(Items(L"SplitCommandLine", none), Texts());
-}
-
-// Every member gets every kind of value in each of its places, by value and by reference. The
-// runtime may refuse it on the way; a member that gets it raises nothing.
-TEST_F(AuxTest, EveryMemberTakesEveryKindOfValue)
-{
-    std::vector<Variant> values;
-    for (const VARTYPE type :
-         {VT_EMPTY, VT_NULL,     VT_I2,    VT_I4,   VT_R4,      VT_R8,      VT_CY, VT_DATE,
-          VT_BSTR,  VT_DISPATCH, VT_ERROR, VT_BOOL, VT_UNKNOWN, VT_DECIMAL, VT_I1, VT_UI1,
-          VT_UI2,   VT_UI4,      VT_I8,    VT_UI8,  VT_INT,     VT_UINT}) {
-        values.push_back(OfType(type));
-        if (type == VT_EMPTY || type == VT_NULL) continue;
-        SAFEARRAYBOUND bounds[2]{{2, -3}, {0x3, 7}};
-        for (UINT dimensions : {1u, 2u}) {
-            Variant array;
-            V_ARRAY(&array) = SafeArrayCreate(type, dimensions, bounds);
-            ASSERT_TRUE(V_ARRAY(&array)) << type;
-            V_VT(&array) = static_cast<VARTYPE>(VT_ARRAY | type);
-            values.push_back(std::move(array));
-        }
-        values.emplace_back(MakeArray(type, 0));
-        values.push_back(OfType(static_cast<VARTYPE>(VT_ARRAY | type))); // without an array
-    }
-    values.emplace_back(LONG_MAX);
-    values.emplace_back(LONG_MIN);
-    values.emplace_back(-1L);
-    values.emplace_back(1e308);
-    values.emplace_back(std::wstring_view(L"\0", 1));
-    values.emplace_back(std::wstring(2'083, L'%'));
-    values.emplace_back(std::wstring(100'000, L'%'));
-    values.push_back(ScriptArray(ScriptArray(1), aux_.Dispatch(), OfType(VT_NULL), L"x", 1));
-
-    int answered = 0;
-    ComPtr<ITypeInfo> info;
-    Check(aux_.Dispatch()->GetTypeInfo(0, LOCALE_USER_DEFAULT, &info));
-    TYPEATTR* attributes = nullptr;
-    Check(info->GetTypeAttr(&attributes));
-    const UINT count = attributes->cFuncs;
-    info->ReleaseTypeAttr(attributes);
-    for (UINT index = 0; index < count; ++index) {
-        FUNCDESC* function = nullptr;
-        Check(info->GetFuncDesc(index, &function));
-        const MEMBERID id = function->memid;
-        const auto places = static_cast<UINT>(function->cParams);
-        const bool ours = !(function->wFuncFlags & FUNCFLAG_FRESTRICTED);
-        info->ReleaseFuncDesc(function);
-        if (!ours) continue;
-        for (UINT place = 0; place < places; ++place)
-            for (Variant& value : values)
-                for (bool byReference : {false, true}) {
-                    std::vector<VARIANT> arguments(places);
-                    for (VARIANT& argument : arguments) {
-                        V_VT(&argument) = VT_I4;
-                        V_I4(&argument) = 1;
-                    }
-                    if (byReference) {
-                        V_VT(&arguments[place]) = VT_BYREF | VT_VARIANT;
-                        V_VARIANTREF(&arguments[place]) = &value;
-                    } else {
-                        arguments[place] = value;
-                    }
-                    DISPPARAMS parameters{arguments.data(), nullptr, places, 0};
-                    Variant result;
-                    EXCEPINFO exception{};
-                    UINT bad = 0;
-                    const HRESULT answer =
-                        aux_.Dispatch()->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                                &parameters, &result, &exception, &bad);
-                    SysFreeString(exception.bstrSource);
-                    SysFreeString(exception.bstrDescription);
-                    EXPECT_NE(answer, DISP_E_EXCEPTION)
-                        << "member " << id << ", place " << place << ", type " << V_VT(&value)
-                        << ": " << std::hex << exception.scode;
-                    answered += answer == S_OK;
-                }
-    }
-    EXPECT_GT(answered, 1000);
 }
 
 } // namespace

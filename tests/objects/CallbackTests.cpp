@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "gui/MessageHook.h"
-#include "gui/MessageNotify.h"
 #include "gui/TimerFn.h"
 #include "gui/modPushParamThunk.h"
 #include "support/EventListener.h"
@@ -72,12 +71,6 @@ TEST(MessageHook, SeesMessagesUntilItIsRemoved)
     SetWindowTextW(window, L"b");
     EXPECT_EQ(owner, 5);
     DestroyWindow(window);
-}
-
-TEST(MessageNotify, ReadsTheCode)
-{
-    const NMHDR header{nullptr, 7, static_cast<UINT>(NM_SETFOCUS)};
-    EXPECT_EQ(NotificationCode(reinterpret_cast<LPARAM>(&header)), static_cast<UINT>(NM_SETFOCUS));
 }
 
 class ClockTest : public testing::Test {

@@ -2,6 +2,7 @@
 
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
+#include "support/Values.h"
 
 namespace quill::test {
 namespace {
@@ -9,10 +10,7 @@ namespace {
 constexpr wchar_t kTitle[] = L"What to pack";
 constexpr wchar_t kThings[] = L"map\r\ntent\r\nrope";
 
-void Accept(Desk& desk)
-{
-    desk.Click(desk.Control(kTitle, L"Button", L"OK"));
-}
+const Robot::Script kAccept = ClickButton(kTitle);
 
 TEST(CheckList, ReturnsTheBitsOfTheCheckedLines)
 {
@@ -29,20 +27,11 @@ TEST(CheckList, ReturnsTheBitsOfTheCheckedLines)
         thirtyOne += (line ? L"\r\nx" : L"x");
     }
     const Case cases[] = {
-        {"as they were", kThings, 5, Accept, 5},
-        {"bits of lines that there are not", kThings, -1, Accept, 7},
-        {"the last of thirty", thirty.c_str(), 1 << 29, Accept, 536870912},
-        {"an empty line shifts lines against positions", L"\r\nmap\r\ntent", 6, Accept, 2},
-        {"no lines", L"\r\n", 1, Accept, 0},
-        {"space turns a line over, arrows move", kThings, 1,
-         [](Desk& desk) {
-             desk.Control(kTitle, L"SysListView32");
-             desk.Press(VK_SPACE);
-             desk.Press(VK_DOWN);
-             desk.Press(VK_SPACE);
-             desk.Press(VK_RETURN);
-         },
-         2},
+        {"as they were", kThings, 5, kAccept, 5},
+        {"bits of lines that there are not", kThings, -1, kAccept, 7},
+        {"the last of thirty", thirty.c_str(), 1 << 29, kAccept, 536870912},
+        {"an empty line shifts lines against positions", L"\r\nmap\r\ntent", 6, kAccept, 2},
+        {"no lines", L"\r\n", 1, kAccept, 0},
         {"the whole line can be clicked, twice in a row too", kThings, 0,
          [](Desk& desk) {
              const HWND list = desk.Control(kTitle, L"SysListView32");
@@ -51,10 +40,10 @@ TEST(CheckList, ReturnsTheBitsOfTheCheckedLines)
              desk.ClickAt(list, {line.right - 20, line.top + 5}); // right of its text
              desk.ClickAt(list, {8, 5});                          // the box of the first
              desk.DoubleClickAt(list, {60, line.top - 5});        // the second: on, and off again
-             Accept(desk);
+             kAccept(desk);
          },
          5},
-        {"the close box", kThings, 7, [](Desk& desk) { desk.Close(desk.Window(kTitle)); }, 0},
+        {"the close box", kThings, 7, CloseBox(kTitle), 0},
     };
     ScriptObject list = ScriptObject::Make(L"CheckList");
     for (const Case& c : cases) {
@@ -72,8 +61,6 @@ TEST(CheckList, TakesArraysOfLinesAndStates)
     DataOf<LONG>(*typed)[1] = 7;
     Variant numbers(std::move(typed));
     Variant empty;
-    Variant null;
-    V_VT(&null) = VT_NULL;
     Variant lines = ScriptArray(L"map", 2.5, L"rope");
     ScriptObject list = ScriptObject::Make(L"CheckList");
     struct Case {
@@ -85,27 +72,26 @@ TEST(CheckList, TakesArraysOfLinesAndStates)
         {"numbers, truth and text", ScriptArray(L"map", L"tent", L"rope"),
          ScriptArray(0, true, L"-1"), 6},
         {"fewer states than lines", ScriptArray(L"map", L"tent"), ScriptArray(true), 1},
-        {"more states than lines", ScriptArray(L"map"), ScriptArray(true, true), 1},
         {"what is no number", ScriptArray(L"map", L"tent", L"rope"),
-         ScriptArray(L"yes", null, list.Dispatch()), 0},
-        {"what is no text is left out", ScriptArray(L"map", empty, null, list.Dispatch()),
+         ScriptArray(L"yes", OfType(VT_NULL), list.Dispatch()), 0},
+        {"what is no text is left out",
+         ScriptArray(L"map", empty, OfType(VT_NULL), list.Dispatch()),
          ScriptArray(true, true, true, true), 1},
         {"typed arrays", Variant::Dereferenced(numbers), Variant::Dereferenced(numbers), 2},
     };
     for (Case& c : cases) {
         SCOPED_TRACE(c.what);
-        Robot robot(Accept);
+        Robot robot(kAccept);
         EXPECT_EQ(list.Call(L"SelectionA", &c.items, &c.states, kTitle), c.checked);
     }
     {
-        Robot robot(Accept);
+        Robot robot(kAccept);
         EXPECT_EQ(list.Call(L"SelectionA", &lines, Missing(), kTitle), 0) << "no states";
     }
     Variant none = ScriptArray();
     Variant late = StartingAt(1, ScriptArray(L"map"));
     Variant long_ = MakeStringArray(std::vector<std::wstring>(31, L"x"), false);
-    SAFEARRAYBOUND bounds[2] = {{1, 0}, {1, 0}};
-    Variant table(Array(SafeArrayCreate(VT_VARIANT, 2, bounds)));
+    Variant table = Square();
     Variant text(std::wstring_view(L"map"));
     for (Variant* refused : {&none, &late, &long_, &table, &text, &empty})
         EXPECT_EQ(list.Call(L"SelectionA", refused), 0) << "no dialog";

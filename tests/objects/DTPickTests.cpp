@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -36,21 +37,16 @@ protected:
 
 TEST_F(DTPickTest, ReturnsTheChosenParts)
 {
-    struct Case {
-        int mode;
-        DATE chosen;
-    };
-    const Case cases[] = {{0, std::floor(kStart)},
-                          {1, kStart - std::floor(kStart)},
-                          {2, kStart},
-                          {7, kStart}}; // ignored: 2 stays
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.mode);
-        picker_.Put(L"ControlMode", c.mode);
+    for (const auto& [mode, chosen] : {std::pair{0, std::floor(kStart)},
+                                       {1, kStart - std::floor(kStart)},
+                                       {2, kStart},
+                                       {7, kStart}}) { // ignored: 2 stays
+        SCOPED_TRACE(mode);
+        picker_.Put(L"ControlMode", mode);
         Variant date = Variant::OfDate(kStart);
-        EXPECT_TRUE(Pick(date, [](Desk& desk) { desk.Click(desk.Control(kTitle, L"Button")); }));
+        EXPECT_TRUE(Pick(date, ClickButton(kTitle, nullptr)));
         EXPECT_EQ(V_VT(&date), VT_DATE);
-        EXPECT_NEAR(V_DATE(&date), c.chosen, 1e-9);
+        EXPECT_NEAR(V_DATE(&date), chosen, 1e-9);
     }
 }
 
@@ -78,19 +74,9 @@ TEST_F(DTPickTest, GoesByKeysFromPickerToPicker)
 
 TEST_F(DTPickTest, CancelLeavesTheVariableAlone)
 {
-    const Robot::Script ways[] = {
-        [](Desk& desk) {
-            desk.Control(kTitle, kPicker);
-            desk.Press(VK_ESCAPE);
-        },
-        [](Desk& desk) {
-            desk.Control(kTitle, L"Button");
-            desk.Press(VK_TAB);
-            desk.Press(VK_TAB);
-            desk.Press(VK_ESCAPE);
-        },
-        [](Desk& desk) { desk.Close(desk.Window(kTitle)); },
-    };
+    const Robot::Script ways[] = {Keys(kTitle, kPicker, {VK_ESCAPE}),
+                                  Keys(kTitle, L"Button", {VK_TAB, VK_TAB, VK_ESCAPE}),
+                                  CloseBox(kTitle)};
     for (const Robot::Script& way : ways) {
         Variant text(std::wstring_view(L"next week"));
         EXPECT_FALSE(Pick(text, way));
@@ -101,7 +87,7 @@ TEST_F(DTPickTest, CancelLeavesTheVariableAlone)
 // What is no date, or none that the calendar knows, begins with now.
 TEST_F(DTPickTest, BeginsWithNowWithoutADate)
 {
-    const auto accept = [](Desk& desk) { desk.Click(desk.Control(kTitle, L"Button")); };
+    const auto accept = ClickButton(kTitle, nullptr);
     Variant given[] = {Variant(),
                        Variant(std::wstring_view(L"next week")),
                        Variant(5.0),
@@ -141,21 +127,16 @@ TEST_F(DTPickTest, RefusesArraysAndASecondDialog)
 
 TEST_F(DTPickTest, ClosesUpWithoutAnInfoText)
 {
-    struct Case {
-        int mode;
-        const wchar_t* info;
-        long height; // twips
-    };
-    const Case cases[] = {{0, L"", 2570}, {2, L"", 2970}, {1, L"Wake me", 3410}, {2, L"x", 3810}};
-    for (const Case& c : cases) {
-        picker_.Put(L"ControlMode", c.mode);
-        picker_.Put(L"Info", c.info);
+    // Mode, text, height in twips.
+    for (const auto& [mode, info, height] :
+         {std::tuple{0, L"", 2570}, {2, L"", 2970}, {1, L"Wake me", 3410}, {2, L"x", 3810}}) {
+        picker_.Put(L"ControlMode", mode);
+        picker_.Put(L"Info", info);
         Variant date;
         Pick(date, [&](Desk& desk) {
-            RECT place{};
-            GetWindowRect(desk.Window(kTitle), &place);
-            EXPECT_NEAR((place.bottom - place.top) * 15, c.height, 7) << "whole pixels";
-            desk.Close(desk.Window(kTitle));
+            const HWND window = desk.Window(kTitle);
+            EXPECT_NEAR(Desk::SizeOf(window).cy * 15, height, 7) << "whole pixels";
+            desk.Close(window);
         });
     }
 }

@@ -115,9 +115,7 @@ TEST(DateTimeTest, WhatIsNoDateOfThePlatformBecomesTheZeroDate)
                          -109'206.0 /* the year 1600 */})
         for (bool fromUtc : {true, false}) {
             // The runtime lets a Date hold all of them.
-            Variant date;
-            V_VT(&date) = VT_DATE;
-            V_DATE(&date) = value;
+            const Variant date = Variant::OfDate(value);
             EXPECT_EQ(DateOf(dateTime.Call(L"ConvertTime", date, fromUtc)), 0) << value;
         }
 }

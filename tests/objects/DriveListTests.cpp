@@ -61,13 +61,6 @@ TEST(DriveList, ReturnsTheChosenDriveWithItsLabel)
         });
         EXPECT_EQ(drives.Call(L"Selection", L"c:\\data", kTitle), crop ? L"C:" : L"C: [Work]");
     }
-    Robot robot([](Desk& desk) {
-        desk.Control(kTitle, L"ComboBox");
-        desk.Press(VK_TAB, {VK_SHIFT});
-        desk.Press(VK_DOWN); // Z
-        desk.Press(VK_RETURN);
-    });
-    EXPECT_EQ(drives.Call(L"Selection", L"c", kTitle), L"Z:");
 }
 
 TEST(DriveList, BeginsWithTheDriveOfThePath)
@@ -90,8 +83,6 @@ TEST(DriveList, BeginsWithTheDriveOfThePath)
 TEST(DriveList, ShowsOneDialogAtATime)
 {
     ScriptObject drives = ScriptObject::Make(L"DriveList");
-    drives.Put(L"Info", std::wstring(200, L'x'));
-    EXPECT_EQ(drives.Get(L"Info"), std::wstring(128, L'x'));
     for (const wchar_t* info : {L"", L"Where shall it go?"}) {
         drives.Put(L"Info", info);
         std::wstring nested = L"not called";
@@ -100,9 +91,7 @@ TEST(DriveList, ShowsOneDialogAtATime)
         Robot robot([&](Desk& desk) {
             const HWND window = desk.Window(kTitle);
             desk.Press(VK_ESCAPE); // means nothing here
-            RECT place{};
-            GetWindowRect(window, &place);
-            EXPECT_EQ((place.bottom - place.top) * 15, *info ? 2940 : 2100);
+            EXPECT_EQ(Desk::SizeOf(window).cy * 15, *info ? 2940 : 2100);
             desk.WaitFor(L"the second call", [&] { return nested.empty(); });
             desk.Close(window);
         });

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
@@ -21,97 +23,64 @@ long Twips(long pixels)
     return pixels * 15;
 }
 
-RECT PlaceOf(HWND window)
-{
-    RECT place{};
-    GetWindowRect(window, &place);
-    return place;
-}
-
 HWND Box(Desk& desk)
 {
     return desk.Control(kTitle, L"ListBox");
 }
 
-HWND Ok(Desk& desk, const wchar_t* text = L"OK")
+HWND Ok(Desk& desk)
 {
-    return desk.Control(kTitle, L"Button", text);
+    return desk.Control(kTitle, L"Button", L"OK");
 }
+
+const Robot::Script kAccept = ClickButton(kTitle);
 
 TEST(List, ReturnsTheChosenLine)
 {
-    struct Case {
+    const struct {
         const char* what;
         const wchar_t* items;
         int index;
         Robot::Script answer;
         const wchar_t* chosen;
-    };
-    const Case cases[] = {
-        {"OK at once", kFruit, 1, [](Desk& desk) { desk.Click(Ok(desk)); }, L"pear"},
-        {"a line number beyond the last", kFruit, 4, [](Desk& desk) { desk.Click(Ok(desk)); }, L""},
-        {"a line number below 0", kFruit, -2147483647 - 1, [](Desk& desk) { desk.Click(Ok(desk)); },
-         L""},
-        {"one line", L"only", 0, [](Desk& desk) { desk.Click(Ok(desk)); }, L"only"},
-        {"empty lines between", L"\r\na\r\n\r\nb\r\n", 1, [](Desk& desk) { desk.Click(Ok(desk)); },
-         L"b"},
-        {"a lone CR or LF is part of its line", L"a\rb\nc\r\nd", 0,
-         [](Desk& desk) { desk.Click(Ok(desk)); }, L"a\rb\nc"},
-        {"arrow keys and Enter", kFruit, 0,
-         [](Desk& desk) {
-             Box(desk);
-             desk.Press(VK_DOWN);
-             desk.Press(VK_DOWN);
-             desk.Press(VK_RETURN);
-         },
+    } cases[] = {
+        {"OK at once", kFruit, 1, kAccept, L"pear"},
+        {"a line number beyond the last", kFruit, 4, kAccept, L""},
+        {"a line number below 0", kFruit, INT_MIN, kAccept, L""},
+        {"empty lines between", L"\r\na\r\n\r\nb\r\n", 1, kAccept, L"b"},
+        {"a lone CR or LF is part of its line", L"a\rb\nc\r\nd", 0, kAccept, L"a\rb\nc"},
+        {"arrow keys and Enter", kFruit, 0, Keys(kTitle, L"ListBox", {VK_DOWN, VK_DOWN, VK_RETURN}),
          L"plum"},
-        {"Tab to the button and space", kFruit, 2,
-         [](Desk& desk) {
-             Box(desk);
-             desk.Press(VK_TAB);
-             desk.Press(VK_SPACE);
-         },
+        {"Tab to the button and space", kFruit, 2, Keys(kTitle, L"ListBox", {VK_TAB, VK_SPACE}),
          L"plum"},
         {"a double click", kFruit, 0,
          [](Desk& desk) {
              desk.DoubleClickAt(Box(desk), {20, 20});
          },
          L"pear"},
-        {"what is typed finds a line", kFruit, 0,
-         [](Desk& desk) {
-             Box(desk);
-             desk.Type(L"plu");
-             desk.Press(VK_RETURN);
-         },
+        {"what is typed finds a line", kFruit, 0, TypeAndEnter(kTitle, L"ListBox", L"plu"),
          L"plum"},
         {"the same letter goes from line to line", kFruit, 0,
-         [](Desk& desk) {
-             Box(desk);
-             desk.Type(L"ppp");
-             desk.Press(VK_RETURN);
-         },
-         L"peach"},
-        {"the close box", kFruit, 1, [](Desk& desk) { desk.Close(desk.Window(kTitle)); }, L""},
+         TypeAndEnter(kTitle, L"ListBox", L"ppp"), L"peach"},
+        {"the close box", kFruit, 1, CloseBox(kTitle), L""},
     };
     ScriptObject list = ScriptObject::Make(L"List");
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(Choose(list, c.items, c.index, c.answer), c.chosen);
+    for (const auto& [what, items, index, answer, chosen] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(Choose(list, items, index, answer), chosen);
     }
     EXPECT_EQ(list.Call(L"Selection", L"").Text(), L"") << "nothing to choose from, no dialog";
 }
 
 TEST(List, ReturnsSeveralLinesInTheirOrder)
 {
-    struct Case {
+    const struct {
         const char* what;
         int index;
         Robot::Script answer;
         const wchar_t* chosen;
-    };
-    const Case cases[] = {
-        {"OK at once", 1, [](Desk& desk) { desk.Click(Ok(desk)); }, L"pear\r\n"},
-        {"none", -1, [](Desk& desk) { desk.Click(Ok(desk)); }, L""},
+    } cases[] = {
+        {"none", -1, kAccept, L""},
         {"Shift extends", 2,
          [](Desk& desk) {
              Box(desk);
@@ -119,13 +88,7 @@ TEST(List, ReturnsSeveralLinesInTheirOrder)
              desk.Press(VK_RETURN);
          },
          L"pear\r\nplum\r\n"},
-        {"typing goes to one line", 0,
-         [](Desk& desk) {
-             Box(desk);
-             desk.Type(L"plu");
-             desk.Press(VK_RETURN);
-         },
-         L"plum\r\n"},
+        {"typing goes to one line", 0, TypeAndEnter(kTitle, L"ListBox", L"plu"), L"plum\r\n"},
         {"a double click chooses no more than the line", 0,
          [](Desk& desk) {
              desk.DoubleClickAt(Box(desk), {20, 20});
@@ -135,9 +98,9 @@ TEST(List, ReturnsSeveralLinesInTheirOrder)
     };
     ScriptObject list = ScriptObject::Make(L"List");
     list.Put(L"MultiSel", true);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(Choose(list, kFruit, c.index, c.answer), c.chosen);
+    for (const auto& [what, index, answer, chosen] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(Choose(list, kFruit, index, answer), chosen);
     }
 }
 
@@ -145,29 +108,17 @@ TEST(List, ReturnsLinesExactlyAsGiven)
 {
     ScriptObject list = ScriptObject::Make(L"List");
     const std::wstring line(L"shown\0hidden", 12);
-    Robot robot([](Desk& desk) { desk.Click(desk.Control(L"QUILL List", L"Button", L"OK")); });
+    Robot robot(ClickButton(L"QUILL List"));
     EXPECT_EQ(list.Call(L"Selection", line), line);
 }
 
 TEST(List, EscapeCancelsWhereItMay)
 {
     ScriptObject list = ScriptObject::Make(L"List");
-    EXPECT_EQ(Choose(list, kFruit, 1,
-                     [](Desk& desk) {
-                         Box(desk);
-                         desk.Press(VK_ESCAPE);
-                         desk.Press(VK_DOWN); // the dialog is still there
-                         desk.Press(VK_RETURN);
-                     }),
-              L"plum");
+    const auto keys = Keys(kTitle, L"ListBox", {VK_ESCAPE, VK_DOWN, VK_RETURN});
+    EXPECT_EQ(Choose(list, kFruit, 1, keys), L"plum") << "the dialog is still there";
     list.Put(L"DlgCancelEsc", true);
-    EXPECT_EQ(Choose(list, kFruit, 1,
-                     [](Desk& desk) {
-                         const HWND box = Box(desk);
-                         desk.Press(VK_ESCAPE);
-                         desk.WaitUntilGone(box);
-                     }),
-              L"");
+    EXPECT_EQ(Choose(list, kFruit, 1, Keys(kTitle, L"ListBox", {VK_ESCAPE})), L"");
 }
 
 TEST(List, TextsAreCutWhenTheyAreTooLong)
@@ -189,32 +140,21 @@ TEST(List, TextsAreCutWhenTheyAreTooLong)
 
 TEST(List, FontsFollowTheSettings)
 {
-    struct Case {
-        bool modern;
-        short enlarge;
-        const wchar_t* name;
-        int points;
+    const std::tuple<bool, short, const wchar_t*, int> cases[] = {
+        {true, 0, L"Segoe UI", 9},
+        {true, 2, L"Segoe UI", 11},
+        {false, 1, L"MS Shell Dlg 2", 10},
     };
-    const Case cases[] = {{true, 0, L"Segoe UI", 9},
-                          {true, 2, L"Segoe UI", 11},
-                          {false, 0, L"MS Shell Dlg 2", 9},
-                          {false, 1, L"MS Shell Dlg 2", 10}};
     ScriptObject list = ScriptObject::Make(L"List");
-    for (const Case& c : cases) {
-        list.Put(L"FontModernize", c.modern);
-        list.Put(L"FontEnlarge", c.enlarge);
-        for (int ignored : {3, -1, 32767})
-            list.Put(L"FontEnlarge", ignored);
-        EXPECT_EQ(list.Get(L"FontEnlarge"), c.enlarge);
+    for (const auto& [modern, enlarge, name, points] : cases) {
+        list.Put(L"FontModernize", modern);
+        list.Put(L"FontEnlarge", enlarge);
+        list.Put(L"FontEnlarge", 3); // ignored
         Choose(list, kFruit, 0, [&](Desk& desk) {
             const HWND window = desk.Window(kTitle);
             for (HWND control : desk.Controls(window)) {
-                LOGFONTW font{};
-                const auto handle =
-                    reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-                GetObjectW(handle, sizeof font, &font);
-                EXPECT_STREQ(font.lfFaceName, c.name);
-                EXPECT_EQ(font.lfHeight, -MulDiv(c.points, 96, 72));
+                EXPECT_STREQ(Desk::FontOf(control).lfFaceName, name);
+                EXPECT_EQ(Desk::FontOf(control).lfHeight, -MulDiv(points, 96, 72));
             }
             desk.Close(window);
         });
@@ -226,31 +166,27 @@ TEST(List, ControlsFollowTheWindow)
     ScriptObject list = ScriptObject::Make(L"List");
     for (const wchar_t* info : {L"", L"Some fruit"}) {
         SCOPED_TRACE(Narrow(info));
-        const long minimum = *info ? 4920 : 4065;
         list.Put(L"Info", info);
         Choose(list, kFruit, 0, [&](Desk& desk) {
             const HWND window = desk.Window(kTitle);
+            const auto expectSmallest = [&] {
+                EXPECT_EQ(Twips(Desk::SizeOf(window).cx), 4335);
+                EXPECT_EQ(Twips(Desk::SizeOf(window).cy), *info ? 4920 : 4065);
+            };
+            expectSmallest();
             EXPECT_EQ(desk.Controls(window, L"Static").size(), *info ? 1U : 0U);
-            const RECT before = PlaceOf(window);
-            EXPECT_EQ(Twips(before.right - before.left), 4335);
-            EXPECT_EQ(Twips(before.bottom - before.top), minimum);
-
-            const RECT box = PlaceOf(Box(desk));
-            const RECT ok = PlaceOf(Ok(desk));
+            const RECT before = Desk::PlaceOf(window);
+            const SIZE size = Desk::SizeOf(window);
+            const SIZE box = Desk::SizeOf(Box(desk));
+            const SIZE ok = Desk::SizeOf(Ok(desk));
+            const long left = Desk::PlaceOf(Ok(desk)).left - before.left;
             desk.Place(window, {10, 10, 610, 710});
-            const RECT widerBox = PlaceOf(Box(desk));
-            const RECT movedOk = PlaceOf(Ok(desk));
-            const long wider = 600 - (before.right - before.left);
-            const long higher = 700 - (before.bottom - before.top);
-            EXPECT_EQ(widerBox.right - widerBox.left, box.right - box.left + wider);
-            EXPECT_EQ(widerBox.bottom - widerBox.top, box.bottom - box.top + higher);
-            EXPECT_EQ(movedOk.right - movedOk.left, ok.right - ok.left);
-            EXPECT_EQ(movedOk.left - 10, ok.left - before.left + wider);
-
+            EXPECT_EQ(Desk::SizeOf(Box(desk)).cx, box.cx + 600 - size.cx);
+            EXPECT_EQ(Desk::SizeOf(Box(desk)).cy, box.cy + 700 - size.cy);
+            EXPECT_EQ(Desk::SizeOf(Ok(desk)).cx, ok.cx);
+            EXPECT_EQ(Desk::PlaceOf(Ok(desk)).left - 10, left + 600 - size.cx);
             desk.Place(window, {10, 10, 110, 110}); // springs back
-            const RECT after = PlaceOf(window);
-            EXPECT_EQ(Twips(after.right - after.left), 4335);
-            EXPECT_EQ(Twips(after.bottom - after.top), minimum);
+            expectSmallest();
             desk.Close(window);
         });
     }
@@ -267,9 +203,9 @@ TEST(List, ALongInfoTextMovesTheListDown)
     list.Put(L"FontEnlarge", 2);
     Choose(list, kFruit, 0, [&](Desk& desk) {
         const HWND window = desk.Window(kTitle);
-        const RECT label = PlaceOf(desk.Controls(window, L"Static").at(0));
-        EXPECT_GT(Twips(label.bottom - label.top), 840);
-        EXPECT_GE(PlaceOf(Box(desk)).top, label.bottom);
+        const HWND label = desk.Controls(window, L"Static").at(0);
+        EXPECT_GT(Twips(Desk::SizeOf(label).cy), 840);
+        EXPECT_GE(Desk::PlaceOf(Box(desk)).top, Desk::PlaceOf(label).bottom);
         desk.Close(window);
     });
 }
@@ -280,17 +216,13 @@ TEST(List, FollowsTheResolutionOfItsMonitor)
     ScriptObject list = ScriptObject::Make(L"List");
     Choose(list, kFruit, 0, [&](Desk& desk) {
         const HWND window = desk.Window(kTitle);
-        const RECT before = PlaceOf(Ok(desk));
+        const SIZE before = Desk::SizeOf(Ok(desk));
         RECT suggested{10, 10, 10 + 434, 10 + 407};
         // The platform sends this with a rectangle in the window's own process.
         SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(144, 144),
                      reinterpret_cast<LPARAM>(&suggested));
-        const RECT after = PlaceOf(Ok(desk));
-        EXPECT_EQ(2 * (after.right - after.left), 3 * (before.right - before.left));
-        LOGFONTW font{};
-        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Ok(desk), WM_GETFONT, 0, 0)), sizeof font,
-                   &font);
-        EXPECT_EQ(font.lfHeight, -MulDiv(9, 144, 72));
+        EXPECT_EQ(2 * Desk::SizeOf(Ok(desk)).cx, 3 * before.cx);
+        EXPECT_EQ(Desk::FontOf(Ok(desk)).lfHeight, -MulDiv(9, 144, 72));
         desk.Close(window);
     });
 }
@@ -299,13 +231,11 @@ TEST(List, FollowsTheResolutionOfItsMonitor)
 TEST(List, ADialogThatNobodyWaitsForCloses)
 {
     ScriptObject list = ScriptObject::Make(L"List");
-    ComPtr<IExternalConnection> connection;
-    ASSERT_HRESULT_SUCCEEDED(list.Dispatch()->QueryInterface(IID_PPV_ARGS(&connection)));
-    connection->AddConnection(EXTCONN_STRONG, 0);
+    LastClient client(list.Dispatch());
     EXPECT_EQ(Choose(list, kFruit, 1,
                      [&](Desk& desk) {
                          const HWND window = desk.Window(kTitle);
-                         connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+                         client.Die();
                          desk.WaitUntilGone(window);
                      }),
               L"");
@@ -317,8 +247,7 @@ TEST(List, AHundredThousandLines)
     for (int line = 0; line < 100'000; ++line)
         items += L"line " + std::to_wstring(line) + L"\r\n";
     ScriptObject list = ScriptObject::Make(L"List");
-    EXPECT_EQ(Choose(list, items.c_str(), 99'999, [](Desk& desk) { desk.Click(Ok(desk)); }),
-              L"line 99999");
+    EXPECT_EQ(Choose(list, items.c_str(), 99'999, kAccept), L"line 99999");
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
@@ -69,79 +71,35 @@ protected:
 
 TEST_F(MInputBoxTest, AsksForOneText)
 {
-    struct Case {
-        const char* what;
-        std::wstring text;
-        Robot::Script answer;
-        std::wstring result;
-    };
-    const std::wstring longText(3000, L'x');
-    const Case cases[] = {
-        {"typed over the selected text", L"old",
-         [](Desk& desk) {
-             desk.Control(kTitle, L"Edit");
-             desk.Type(L"new");
-             desk.Press(VK_RETURN);
-         },
-         L"new"},
-        {"beyond all limits, right-to-left, CJK, outside the BMP",
-         longText + L"\x5e9\x5dc\x5d5\x5dd \x65e5\x672c \xd83d\xde00",
-         [](Desk& desk) { desk.Click(Ok(desk)); },
-         longText + L"\x5e9\x5dc\x5d5\x5dd \x65e5\x672c \xd83d\xde00"},
-        {"Esc", L"old",
-         [](Desk& desk) {
-             desk.Control(kTitle, L"Edit");
-             desk.Press(VK_ESCAPE);
-         },
-         L""},
-        {"the close box", L"old", [](Desk& desk) { desk.Close(desk.Window(kTitle)); }, L""},
+    // Beyond all limits, right-to-left, CJK, outside the BMP.
+    const std::wstring text = std::wstring(3000, L'x') + L"\x5e9\x5dc\x5d5 \x65e5 \xd83d\xde00";
+    const std::tuple<const char*, std::wstring, Robot::Script, std::wstring> cases[] = {
+        {"long", text, ClickButton(kTitle), text},
+        {"Esc", L"old", Keys(kTitle, L"Edit", {VK_ESCAPE}), L""},
+        {"the close box", L"old", CloseBox(kTitle), L""},
     };
     box_.Put(L"InpMinLen", ScriptArray(2000)); // of InputM only
     box_.Put(L"InpMaxLen", ScriptArray(1));
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        Robot robot(c.answer);
-        EXPECT_EQ(box_.Call(L"InputS", L"Your name?", kTitle, Named{L"default", c.text}), c.result);
+    for (const auto& [what, old, answer, result] : cases) {
+        SCOPED_TRACE(what);
+        Robot robot(answer);
+        EXPECT_EQ(box_.Call(L"InputS", L"Your name?", kTitle, Named{L"default", old}), result);
     }
 }
 
-TEST_F(MInputBoxTest, SettingsKeepTheirLimits)
+TEST_F(MInputBoxTest, TextsAreCut)
 {
-    struct Case {
-        const wchar_t* name;
-        Arg given, kept;
-    };
     const std::wstring text(300, L'x');
-    const Case cases[] = {
-        {L"InputNumber", 10, 10},
-        {L"InputNumber", 11, 10},
-        {L"InputNumber", 0, 10},
-        {L"InputStart", 10, 0},
-        {L"TextLimit", 2000, 1024},
-        {L"TextLimit", 0, 1024},
-        {L"LabelEditRatio", 8, 4},
-        {L"AlignInput", 3, 0},
-        {L"ShowTipControl", -1, 0},
-        {L"DlgCancelTime", 3601, 0},
-        {L"DlgCancelTime", 3600, 3600},
-        {L"InputFlags", -1, -1},
+    const std::tuple<const wchar_t*, Arg, Arg> cases[] = {
         {L"PasswordChar", L"xyz", L"x"},
         {L"PasswordChar", L"", L"x"},
         {L"MinBalloonText", text, text.substr(0, 160)},
         {L"MinBalloonText", L"", text.substr(0, 160)},
-        {L"MinBalloonTitle", text, text.substr(0, 80)},
-        {L"ShowCueAtFocus", 7, true},
     };
-    EXPECT_FALSE(box_.Get(L"Topmost").Truth());
-    EXPECT_TRUE(box_.Get(L"DlgCancelEsc").Truth());
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Narrow(c.name));
-        box_.Put(c.name, c.given.value);
-        EXPECT_EQ(box_.Get(c.name), c.kept);
+    for (const auto& [name, given, kept] : cases) {
+        box_.Put(name, given.value);
+        EXPECT_EQ(box_.Get(name), kept) << Narrow(name);
     }
-    Variant before(1L);
-    EXPECT_EQ(ErrorOf([&] { box_.Call(L"InputM", &before); }).number, 0x800A0006U) << "overflow";
-    EXPECT_EQ(V_VT(&before), VT_EMPTY);
 }
 
 TEST_F(MInputBoxTest, ArraysDescribeTheFields)
@@ -174,7 +132,7 @@ TEST_F(MInputBoxTest, ArraysDescribeTheFields)
               L"END|34||");
     box_.Put(L"ConvertArr", false);
     Variant texts;
-    Robot robot([](Desk& desk) { desk.Click(Ok(desk)); });
+    Robot robot(ClickButton(kTitle));
     EXPECT_TRUE(box_.Call(L"InputM", &texts).Truth());
     EXPECT_EQ(V_VT(&texts), VT_ARRAY | VT_BSTR);
     EXPECT_EQ(V_ARRAY(&texts)->rgsabound[0].cElements, 3U);
@@ -253,13 +211,12 @@ TEST_F(MInputBoxTest, ScrollsWhereTheScreenIsTooSmall)
                   const HWND window = desk.Window(kTitle);
                   const std::vector<HWND> fields = Fields(desk);
                   desk.Place(window, {100, 100, 600, 300});
+                  RECT client{};
+                  GetClientRect(window, &client);
+                  MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
                   const auto inside = [&](HWND control) {
-                      RECT place{};
-                      GetWindowRect(control, &place);
-                      MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-                      RECT client{};
-                      GetClientRect(window, &client);
-                      return place.top >= 0 && place.bottom <= client.bottom;
+                      const RECT place = Desk::PlaceOf(control);
+                      return place.top >= client.top && place.bottom <= client.bottom;
                   };
                   EXPECT_TRUE(GetWindowLongW(window, GWL_STYLE) & WS_VSCROLL);
                   EXPECT_FALSE(inside(fields[9]));
@@ -272,12 +229,8 @@ TEST_F(MInputBoxTest, ScrollsWhereTheScreenIsTooSmall)
               L"|||||||||x|");
 }
 
-TEST_F(MInputBoxTest, NestsAndRefusesArraysByReference)
+TEST_F(MInputBoxTest, NestedDialogsReturnFirst)
 {
-    Variant array = ScriptArray(1);
-    SAFEARRAY* elements = V_ARRAY(&array);
-    EXPECT_FALSE(box_.Call(L"InputM", Reference(VT_ARRAY | VT_VARIANT, &elements)).Truth());
-
     // A call that comes in meanwhile shows its own dialog, and returns first.
     std::wstring nested;
     Robot robot([&](Desk& desk) {

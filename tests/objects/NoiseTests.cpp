@@ -5,6 +5,7 @@
 #include <sstream>
 #include <thread>
 
+#include "support/Robot.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {
@@ -12,9 +13,9 @@ namespace {
 
 // What reaches the platform. Sounds play on threads of their own, and the call waits for their end.
 std::string heard;
-HWND window;                     // of the thread that waits for a sound
-DWORD_PTR served;                // its answer during the sound
-IExternalConnection* lastClient; // is killed during the sound
+HWND window;            // of the thread that waits for a sound
+DWORD_PTR served;       // its answer during the sound
+LastClient* lastClient; // is killed during the sound
 const Event callReturned(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 
 BOOL WINAPI Tone(DWORD frequency, DWORD milliseconds)
@@ -40,7 +41,7 @@ BOOL WINAPI Wave(LPCWSTR sound, HMODULE module, DWORD flags)
          << reinterpret_cast<UINT_PTR>(module) << ' ' << flags << ';';
     heard += text.str();
     if (lastClient) {
-        lastClient->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+        lastClient->Die();
         EXPECT_EQ(WaitForSingleObject(callReturned.get(), 5'000), WAIT_OBJECT_0);
     }
     return TRUE;
@@ -110,10 +111,8 @@ TEST_F(NoiseTest, OthersAreServedWhileItSounds)
 
 TEST_F(NoiseTest, ASoundWithoutItsClientIsNotWaitedFor)
 {
-    ComPtr<IExternalConnection> client;
-    ASSERT_HRESULT_SUCCEEDED(noise_.Dispatch()->QueryInterface(IID_PPV_ARGS(&client)));
-    client->AddConnection(EXTCONN_STRONG, 0);
-    lastClient = client.Get();
+    LastClient client(noise_.Dispatch());
+    lastClient = &client;
     noise_.Call(L"PlayFile", L"long.wav");
     SetEvent(callReturned.get());
 }

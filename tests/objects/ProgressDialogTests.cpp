@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/Reaction.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 #include "windows/ProgressDialog.h"
@@ -10,18 +11,10 @@ namespace {
 using Calls = std::vector<std::string>;
 
 // Stands for the shell's dialog: Wine's shows no third line and keeps no time.
-class RecordingDialog final : public IProgressDialog {
+class RecordingDialog final : public StandIn<IProgressDialog> {
 public:
     explicit RecordingDialog(Calls& calls) : calls_(calls) {}
 
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
     STDMETHODIMP StartProgressDialog(HWND parent, IUnknown*, DWORD flags, LPCVOID) override
     {
         return Add("start " + std::to_string(flags) + (parent ? " modal" : ""));
@@ -53,8 +46,6 @@ public:
     }
 
 private:
-    ~RecordingDialog() = default;
-
     HRESULT Add(std::string call)
     {
         const bool refused = call == "title refused";
@@ -63,7 +54,6 @@ private:
     }
 
     Calls& calls_;
-    ULONG references_ = 0;
 };
 
 TEST(ProgressDialog, HandsOnWhatTheDialogMayHave)

@@ -3,8 +3,10 @@
 #include "core/StartUp.h"
 #include "gui/windowfn.h"
 #include "support/EventListener.h"
+#include "support/Reaction.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
+#include "support/Values.h"
 #include "windows/ProgressWindow.h"
 
 namespace quill::test {
@@ -13,18 +15,10 @@ namespace {
 constexpr wchar_t kTitle[] = L"QUILL ProgressWindow";
 
 // Stands for the platform's taskbar object, and writes down what it is told.
-class RecordingTaskbar final : public ITaskbarList3 {
+class RecordingTaskbar final : public StandIn<ITaskbarList3> {
 public:
     explicit RecordingTaskbar(std::vector<std::string>& calls) : calls_(calls) {}
 
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
     STDMETHODIMP HrInit() override { return Add("init"); }
     STDMETHODIMP SetProgressValue(HWND window, ULONGLONG done, ULONGLONG total) override
     {
@@ -51,8 +45,6 @@ public:
     STDMETHODIMP SetThumbnailClip(HWND, RECT*) override { return E_NOTIMPL; }
 
 private:
-    ~RecordingTaskbar() = default;
-
     HRESULT Add(std::string call, HWND window = nullptr)
     {
         if (window && window != FindWindowW(nullptr, kTitle)) call += " elsewhere";
@@ -61,55 +53,6 @@ private:
     }
 
     std::vector<std::string>& calls_;
-    ULONG references_ = 0;
-};
-
-// Connects a function of the test to the object's event.
-class Handler final : public IDispatch {
-public:
-    explicit Handler(std::function<void()> body) : body_(std::move(body)) {}
-
-    static void Connect(ScriptObject& object, std::function<void()> body)
-    {
-        ComPtr<IConnectionPointContainer> container;
-        ComPtr<IConnectionPoint> point;
-        DWORD cookie = 0;
-        Check(object.Dispatch()->QueryInterface(IID_PPV_ARGS(&container)));
-        Check(container->FindConnectionPoint(DIID___ProgressWindow, &point));
-        Check(point->Advise(new Handler(std::move(body)), &cookie));
-    }
-
-    STDMETHODIMP QueryInterface(REFIID id, void** object) override
-    {
-        *object = id == IID_IUnknown || id == IID_IDispatch ? this : nullptr;
-        if (*object) AddRef();
-        return *object ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
-    {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                        UINT*) override
-    {
-        body_();
-        return S_OK;
-    }
-
-private:
-    ~Handler() = default;
-
-    const std::function<void()> body_;
-    ULONG references_ = 0;
 };
 
 HWND Find()
@@ -129,45 +72,34 @@ LRESULT AskBar(UINT message, WPARAM wParam = 0)
 
 TEST(ProgressWindow, ValuesOutsideTheirLimitsAreIgnored)
 {
-    struct Case {
-        const wchar_t* property;
-        std::vector<std::pair<int, int>> puts; // what is set, and what is there then
-    };
-    const Case cases[] = {
-        {L"ProgressStyle", {{25, 25}, {-1, 25}, {6, 0}}},
-        {L"ProgressMarqueeTime", {{1000, 1000}, {1001, 1000}, {-1, 1000}, {0, 30}}},
-        {L"ProgressState", {{3, 3}, {0, 3}, {4, 3}}},
-        {L"Button", {{2, 2}, {3, 2}, {-1, 2}}},
-        {L"BtnNotifier", {{2, 2}, {3, 2}, {-1, 2}, {0, 0}}},
-        {L"BtnPressed", {{7, 7}, {-1, 7}, {0, 0}}},
-        {L"ErrorLevel", {{0, 0}, {2, 0}, {1, 1}}},
-        {L"MainTextColor",
-         {{-1, 0xFFFFFF},
-          {static_cast<int>(0x80000008), static_cast<int>(0x80000008)},
-          {static_cast<int>(0x80000009), 9},
-          {static_cast<int>(0xFF000000), 0x993300}}},
-        {L"TBProState", {{4, 4}, {3, 4}, {-1, 4}, {16, 4}}},
-        {L"TBProValue", {{7, 7}, {-1, 7}}},
-        {L"TBProTotal", {{0, 0}, {-1, 0}}},
-        {L"TBProgress", {{3, 0}, {-1, 0}}},
+    const std::tuple<const wchar_t*, int, int> cases[] = {
+        // What is set, and what is there then.
+        {L"ProgressStyle", 25, 25},
+        {L"ProgressStyle", -1, 25},
+        {L"ProgressStyle", 6, 0},
+        {L"ProgressMarqueeTime", 1001, 30},
+        {L"BtnNotifier", 3, 1},
+        {L"MainTextColor", -1, 0xFFFFFF},
+        {L"MainTextColor", INT_MIN + 8, INT_MIN + 8},
+        {L"MainTextColor", INT_MIN + 9, 9},
+        {L"MainTextColor", static_cast<int>(0xFF000000), 0x993300},
+        {L"TBProState", 4, 4},
+        {L"TBProState", 3, 4},
+        {L"TBProgress", 3, 0},
     };
     for (const bool shown : {false, true}) {
         ScriptObject window = ScriptObject::Make(L"ProgressWindow");
         if (shown) window.Call(L"Create");
-        for (const Case& c : cases)
-            for (const auto& [set, expected] : c.puts) {
-                window.Put(c.property, set);
-                EXPECT_EQ(window.Get(c.property), expected) << Narrow(c.property) << ' ' << set;
-            }
+        for (const auto& [property, set, expected] : cases) {
+            window.Put(property, set);
+            EXPECT_EQ(window.Get(property), expected) << Narrow(property) << ' ' << set;
+        }
         EXPECT_EQ(window.Call(L"SetProgressRange", 10, 5), false);
-        EXPECT_EQ(window.Call(L"SetProgressRange", -1, 5), false);
         EXPECT_EQ(window.Call(L"SetProgressRange", 0, 0), true);
         window.Put(L"MainText", std::wstring(100'000, L'm'));
         EXPECT_EQ(window.Get(L"Text"), std::wstring(1024, L'm'));
-        for (const wchar_t* whole : {L"ButtonText", L"ButtonLabel"}) {
-            window.Put(whole, std::wstring(100'000, L'b'));
-            EXPECT_EQ(window.Get(whole), std::wstring(100'000, L'b'));
-        }
+        window.Put(L"ButtonText", std::wstring(100'000, L'b'));
+        EXPECT_EQ(window.Get(L"ButtonText"), std::wstring(100'000, L'b'));
     }
 }
 
@@ -186,7 +118,6 @@ TEST(ProgressWindow, ShowsItsProperties)
         window.Put(L"ProgressStyle", 17);
         window.Call(L"SetProgressRange", 10, 30000);
         window.Call(L"SetProgressStep", 7);
-        window.Put(L"ProgressState", 2);
         window.Put(L"ProgressColor", 0x112233);
         window.Put(L"ProgressBackColor", 0x445566);
         window.Put(L"Progress", 50);
@@ -199,7 +130,6 @@ TEST(ProgressWindow, ShowsItsProperties)
         EXPECT_EQ(AskBar(PBM_GETRANGE, TRUE), 10);
         EXPECT_EQ(AskBar(PBM_GETRANGE, FALSE), 30000);
         EXPECT_EQ(AskBar(PBM_GETSTEP), 7);
-        // Wine's bar knows no states, so PBM_GETSTATE tells nothing there.
         EXPECT_EQ(AskBar(PBM_GETBARCOLOR), 0x112233);
         EXPECT_EQ(AskBar(PBM_GETBKCOLOR), 0x445566);
         EXPECT_EQ(AskBar(PBM_GETPOS), 50);
@@ -217,36 +147,25 @@ TEST(ProgressWindow, ShowsItsProperties)
 
 TEST(ProgressWindow, IsAsLargeAsItNeedsToBe)
 {
-    const auto twips = [](LONG pixels) { return pixels * 15; };
     ScriptObject window = ScriptObject::Make(L"ProgressWindow");
-    for (const auto& [asked, width] :
-         {std::pair{359, 340}, {360, 360}, {900, 900}, {901, 340}, {-1, 340}}) {
+    for (const auto& [asked, width] : {std::pair{359, 340}, {360, 360}, {900, 900}, {901, 340}}) {
         window.Put(L"Button", 0);
         window.Call(L"Create", L"", asked);
-        const auto place = [](HWND control) {
-            RECT rectangle{};
-            GetWindowRect(control, &rectangle);
-            MapWindowPoints(nullptr, Find(), reinterpret_cast<POINT*>(&rectangle), 2);
-            return rectangle;
+        const auto expectSize = [](long expectedWidth, long height) {
+            EXPECT_EQ(Desk::SizeOf(Find()).cx, expectedWidth);
+            EXPECT_EQ(Desk::SizeOf(Find()).cy, height);
         };
-        const auto outer = [] {
-            RECT rectangle{};
-            GetWindowRect(Find(), &rectangle);
-            return SIZE{rectangle.right - rectangle.left, rectangle.bottom - rectangle.top};
-        };
-        EXPECT_EQ(outer().cx, width);
-        EXPECT_EQ(outer().cy, 200);
+        expectSize(width, 200);
         window.Put(L"Button", 2);
-        EXPECT_EQ(outer().cy, 263);
-        const RECT bar = place(Child(PROGRESS_CLASSW));
+        expectSize(width, 263);
+        RECT bar = Desk::PlaceOf(Child(PROGRESS_CLASSW));
+        MapWindowPoints(nullptr, Find(), reinterpret_cast<POINT*>(&bar), 2);
         EXPECT_EQ(bar.left, 10);
         EXPECT_EQ(bar.top, 80);
         EXPECT_EQ(bar.bottom - bar.top, 20);
-        EXPECT_NEAR(twips(bar.right - bar.left), twips(width) - 500, 15);
-        EXPECT_NEAR(twips(place(Child(L"Button", L"Stop")).left), twips(width) - 1540, 15);
+        EXPECT_NEAR((bar.right - bar.left) * 15, width * 15 - 500, 15);
         ResizeWindow(Find(), 100, 800);
-        EXPECT_EQ(outer().cx, 340);
-        EXPECT_EQ(outer().cy, 263);
+        expectSize(340, 263);
         window.Call(L"Remove");
     }
 }
@@ -256,56 +175,27 @@ TEST(ProgressWindow, EachArmingGivesOneNotification)
     ScriptObject window = ScriptObject::Make(L"ProgressWindow");
     const EventListener listener(window.Dispatch());
     window.Put(L"Button", 1);
-    window.Put(L"BtnNotifier", 2);
     window.Call(L"Create");
-    Robot robot([&](Desk& desk) {
-        const HWND button = desk.Control(kTitle, L"Button", L"Stop");
-        desk.Click(button);
-        desk.WaitFor(L"the event", [&] { return listener.Count() == 1; });
-        desk.Press(VK_SPACE); // no longer armed
-    });
-    robot.Finish();
-    EXPECT_EQ(window.Get(L"BtnPressed"), 1);
-    EXPECT_EQ(window.Get(L"BtnNotifier"), 0);
-
     const auto press = [&](int notifier) {
         window.Put(L"BtnNotifier", notifier);
-        SendMessageW(Child(L"Button", L"Stop"), BM_CLICK, 0, 0);
+        for (int time = 0; time < 2; ++time)
+            SendMessageW(Child(L"Button", L"Stop"), BM_CLICK, 0, 0);
+        return window.Get(L"BtnPressed").Number();
     };
-    press(1);
-    EXPECT_EQ(window.Get(L"BtnPressed"), 2);
+    EXPECT_EQ(press(2), 1) << "armed once";
+    EXPECT_EQ(press(1), 2);
     EXPECT_EQ(listener.Count(), 1U);
     window.Put(L"BtnPressed", 32767); // no further
-    press(2);
-    EXPECT_EQ(window.Get(L"BtnPressed"), 32767);
+    EXPECT_EQ(press(2), 32767);
     EXPECT_EQ(listener.Count(), 1U);
-    EXPECT_NE(Find(), nullptr);
-}
 
-TEST(ProgressWindow, TheCloseBoxIsHeardOf)
-{
-    ScriptObject window = ScriptObject::Make(L"ProgressWindow");
-    const EventListener listener(window.Dispatch());
-    window.Put(L"Button", 1);
-    window.Call(L"Create");
-    SendMessageW(Find(), WM_CLOSE, 0, 0);
-    EXPECT_NE(Find(), nullptr) << "it pressed the button";
-    EXPECT_EQ(window.Get(L"BtnPressed"), 1);
-    SendMessageW(Find(), WM_CLOSE, 0, 0);
-    EXPECT_EQ(Find(), nullptr) << "nobody would hear of the button";
-    EXPECT_EQ(window.Get(L"BtnPressed"), 2);
+    SendMessageW(Find(), WM_CLOSE, 0, 0); // nobody would hear of the button
+    EXPECT_EQ(Find(), nullptr);
     window.Put(L"Progress", 40); // not lost on the next window
     for (const wchar_t* method : {L"ProgressStep", L"Flash", L"Remove"})
         window.Call(method);
-
-    window.Put(L"Button", 0);
-    window.Put(L"BtnNotifier", 2);
     window.Call(L"Create");
     EXPECT_EQ(AskBar(PBM_GETPOS), 40);
-    SendMessageW(Find(), WM_CLOSE, 0, 0);
-    EXPECT_EQ(Find(), nullptr);
-    EXPECT_EQ(window.Get(L"BtnPressed"), 3);
-    EXPECT_EQ(listener.Count(), 1U);
 }
 
 // The window goes while its own button is being pressed, and so does the object.
@@ -313,24 +203,23 @@ TEST(ProgressWindow, HandlersMayDoWhatTheyLike)
 {
     enum class Deed { Remove, MakeAnother, Release };
     for (const Deed deed : {Deed::Remove, Deed::MakeAnother, Deed::Release}) {
-        auto window = std::make_unique<ScriptObject>(ScriptObject::Make(L"ProgressWindow"));
-        window->Put(L"Button", 1);
-        window->Put(L"BtnNotifier", 2);
-        Handler::Connect(*window, [&] {
-            if (deed == Deed::Release) {
-                window.reset();
-                return;
-            }
-            window->Call(L"Remove");
-            if (deed == Deed::MakeAnother) window->Call(L"Create");
+        ScriptObject window = ScriptObject::Make(L"ProgressWindow");
+        window.Put(L"Button", 1);
+        window.Put(L"BtnNotifier", 2);
+        Reaction reaction([&] {
+            if (deed == Deed::Release) return window.Release();
+            window.Call(L"Remove");
+            if (deed == Deed::MakeAnother) window.Call(L"Create");
         });
-        window->Call(L"Create");
+        DWORD cookie = 0;
+        Check(PointOf(window.Dispatch())->Advise(&reaction, &cookie));
+        window.Call(L"Create");
         const HWND first = Find();
         SendMessageW(Child(L"Button", L"Stop"), BM_CLICK, 0, 0);
+        EXPECT_EQ(reaction.calls, 1);
         EXPECT_FALSE(IsWindow(first));
         EXPECT_EQ(Find() != nullptr, deed == Deed::MakeAnother);
-        if (deed == Deed::MakeAnother)
-            SendMessageW(Child(L"Button", L"Stop"), BM_CLICK, 0, 0); // not armed, nothing happens
+        window.Release(); // before its sink
     }
 }
 
@@ -429,11 +318,8 @@ TEST_F(TaskbarTest, GoesByTheScriptOrNotAtAll)
     window.Put(L"TBProValue", 4);
     EXPECT_EQ(Told(), Calls());
 
-    Variant one;
-    V_VT(&one) = VT_CY;
-    V_CY(&one).int64 = 10000;
     window.Call(L"TB_SetProgressState", 1234, 77);
-    window.Call(L"TB_SetProgressValue", 0, one, -1);
+    window.Call(L"TB_SetProgressValue", 0, Currency(10'000), -1);
     EXPECT_EQ(Told(), (Calls{"state 77 elsewhere", "value 10000/18446744073709541616"}));
     EXPECT_EQ(ErrorOf([&] { window.Call(L"TB_SetProgressState", -1, 0); }).number,
               static_cast<unsigned>(E_INVALIDARG));

@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "dialogs/TaskDialog.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
+#include "support/Values.h"
 
 namespace quill::test {
 namespace {
-
-std::wstring IconText(PCWSTR icon)
-{
-    return IS_INTRESOURCE(icon) ? L'#' + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon)) : icon;
-}
 
 std::vector<std::wstring> Captions(UINT count, const TASKDIALOG_BUTTON* buttons, int first)
 {
@@ -70,25 +68,12 @@ protected:
 
 TEST_F(TaskDialogTest, PropertiesKeepWhatTheyCanUse)
 {
-    struct Case {
-        const wchar_t* name;
-        int value;
-        int stored;
-    };
-    const Case cases[] = {{L"Icon", -9, -9},
-                          {L"Icon", 5, -9},
-                          {L"Icon", -10, -9},
-                          {L"Icon", 32518, 32518},
-                          {L"Icon", 32519, 32518},
-                          {L"FooterIcon", -1, -1},
-                          {L"FooterIcon", 1, -1},
-                          {L"CustomButtonStyle", 2, 2},
-                          {L"CustomButtonStyle", 3, 2},
-                          {L"Options", 0xFFFF, 0xA0C8},
-                          {L"Options", -1, 0xA0C8}};
-    for (const Case& c : cases) {
-        dialog_.Put(c.name, c.value);
-        EXPECT_EQ(dialog_.Get(c.name), c.stored) << Narrow(c.name) << ' ' << c.value;
+    const std::tuple<const wchar_t*, int, int> cases[] = {
+        {L"Icon", -9, -9},       {L"Icon", 5, -9},        {L"Icon", -10, -9},
+        {L"Icon", 32518, 32518}, {L"Icon", 32519, 32518}, {L"Options", -1, 0xA0C8}};
+    for (const auto& [name, value, stored] : cases) {
+        dialog_.Put(name, value);
+        EXPECT_EQ(dialog_.Get(name), stored) << Narrow(name) << ' ' << value;
     }
 }
 
@@ -148,10 +133,7 @@ TEST_F(TaskDialogTest, CaptionsComeFromZeroBasedArrays)
     EXPECT_EQ(buttons_, Texts());
     EXPECT_EQ(radioButtons_, Texts(32, L"x"));
 
-    Variant numbers; // a typed array
-    V_VT(&numbers) = VT_ARRAY | VT_I4;
-    V_ARRAY(&numbers) = SafeArrayCreateVector(VT_I4, 0, 2);
-    dialog_.Put(L"CustomButtons", numbers);
+    dialog_.Put(L"CustomButtons", Variant(MakeArray(VT_I4, 2)));
     dialog_.Put(L"RadioButtons", L"no array");
     dialog_.Call(L"ShowEx");
     EXPECT_EQ(buttons_, (Texts{L"0", L"0"}));
@@ -160,32 +142,15 @@ TEST_F(TaskDialogTest, CaptionsComeFromZeroBasedArrays)
 
 TEST_F(TaskDialogTest, ErrorCodeHasTheClassicNumbers)
 {
-    Variant null;
-    V_VT(&null) = VT_NULL;
-    Variant nulls = ScriptArray(L"x");
-    LONG index = 0;
-    SafeArrayPutElement(V_ARRAY(&nulls), &index, &null);
-    Variant plane;
-    SAFEARRAYBOUND bounds[2]{{2, 0}, {2, 0}};
-    V_VT(&plane) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(&plane) = SafeArrayCreate(VT_VARIANT, 2, bounds);
     const ScriptObject other = ScriptObject::Make(L"Profile");
-    Variant objects = ScriptArray(L"x");
-    Variant object(other.Dispatch());
-    SafeArrayPutElement(V_ARRAY(&objects), &index, &object);
-
-    for (const auto& [captions, number] : {std::pair{&nulls, 94}, {&plane, 9}, {&objects, 13}}) {
-        dialog_.Put(L"CustomButtons", *captions);
+    for (const auto& [captions, number] : {std::pair<Arg, int>{ScriptArray(OfType(VT_NULL)), 94},
+                                           {Square(), 9},
+                                           {ScriptArray(other.Dispatch()), 13}}) {
+        dialog_.Put(L"CustomButtons", captions.value);
         EXPECT_EQ(dialog_.Call(L"ShowEx"), short{0});
         EXPECT_EQ(dialog_.Get(L"ErrorCode"), number);
     }
     dialog_.Put(L"CustomButtons", 1);
-    dialog_.Put(L"IconResFile", L"shell32.dll");
-    dialog_.Put(L"IconResID", L"#five");
-    EXPECT_EQ(dialog_.Call(L"Show", L"text"), short{0});
-    EXPECT_EQ(dialog_.Get(L"ErrorCode"), 13);
-
-    dialog_.Put(L"IconResFile", L"");
     TaskDialogsOfThread() = {};
     for (const wchar_t* method : {L"Show", L"ShowEx"}) {
         EXPECT_EQ(dialog_.Call(method), short{0});
@@ -195,57 +160,28 @@ TEST_F(TaskDialogTest, ErrorCodeHasTheClassicNumbers)
 
 TEST_F(TaskDialogTest, IconsComeFromTheSystemOrFromAModule)
 {
-    struct Case {
-        const char* what;
-        const wchar_t* file;
-        const wchar_t* id;
-        const wchar_t* footerId;
-        const wchar_t* icon;
-        const wchar_t* footer;
+    const struct {
+        const wchar_t *file, *id, *footerId, *icon, *footer;
         bool module;
-    };
-    const Case cases[] = {
-        {"the system's", L"", L"", L"", L"#65533", L"#32515", false},
-        {"both named", L"shell32.dll", L"#5", L"#6", L"#5", L"#6", true},
-        {"main named", L"shell32.dll", L"MAIN", L"", L"MAIN", L"#32515", true},
-        {"no such module: as before", L"no such file.dll", L"#9", L"", L"MAIN", L"#32515", false},
-        {"no names", L"shell32.dll", L"", L"", L"#65533", L"#32515", false},
+    } cases[] = {
+        {L"", L"", L"", L"#65533", L"#32515", false},
+        {L"shell32.dll", L"#5", L"#6", L"#5", L"#6", true},
+        {L"shell32.dll", L"MAIN", L"", L"MAIN", L"#32515", true},
+        {L"no such file.dll", L"#9", L"", L"MAIN", L"#32515", false}, // as before
+        {L"shell32.dll", L"", L"", L"#65533", L"#32515", false},
     };
     dialog_.Put(L"Icon", -3);
     dialog_.Put(L"FooterIcon", 32515);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        dialog_.Put(L"IconResFile", c.file);
-        dialog_.Put(L"IconResID", c.id);
-        dialog_.Put(L"FooterIconResID", c.footerId);
+    for (const auto& [file, id, footerId, icon, footer, module] : cases) {
+        SCOPED_TRACE(Narrow(file) + Narrow(id));
+        dialog_.Put(L"IconResFile", file);
+        dialog_.Put(L"IconResID", id);
+        dialog_.Put(L"FooterIconResID", footerId);
         dialog_.Call(L"ShowEx");
-        EXPECT_EQ(icon_, c.icon);
-        EXPECT_EQ(footerIcon_, c.footer);
-        EXPECT_EQ(module_, c.module);
+        EXPECT_EQ(icon_, icon);
+        EXPECT_EQ(footerIcon_, footer);
+        EXPECT_EQ(module_, module);
     }
-}
-
-// The platform's own dialog, answered by a user: radio button, check box, link.
-TEST(TaskDialogOnScreen, ReadsTheAnswersBack)
-{
-    ScriptObject dialog = ScriptObject::Make(L"TaskDialog");
-    dialog.Put(L"Title", L"A task");
-    dialog.Put(L"Text", L"What now?");
-    dialog.Put(L"CustomButtons", ScriptArray(L"Go on", L"Stop"));
-    dialog.Put(L"CustomButtonStyle", 1);
-    dialog.Put(L"RadioButtons", ScriptArray(L"slow", L"fast"));
-    dialog.Put(L"RadioButtonSelected", 0);
-    dialog.Put(L"VerificationLabel", L"always");
-    dialog.Put(L"VerificationChecked", true);
-    Robot robot([](Desk& desk) {
-        desk.Click(desk.Control(L"A task", L"Button", L"fast"));
-        desk.Click(desk.Control(L"A task", L"Button", L"always"));
-        desk.Click(desk.Control(L"A task", L"Button", L"Stop"));
-    });
-    EXPECT_EQ(dialog.Call(L"ShowEx"), short{102});
-    EXPECT_EQ(dialog.Get(L"ErrorCode"), 0);
-    EXPECT_EQ(dialog.Get(L"RadioButtonSelected"), 2);
-    EXPECT_EQ(dialog.Get(L"VerificationChecked"), false);
 }
 
 } // namespace

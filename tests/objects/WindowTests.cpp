@@ -69,11 +69,8 @@ TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
 
 TEST_F(ForegroundTest, FlashesByCount)
 {
-    for (const auto& [count, flags, times] : {std::tuple{10L, DWORD{15}, 0U},
-                                              {9L, DWORD{3}, 9U},
-                                              {1L, DWORD{3}, 1U},
-                                              {0L, DWORD{0}, 0U},
-                                              {-5L, DWORD{0}, 0U}}) {
+    for (const auto& [count, flags, times] :
+         {std::tuple{10L, 15UL, 0U}, {9L, 3UL, 9U}, {0L, 0UL, 0U}, {-5L, 0UL, 0U}}) {
         FlashCaption(form_.Window(), count);
         EXPECT_EQ(flashes_.back().dwFlags, flags) << count;
         EXPECT_EQ(flashes_.back().uCount, times) << count;
@@ -84,23 +81,18 @@ TEST_F(ForegroundTest, FlashesByCount)
 TEST(Windowfn, ChangesStylesAndSizes)
 {
     BareForm form;
-    SetTopmost(form.Window(), true);
-    EXPECT_TRUE(IsTopmost(form.Window()));
-    SetTopmost(form.Window(), false);
-    EXPECT_FALSE(IsTopmost(form.Window()));
-
-    AddWindowStyle(form.Window(), WS_EX_TOOLWINDOW, true, true);
-    EXPECT_TRUE(GetWindowLongW(form.Window(), GWL_EXSTYLE) & WS_EX_TOOLWINDOW);
-    AddWindowStyle(form.Window(), WS_VSCROLL, false, true);
-    EXPECT_TRUE(GetWindowLongW(form.Window(), GWL_STYLE) & WS_VSCROLL);
-    SetWindowStyle(form.Window(), WS_POPUP);
-    EXPECT_EQ(GetWindowLongW(form.Window(), GWL_STYLE) & (WS_CAPTION | WS_VSCROLL), 0);
-
-    ResizeWindow(form.Window(), 321, 123);
-    RECT place{};
-    GetWindowRect(form.Window(), &place);
-    EXPECT_EQ(place.right - place.left, 321);
-    EXPECT_EQ(place.bottom - place.top, 123);
+    const HWND window = form.Window();
+    SetTopmost(window, true);
+    EXPECT_TRUE(IsTopmost(window));
+    SetTopmost(window, false);
+    EXPECT_FALSE(IsTopmost(window));
+    AddWindowStyle(window, WS_VSCROLL, false, true);
+    EXPECT_TRUE(GetWindowLongW(window, GWL_STYLE) & WS_VSCROLL);
+    SetWindowStyle(window, WS_POPUP);
+    EXPECT_EQ(GetWindowLongW(window, GWL_STYLE) & (WS_CAPTION | WS_VSCROLL), 0);
+    ResizeWindow(window, 321, 123);
+    EXPECT_EQ(Desk::SizeOf(window).cx, 321);
+    EXPECT_EQ(Desk::SizeOf(window).cy, 123);
 }
 
 TEST(Form, WhatAHandlerThrowsReachesTheOneWhoWaits)

@@ -286,6 +286,27 @@ std::wstring Desk::TextOf(HWND window)
     return text;
 }
 
+LOGFONTW Desk::FontOf(HWND control)
+{
+    LOGFONTW font{};
+    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)), sizeof font,
+               &font);
+    return font;
+}
+
+RECT Desk::PlaceOf(HWND window)
+{
+    RECT place{};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+SIZE Desk::SizeOf(HWND window)
+{
+    const RECT place = PlaceOf(window);
+    return {place.right - place.left, place.bottom - place.top};
+}
+
 std::wstring Desk::ClassOf(HWND window)
 {
     wchar_t name[257];
@@ -338,6 +359,45 @@ bool Robot::Finish()
         if (!failure_.empty()) reporter_("robot: " + failure_);
     }
     return failure_.empty();
+}
+
+Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vector<WORD> keys)
+{
+    return [=](Desk& desk) {
+        desk.Control(caption, controlClass);
+        for (const WORD key : keys)
+            desk.Press(key);
+    };
+}
+
+Robot::Script TypeAndEnter(const wchar_t* caption, const wchar_t* controlClass, const wchar_t* text)
+{
+    return [=](Desk& desk) {
+        desk.Control(caption, controlClass);
+        desk.Type(text);
+        desk.Press(VK_RETURN);
+    };
+}
+
+Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text)
+{
+    return [=](Desk& desk) { desk.Click(desk.Control(caption, L"Button", text)); };
+}
+
+Robot::Script CloseBox(const wchar_t* caption)
+{
+    return [=](Desk& desk) { desk.Close(desk.Window(caption)); };
+}
+
+LastClient::LastClient(IUnknown* object)
+{
+    Check(object->QueryInterface(IID_PPV_ARGS(&connection_)));
+    connection_->AddConnection(EXTCONN_STRONG, 0);
+}
+
+std::wstring IconText(PCWSTR icon)
+{
+    return IS_INTRESOURCE(icon) ? L'#' + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon)) : icon;
 }
 
 namespace {

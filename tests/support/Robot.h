@@ -61,6 +61,11 @@ public:
 
     // What a control shows, of any process.
     static std::wstring TextOf(HWND window);
+    static LOGFONTW FontOf(HWND control);
+
+    // Where it is on the screen, and how large, in pixels.
+    static RECT PlaceOf(HWND window);
+    static SIZE SizeOf(HWND window);
     static std::wstring ClassOf(HWND window);
 
     // Closes the windows that appeared since the robot was made.
@@ -105,6 +110,26 @@ private:
     const Event callReturned_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::thread thread_;
 };
+
+// Scripts that most dialogs are answered with.
+Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vector<WORD> keys);
+Robot::Script TypeAndEnter(const wchar_t* caption, const wchar_t* controlClass,
+                           const wchar_t* text);
+Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text = L"OK");
+Robot::Script CloseBox(const wchar_t* caption);
+
+// The object's only client, until it dies, as the platform reports it.
+class LastClient {
+public:
+    explicit LastClient(IUnknown* object);
+    void Die() { connection_->ReleaseConnection(EXTCONN_STRONG, 0, TRUE); }
+
+private:
+    ComPtr<IExternalConnection> connection_;
+};
+
+// The name of an icon in a resource, or "#" and its number.
+std::wstring IconText(PCWSTR icon);
 
 // Runs an action once on the calling thread when a call waits there, as the call of a second client
 // or an event handler would come in.

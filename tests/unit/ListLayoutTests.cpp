@@ -1,72 +1,53 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "dialogs/ListLayout.h"
 
 namespace quill::test {
 namespace {
 
-struct Case {
-    const char* what;
-    TwipSize outer;
-    float infoHeight;
-    TwipSize shown;
-    TwipRect label, list, button;
-};
-
-const Case kCases[] = {
-    {"as designed",
-     {4335, 4920},
-     840,
-     {4335, 4920},
-     {240, 140, 3700, 840},
-     {200, 1180, 3750, 2220},
-     {2640, 3740, 1200, 380}},
-    {"closed up",
-     {4335, 4065},
-     0,
-     {4335, 4065},
-     {240, 140, 3700, 0},
-     {200, 200, 3750, 2220},
-     {2640, 2860, 1200, 380}},
-    {"enlarged",
-     {6000, 8000},
-     840,
-     {6000, 8000},
-     {240, 140, 5365, 840},
-     {200, 1180, 5415, 5300},
-     {4305, 6820, 1200, 380}},
-    {"enlarged without info",
-     {6000, 8000},
-     0,
-     {6000, 8000},
-     {240, 140, 5365, 0},
-     {200, 200, 5415, 6155},
-     {4305, 6795, 1200, 380}},
-    {"too small",
-     {100, 100},
-     840,
-     {4335, 4920},
-     {240, 140, 3700, 840},
-     {200, 1180, 3750, 2220},
-     {2640, 3740, 1200, 380}},
-    {"too narrow, long info",
-     {100, 6000},
-     1840,
-     {4335, 6000},
-     {240, 140, 3700, 1840},
-     {200, 2180, 3750, 2300},
-     {2640, 4820, 1200, 380}},
-};
+std::string Text(const TwipRect& place)
+{
+    std::ostringstream text;
+    text << place.left << ',' << place.top << ' ' << place.width << 'x' << place.height;
+    return text.str();
+}
 
 TEST(ListLayout, TheListTakesWhatTheWindowGains)
 {
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.what);
-        const ListLayout layout = LayOutList(c.outer, c.infoHeight);
-        EXPECT_EQ(layout.outer, c.shown);
-        EXPECT_EQ(layout.label, c.label);
-        EXPECT_EQ(layout.list, c.list);
-        EXPECT_EQ(layout.button, c.button);
+    const struct {
+        TwipSize outer;
+        float infoHeight;
+        TwipSize shown;
+        const char *label, *list, *button;
+    } cases[] = {
+        {{4335, 4920},
+         840,
+         {4335, 4920},
+         "240,140 3700x840",
+         "200,1180 3750x2220",
+         "2640,3740 1200x380"},
+        {{6000, 8000},
+         0,
+         {6000, 8000},
+         "240,140 5365x0",
+         "200,200 5415x6155",
+         "4305,6795 1200x380"},
+        {{100, 100}, 0, {4335, 4065}, "240,140 3700x0", "200,200 3750x2220", "2640,2860 1200x380"},
+        {{100, 6000},
+         1840,
+         {4335, 6000},
+         "240,140 3700x1840",
+         "200,2180 3750x2300",
+         "2640,4820 1200x380"},
+    };
+    for (const auto& [outer, infoHeight, shown, label, list, button] : cases) {
+        const ListLayout layout = LayOutList(outer, infoHeight);
+        EXPECT_EQ(layout.outer, shown);
+        EXPECT_EQ(Text(layout.label), label);
+        EXPECT_EQ(Text(layout.list), list);
+        EXPECT_EQ(Text(layout.button), button);
     }
 }
 

@@ -45,18 +45,14 @@ TEST(Int64, RangeOfCounts)
 {
     const struct {
         std::int64_t value;
-        bool asCount;
-        bool asAmount;
+        bool asCount, asAmount;
     } cases[] = {
         {0, true, true},
-        {1, true, true},
         {-1, false, false},
-        {INT64_MIN, false, false},
         {kLargest, true, true},
         {kLargest + 1, false, true},
         {0x7FFF'FFFF'FFFF'E950, false, true}, // 922337203685477.0000
         {0x7FFF'FFFF'FFFF'E951, false, false},
-        {INT64_MAX, false, false},
     };
     for (const auto& [value, asCount, asAmount] : cases) {
         EXPECT_EQ(IsCountInRange(value), asCount) << value;
@@ -67,14 +63,11 @@ TEST(Int64, RangeOfCounts)
 TEST(Int64, Hexadecimal)
 {
     const struct {
-        std::uint32_t low;
-        std::uint32_t high;
+        std::uint32_t low, high;
         const wchar_t* expected;
     } cases[] = {
         {0, 0, L"0"},
-        {0xABC, 0, L"ABC"},
         {0xFFFFFFFF, 0, L"FFFFFFFF"},
-        {0, 1, L"100000000"},
         {0xABC, 0xDEF, L"DEF00000ABC"},
         {0xFFFFFFFF, 0xFFFFFFFF, L"FFFFFFFFFFFFFFFF"},
     };

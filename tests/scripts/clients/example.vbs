@@ -88,9 +88,12 @@ Case "tasks.js"
     Run "", "Left:" & vbCrLf & "Back up the photos" & vbCrLf & "Pay the rent" & vbCrLf & vbCrLf & _
         "Tasks are in " & folder & "quill-tasks.txt"
 Case "tour.vbs"
+    host.Answer "Welcome to quill", "Edit", "", "keys Ann{ENTER}"
     host.Answer "Choose your office", "ListBox", "", "keys os{ENTER}"
     host.Answer "Choose your drives", "ListBox", "", "keys {DOWN}+{DOWN}{ENTER}"
-    Run "", "Kept in the file: Oslo" & vbCrLf & "The tour is complete."
+    host.Answer "Choose your chores", "SysListView32", "", "keys {DOWN}{SPACE}{ENTER}"
+    host.Answer "Working", "msctls_progress32", "", "wait"
+    Run "", "Kept in the file: Oslo, 3" & vbCrLf & "The tour is complete."
 Case "watch.vbs"
     Dim action
     files.CreateFolder folder & "inbox"

@@ -1,0 +1,27 @@
+// quick: the server, as it is in quill.exe, but without patience, to measure how it starts and ends
+// at the moment when clients come.
+#include "core/AutomationError.h"
+#include "core/Module.h"
+#include "core/Registration.h"
+#include "core/StartUp.h"
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
+{
+    using namespace quill;
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    int exitCode = 0;
+    try {
+        StartUp();
+        const std::wstring program = ThisApartment().programPath;
+        if (wcscmp(commandLine, L"/regserver") == 0)
+            RegisterServer(DefaultRegistrationScope(), program);
+        else if (wcscmp(commandLine, L"/unregserver") == 0)
+            UnregisterServer(program);
+        else
+            exitCode = RunServer({.linger = 20, .firstClient = 3'000, .lastCall = 1'000});
+    } catch (const AutomationError& error) {
+        exitCode = error.number;
+    }
+    CoUninitialize();
+    return exitCode;
+}

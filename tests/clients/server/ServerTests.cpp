@@ -1,0 +1,309 @@
+// One running server and its clients: many at once, killed ones, and the end of the session. The
+// tests share a server, which the last one ends.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <fstream>
+#include <future>
+
+#include "clients/Remote.h"
+#include "support/Robot.h"
+#include "support/TemporaryFolder.h"
+
+namespace quill::test {
+namespace {
+
+// A class whose calls wait for the user, or for something else. Noise waits too, but not where
+// sounds end at once; its own tests have it wait for a sound of theirs.
+struct Waiting {
+    const wchar_t* name;
+    const wchar_t* button; // ends its wait; null: another call does
+    std::wstring (*wait)(ScriptObject& object, const std::wstring& caption);
+};
+
+std::wstring SelectOne(ScriptObject& object, const std::wstring& caption)
+{
+    return object.Call(L"Selection", caption + L"\r\nother", 0, caption).Text();
+}
+
+const Waiting kList{L"List", L"OK", SelectOne};
+
+const Waiting kWaiting[] = {
+    kList,
+    {L"CheckList", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Call(L"Selection", L"a\r\nb", 0, caption);
+         return caption;
+     }},
+    {L"DriveList", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Call(L"Selection", L"", caption);
+         return caption;
+     }},
+    {L"MInputBox", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         return object.Call(L"InputS", L"prompt", caption, caption).Text();
+     }},
+    {L"DTPick", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         Variant date;
+         object.Put(L"Title", caption);
+         object.Call(L"Selection", &date);
+         return caption;
+     }},
+    {L"MessageBox", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Call(L"Show", L"text", 0, caption);
+         return caption;
+     }},
+    {L"TaskDialog", L"OK",
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Call(L"Show", L"text", 1, caption);
+         return caption;
+     }},
+    {L"FileSelection", L"Cancel",
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Put(L"DlgTitle", caption);
+         object.Call(L"Dialog", short{0});
+         return caption;
+     }},
+    {L"Clock", nullptr,
+     [](ScriptObject& object, const std::wstring& caption) {
+         object.Call(L"SetTimer", 1'000'000);
+         object.Call(L"Wait");
+         return caption;
+     }},
+};
+
+// A script that makes an object and waits in its call.
+class Script {
+public:
+    Script(const Waiting& kind, std::wstring caption)
+        : kind_(kind), caption_(std::move(caption)), object_(Remote(kind.name)),
+          result_(std::async(std::launch::async, [this] {
+              CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+              std::wstring result = L"failed";
+              try {
+                  result = kind_.wait(object_, caption_);
+              } catch (const ScriptError& error) {
+                  result += L": " + error.description;
+              }
+              CoUninitialize();
+              return result;
+          }))
+    {
+    }
+
+    ~Script()
+    {
+        if (!Returned()) Answer();
+    }
+    Script(const Script&) = delete;
+    Script& operator=(const Script&) = delete;
+
+    void WaitUntilOpen(Desk& desk)
+    {
+        if (kind_.button)
+            button_ = desk.Control(caption_.c_str(), L"Button", kind_.button);
+        else
+            desk.WaitFor(L"the clock", [this] { return object_.Get(L"Running").Truth(); });
+    }
+    void Answer()
+    {
+        if (button_)
+            PostMessageW(GetParent(button_), WM_COMMAND,
+                         MAKEWPARAM(GetDlgCtrlID(button_), BN_CLICKED),
+                         reinterpret_cast<LPARAM>(button_));
+        else
+            object_.Call(L"RemoveTimer");
+    }
+    bool IsServed()
+    {
+        UINT count = 0;
+        return SUCCEEDED(object_.Dispatch()->GetTypeInfoCount(&count)) && count == 1;
+    }
+    bool Returned(int milliseconds = 0) const
+    {
+        return result_.wait_for(std::chrono::milliseconds(milliseconds)) ==
+               std::future_status::ready;
+    }
+    // That it was its own answer that came.
+    bool ReturnedRightly() { return Returned(5'000) && result_.get() == caption_; }
+
+private:
+    const Waiting& kind_;
+    const std::wstring caption_;
+    ScriptObject object_;
+    HWND button_ = nullptr;
+    std::shared_future<std::wstring> result_;
+};
+
+class RunningServer : public testing::Test {
+protected:
+    // Scripts of one test share objects among threads.
+    static void SetUpTestSuite()
+    {
+        CoUninitialize();
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    }
+    static void TearDownTestSuite()
+    {
+        CoUninitialize();
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    }
+
+    Desk desk_;
+};
+
+TEST_F(RunningServer, ScriptsThatWaitDoNotHoldEachOtherUp)
+{
+    ScriptObject profile = Remote(L"Profile");
+    for (const Waiting& kind : kWaiting) {
+        SCOPED_TRACE(Narrow(kind.name));
+        Script first(kind, L"first");
+        first.WaitUntilOpen(desk_);
+        Script second(kind, L"second");
+        second.WaitUntilOpen(desk_);
+        Script list(kList, L"list");
+        list.WaitUntilOpen(desk_);
+        EXPECT_EQ(profile.Get(L"ErrorLevel"), 1);
+        EXPECT_TRUE(first.IsServed() && second.IsServed());
+
+        // Neither the one that came last comes back first, nor the one that came first.
+        second.Answer();
+        EXPECT_TRUE(second.ReturnedRightly());
+        EXPECT_FALSE(first.Returned() || list.Returned());
+        first.Answer();
+        EXPECT_TRUE(first.ReturnedRightly());
+        EXPECT_FALSE(list.Returned());
+        list.Answer();
+        EXPECT_TRUE(list.ReturnedRightly());
+    }
+}
+
+// The menu is no call of a script: whoever clicks the icon opens it.
+TEST_F(RunningServer, AnOpenMenuHoldsNobodyUp)
+{
+    ScriptObject notice = Remote(L"Notice");
+    notice.Put(L"IconID", 32516);
+    notice.Put(L"ContextMenu", ScriptArray(L"one", L"two"));
+    ASSERT_TRUE(notice.Call(L"Add"));
+    const HWND icon = FindWindowW(L"frmNoteMsg", nullptr);
+    PostMessageW(icon, 0x8008, MAKEWPARAM(300, 300), MAKELPARAM(WM_CONTEXTMENU, 0));
+    const HWND menu = desk_.Window(nullptr, L"#32768");
+    ScriptObject clock = Remote(L"Clock");
+    clock.Call(L"SetTimer", 50);
+    EXPECT_TRUE(clock.Call(L"Wait", 5000));
+    EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
+    EXPECT_TRUE(IsWindowVisible(menu));
+    notice.Call(L"Remove");
+    desk_.WaitUntilGone(menu);
+}
+
+// There are 32 threads for waits: dialog 32, counted from 0, is nested in number 0.
+TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
+{
+    constexpr int kCount = 40;
+    constexpr int kThreads = 32;
+    std::deque<Script> scripts;
+    for (int number = 0; number < kCount; ++number)
+        scripts.emplace_back(kList, L"dialog " + std::to_wstring(number)).WaitUntilOpen(desk_);
+
+    scripts[0].Answer();
+    scripts[kThreads - 1].Answer();
+    EXPECT_TRUE(scripts[kThreads - 1].ReturnedRightly());
+    EXPECT_FALSE(scripts[0].Returned()) << "the one on top of it is still open";
+    scripts[kThreads].Answer();
+    EXPECT_TRUE(scripts[kThreads].ReturnedRightly());
+    EXPECT_TRUE(scripts[0].ReturnedRightly());
+
+    for (int number = kCount - 1; number > 0; --number) {
+        if (number == kThreads || number == kThreads - 1) continue;
+        scripts[number].Answer();
+        EXPECT_TRUE(scripts[number].ReturnedRightly()) << number;
+    }
+}
+
+// The platform counts the references of killed clients down, or, as here, never does: the server
+// has to do well without.
+TEST_F(RunningServer, SurvivesKilledClients)
+{
+    for (const wchar_t* what :
+         {L"objects", L"list", L"message", L"icon", L"windows", L"clock", L"event"}) {
+        SCOPED_TRACE(Narrow(what));
+        const Client client(what);
+        ASSERT_TRUE(client.Ready());
+        if (client.Wait(0) != STILL_ACTIVE) ADD_FAILURE() << "the client failed";
+        if (*what == L'l' || *what == L'm') desk_.Control(L"killed", L"Button", L"OK");
+        client.Kill();
+
+        Script other(kList, L"other");
+        other.WaitUntilOpen(desk_);
+        EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1);
+        other.Answer();
+        EXPECT_TRUE(other.ReturnedRightly());
+    }
+}
+
+TEST_F(RunningServer, EndsWithTheSession)
+{
+    const Event process(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE,
+                                    static_cast<DWORD>(Remote(L"Me").Get(L"ProcessID").Number())));
+    ASSERT_TRUE(process);
+    std::deque<Script> scripts;
+    for (const Waiting& kind : kWaiting)
+        scripts.emplace_back(kind, L"open " + std::wstring(kind.name)).WaitUntilOpen(desk_);
+    ScriptObject notice = Remote(L"Notice");
+    notice.Put(L"IconID", 32516);
+    notice.Put(L"ContextMenu", ScriptArray(L"one"));
+    ASSERT_TRUE(notice.Call(L"Add"));
+    const auto icon = [&] {
+        return FindWindowExW(FindWindowW(nullptr, L"Wine System Tray"), nullptr,
+                             L"__winex11_tray_icon", nullptr);
+    };
+    EXPECT_TRUE(icon());
+    const TemporaryFolder folder;
+    ScriptObject binary(Remote(L"File").Call(L"OpenBinary", folder.Write(L"data", "")).Object());
+    ASSERT_TRUE(binary.Call(L"BWrite", L"written"));
+
+    // As the system goes about it: all windows are asked, then all are told.
+    std::vector<HWND> windows;
+    HWND next = nullptr;
+    while ((next = FindWindowExW(nullptr, next, nullptr, nullptr)) != nullptr) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(next, &owner);
+        if (owner == GetProcessId(process.get())) windows.push_back(next);
+    }
+    const auto send = [&](UINT message, WPARAM wParam) {
+        DWORD_PTR all = TRUE;
+        for (const HWND window : windows) {
+            DWORD_PTR answer = TRUE;
+            SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, 10'000, &answer);
+            all = all && answer;
+        }
+        return all != FALSE;
+    };
+    PostMessageW(FindWindowW(L"quill.Server", nullptr), WM_CLOSE, 0, 0); // means others
+    EXPECT_TRUE(send(WM_QUERYENDSESSION, 0));
+    send(WM_ENDSESSION, FALSE); // another program has objected
+    for (const Script& script : scripts)
+        EXPECT_FALSE(script.Returned());
+
+    send(WM_ENDSESSION, TRUE);
+    EXPECT_FALSE(icon());
+    for (const HWND window : windows)
+        EXPECT_FALSE(IsWindow(window) && IsWindowVisible(window)) << Narrow(Desk::ClassOf(window));
+    for (const Script& script : scripts)
+        EXPECT_TRUE(script.Returned(2'000));
+    EXPECT_EQ(WaitForSingleObject(process.get(), 5'000), DWORD{WAIT_OBJECT_0});
+    DWORD code = STILL_ACTIVE;
+    GetExitCodeProcess(process.get(), &code);
+    EXPECT_EQ(code, 0u) << "a thread did not end";
+    std::ifstream written(std::filesystem::path(folder.Path(L"data")), std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "written");
+
+    EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1) << "the next client has a new server";
+}
+
+} // namespace
+} // namespace quill::test

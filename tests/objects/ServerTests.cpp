@@ -1,0 +1,73 @@
+// What keeps the server running, with the calls of clients made on its own main thread.
+#include <gtest/gtest.h>
+
+#include "core/Module.h"
+#include "support/Robot.h"
+#include "support/ScriptObject.h"
+
+namespace quill::test {
+namespace {
+
+constexpr Patience kPatience{.linger = 20, .firstClient = 1'000, .lastCall = 20};
+
+ComPtr<IClassFactory> ClassOfProfile()
+{
+    ComPtr<IClassFactory> factory;
+    EXPECT_HRESULT_SUCCEEDED(
+        CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr, IID_PPV_ARGS(&factory)));
+    return factory;
+}
+
+ComPtr<IDispatch> object; // of a client that is there for a while
+bool served;
+bool hung;
+
+void CALLBACK ReleaseObject(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    served = true;
+    object.Reset();
+}
+
+void CALLBACK GiveUp(HWND, UINT, UINT_PTR, DWORD)
+{
+    hung = true;
+    PostQuitMessage(1);
+}
+
+TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
+{
+    served = false;
+    const DuringWait client([] {
+        const ComPtr<IClassFactory> factory = ClassOfProfile();
+        ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
+        factory->LockServer(TRUE);
+        for (int count = 0; count < 3; ++count)
+            factory->LockServer(FALSE);
+        SetTimer(nullptr, 0, 300, ReleaseObject);
+    });
+    EXPECT_EQ(RunServer(kPatience), 0);
+    EXPECT_TRUE(served);
+    object.Reset();
+}
+
+TEST(Server, TheLocksOfAKilledClientGoWithIt)
+{
+    const DuringWait client([] {
+        const ComPtr<IClassFactory> factory = ClassOfProfile();
+        ComPtr<IExternalConnection> connection;
+        ASSERT_HRESULT_SUCCEEDED(factory.As(&connection));
+        connection->AddConnection(EXTCONN_STRONG, 0);
+        factory->LockServer(TRUE);
+        factory->LockServer(TRUE);
+        connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+    });
+    hung = false;
+    const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, GiveUp);
+    EXPECT_EQ(RunServer(kPatience), 0);
+    EXPECT_FALSE(hung);
+    KillTimer(nullptr, timer);
+}
+
+} // namespace
+} // namespace quill::test
