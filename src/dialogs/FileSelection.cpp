@@ -89,9 +89,12 @@ LONG FileSelection::ShowDialog(SHORT mode)
     // Calls that come in while the dialog is open may change the properties. A filter that was not
     // ended is ended here.
     const std::wstring filter = filter_ + std::wstring(2, L'\0');
-    const std::wstring directory = directory_;
+    // Not every implementation of the dialog survives a folder that is none, such as "CON", or an
+    // extension that is longer than a path.
+    const bool isFolder = PathIsDirectoryW(directory_.c_str()) != FALSE;
+    const std::wstring directory = isFolder ? directory_ : L"";
+    const std::wstring extension = fileExtension_.size() < kPathUnits ? fileExtension_ : L"";
     const std::wstring title = dlgTitle_;
-    const std::wstring extension = fileExtension_;
 
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof dialog;

@@ -18,6 +18,16 @@ bool IsUsable(const std::wstring& url) noexcept
     return url.size() <= kLongestUrl && IsPlain(url);
 }
 
+// Without the blanks and control characters around it, which count for nothing in a URL. What is
+// left of one that has no other characters would lead the platform outside of its memory.
+std::wstring Trimmed(const std::wstring& url)
+{
+    const auto counts = [](wchar_t unit) { return unit > L' '; };
+    const auto first = std::ranges::find_if(url, counts);
+    const auto last = std::find_if(url.rbegin(), std::make_reverse_iterator(first), counts).base();
+    return {first, last};
+}
+
 bool IsAsciiLetter(wchar_t unit) noexcept
 {
     return (unit >= L'A' && unit <= L'Z') || (unit >= L'a' && unit <= L'z');
@@ -157,7 +167,9 @@ std::wstring CombineUrl(const std::wstring& base, const std::wstring& relative)
     // Either the second URL, or at most both, with what the platform escapes.
     auto size = static_cast<DWORD>(3 * (base.size() + relative.size()) + 16);
     std::wstring combined(size, L'\0');
-    if (FAILED(UrlCombineW(base.c_str(), relative.c_str(), combined.data(), &size, 0))) return {};
+    if (FAILED(UrlCombineW(Trimmed(base).c_str(), Trimmed(relative).c_str(), combined.data(), &size,
+                           0)))
+        return {};
     combined.resize(size);
     return combined;
 }

@@ -283,6 +283,7 @@ TEST_F(AuxTest, UrlsHaveParts)
     EXPECT_EQ(Text(L"CombineUrl", L"http://host/a/b.htm?x", L"../c.htm"), L"http://host/c.htm");
     EXPECT_EQ(Text(L"CombineUrl", L"http://host/a", L"https://other/"), L"https://other/");
     EXPECT_EQ(Text(L"CombineUrl", L"http://host/a", L"b\0c"s), L"");
+    EXPECT_EQ(Text(L"CombineUrl", L"\t", L" c.htm\r\n"), L"c.htm") << "blanks count for nothing";
     const std::wstring longest = L"http://host/" + std::wstring(2083 - 12, L'%');
     EXPECT_NE(Text(L"CombineUrl", longest, longest), L"");
     EXPECT_EQ(Text(L"CombineUrl", L"http://host/", longest + L'%'), L"");
