@@ -8,6 +8,14 @@ constexpr DWORD kRound = 15;    // milliseconds between two looks
 constexpr DWORD kPatience = 30; // of a call before its windows are closed
 constexpr unsigned kPause = 8;  // rounds between two answers to the same window
 
+// The shell's progress dialog, which no call waits for. Under Wine, a cancel that meets the call
+// that ends it leaves both waiting for each other.
+bool IsShellProgress(HWND window) noexcept
+{
+    return GetClassLongW(window, GCW_ATOM) == 32770 &&
+           FindWindowExW(window, nullptr, PROGRESS_CLASSW, nullptr);
+}
+
 } // namespace
 
 Companion::Companion(DWORD process, DWORD longestCall, void (*fail)(const wchar_t* reason))
@@ -38,7 +46,8 @@ BOOL CALLBACK Companion::Look(HWND window, LPARAM parameter)
     auto& self = *reinterpret_cast<Companion*>(parameter);
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
-    if (process == self.process_ && IsWindowVisible(window) && IsWindowEnabled(window)) {
+    if (process == self.process_ && IsWindowVisible(window) && IsWindowEnabled(window) &&
+        !IsShellProgress(window)) {
         const unsigned looks = self.attempts_[window]++;
         if (looks == 0) ++self.closed_;
         if (looks % kPause == 0) self.Answer(window, looks / kPause);
