@@ -5,6 +5,8 @@
 #include <limits>
 #include <string_view>
 
+#include "support/CountedDispatch.h"
+
 namespace quill::fuzz {
 
 namespace {
@@ -62,7 +64,7 @@ constexpr VARTYPE kNumberTypes[] = {VT_I1,  VT_I2,   VT_I4,   VT_I8,      VT_UI1
 
 std::atomic<long> liveObjects{0};
 
-class ScriptObject final : public IDispatch {
+class ScriptObject final : public test::CountedDispatch {
 public:
     ScriptObject(std::uint32_t kind, const std::function<void()>& callBack)
         : kind_(kind), callBack_(callBack)
@@ -70,36 +72,6 @@ public:
         ++liveObjects;
     }
 
-    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
-    {
-        *object = nullptr;
-        if (id != IID_IUnknown && id != IID_IDispatch) {
-            // A sink of any events.
-            if (id == IID_IMarshal || id == IID_IProvideClassInfo || id == IID_IStdMarshalInfo ||
-                id == IID_IExternalConnection || id == IID_IAgileObject || kind_ != 0)
-                return E_NOINTERFACE;
-        }
-        *object = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override
-    {
-        *count = 0;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override
-    {
-        return DISP_E_UNKNOWNNAME;
-    }
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
                         EXCEPINFO* exception, UINT*) noexcept override
     {
@@ -128,9 +100,15 @@ public:
     }
 
 private:
-    ~ScriptObject() { --liveObjects; }
+    ~ScriptObject() override { --liveObjects; }
 
-    std::atomic<ULONG> references_{0};
+    // A sink of any events.
+    bool IsAlso(REFIID id) const noexcept override
+    {
+        return kind_ == 0 && id != IID_IMarshal && id != IID_IProvideClassInfo &&
+               id != IID_IStdMarshalInfo && id != IID_IExternalConnection && id != IID_IAgileObject;
+    }
+
     std::uint32_t kind_;
     int asked_ = 0;
     const std::function<void()>& callBack_;

@@ -37,6 +37,7 @@
 #include <optional>
 #include <set>
 
+#include "support/CountedDispatch.h"
 #include "support/EventListener.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -250,30 +251,10 @@ private:
 
 // The object that a script calls `host`. Calls come in on threads of the platform, so one that
 // waits holds up no other script.
-class Host final : public IDispatch {
+class Host final : public CountedDispatch {
 public:
     explicit Host(Run& run) : run_(run), answers_(run) {}
 
-    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
-    {
-        const bool known = id == IID_IUnknown || id == IID_IDispatch;
-        *object = known ? this : nullptr;
-        if (known) AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override
-    {
-        *count = 0;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override
     {
         for (size_t index = 0; index < std::size(kMembers); ++index)
@@ -314,8 +295,6 @@ private:
         Variant (Host::*method)(const Arguments&);
     };
     static const Member kMembers[15];
-
-    ~Host() = default;
 
     Variant CheckTruth(const Arguments& given)
     {
@@ -468,7 +447,6 @@ private:
     std::unique_ptr<EventListener> listener_;
     size_t seen_ = 0;    // events that Pump has told of
     DWORD exitCode_ = 0; // of the last script run
-    std::atomic<ULONG> references_{0};
 };
 
 const Host::Member Host::kMembers[15] = {

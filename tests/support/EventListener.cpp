@@ -1,14 +1,14 @@
 #include "support/EventListener.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "core/TypeLibrary.h"
+#include "support/CountedDispatch.h"
 
 namespace quill::test {
 
 // The sink belongs to the connection too and may live longer than its listener.
-class EventListener::Sink final : public IDispatch {
+class EventListener::Sink final : public CountedDispatch {
 public:
     Sink(EventListener& owner, const IID& id) : owner_(&owner), id_(id)
     {
@@ -21,31 +21,6 @@ public:
         owner_ = nullptr;
     }
 
-    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
-    {
-        if (!object) return E_POINTER;
-        const bool known = id == IID_IUnknown || id == IID_IDispatch || id == id_;
-        *object = known ? this : nullptr;
-        if (known) AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override
-    {
-        *count = 0;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override
-    {
-        return E_NOTIMPL;
-    }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
                         UINT*) noexcept override
     try {
@@ -69,13 +44,12 @@ public:
     }
 
 private:
-    ~Sink() = default;
+    bool IsAlso(REFIID id) const noexcept override { return id == id_; }
 
     std::mutex mutex_;
     EventListener* owner_;
     const IID id_;
     ComPtr<ITypeInfo> info_;
-    std::atomic<ULONG> references_{0};
 };
 
 EventListener::EventListener(IDispatch* source)
