@@ -13,10 +13,7 @@ std::wstring HomeFolder()
     const std::wstring& program = ThisApartment().programPath;
     const auto separator = program.find_last_of(L'\\');
     if (separator != std::wstring::npos) return program.substr(0, separator);
-    wchar_t folder[MAX_PATH];
-    const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder);
-    if (length >= MAX_PATH) return {}; // it did not fit, and this is the room that it needs
-    return {folder, length};
+    return CurrentFolder();
 }
 
 bool IsNumeric(const VARIANT& value) noexcept
@@ -73,6 +70,13 @@ bool FileExists(std::wstring& path, bool resolve) noexcept
     } catch (...) {
         return false;
     }
+}
+
+std::wstring CurrentFolder()
+{
+    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
+    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
+    return folder;
 }
 
 std::wstring WithTrailingBackslash(std::wstring folder)

@@ -25,6 +25,9 @@ bool IsArrayByReference(const VARIANT& value) noexcept;
 // to GetFileAttributesA, so a name outside the ANSI code page does not exist.
 bool FileExists(std::wstring& path, bool resolve) noexcept;
 
+// The current directory of the process.
+std::wstring CurrentFolder();
+
 // The folder with a backslash at its end; an empty string stays empty.
 std::wstring WithTrailingBackslash(std::wstring folder);
 

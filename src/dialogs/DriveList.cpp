@@ -2,6 +2,7 @@
 
 #include "core/Catalogue.h"
 #include "core/Text.h"
+#include "core/quillfn.h"
 #include "dialogs/frmDrives.h"
 
 namespace quill {
@@ -18,9 +19,7 @@ std::wstring DriveOf(const std::wstring& path)
         std::wstring drive = path.substr(0, 1) + L":";
         if (GetDriveTypeA(ToAnsi(drive).c_str()) != DRIVE_NO_ROOT_DIR) return drive;
     }
-    wchar_t folder[MAX_PATH] = L"";
-    GetCurrentDirectoryW(MAX_PATH, folder);
-    return std::wstring(folder).substr(0, kDriveLength);
+    return CurrentFolder().substr(0, kDriveLength);
 }
 
 } // namespace

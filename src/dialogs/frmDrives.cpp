@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "core/quillfn.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -61,8 +62,7 @@ std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& titl
                              const std::function<bool()>& abandoned)
 {
     const DWORD drives = GetLogicalDrives();
-    wchar_t current[MAX_PATH] = L"";
-    GetCurrentDirectoryW(MAX_PATH, current);
+    const std::wstring current = CurrentFolder();
     int selected = -1;
     for (int letter = 0; letter < 26; ++letter) {
         if (!(drives & 1U << letter)) continue;

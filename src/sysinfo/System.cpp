@@ -70,9 +70,7 @@ Volume QueryVolume(const std::wstring& drive)
 // The current drive's root; other things for a current directory on the network.
 std::wstring CurrentRoot()
 {
-    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
-    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
-    return folder.substr(0, 3);
+    return CurrentFolder().substr(0, 3);
 }
 
 } // namespace
