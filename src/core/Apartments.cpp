@@ -114,16 +114,11 @@ bool ApartmentPool::Close(DWORD milliseconds) noexcept
     if (!std::exchange(closed_, true))
         for (const auto& apartment : apartments_)
             if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
-    const ULONGLONG begin = GetTickCount64();
-    for (const auto& apartment : apartments_) {
-        const auto waited = static_cast<DWORD>(GetTickCount64() - begin);
-        const DWORD left = milliseconds == INFINITE ? INFINITE
-                           : waited < milliseconds  ? milliseconds - waited
-                                                    : 0;
-        // Its windows and ours send each other messages while they go.
-        if (apartment && !WaitForEvent(apartment->ended.get(), left)) return false;
-    }
-    return true;
+    // Their windows and ours send each other messages while they go.
+    const Deadline deadline(milliseconds);
+    return std::ranges::all_of(apartments_, [&](const auto& apartment) {
+        return !apartment || WaitForEvent(apartment->ended.get(), deadline.Left());
+    });
 }
 
 ApartmentPool::Apartment& ApartmentPool::Choose()

@@ -44,14 +44,10 @@ bool WaitForMessages(DWORD milliseconds, HANDLE event)
 
 bool WaitForEvent(HANDLE event, DWORD milliseconds)
 {
-    const ULONGLONG begin = GetTickCount64();
+    const Deadline deadline(milliseconds);
     for (;;) {
-        const ULONGLONG waited = GetTickCount64() - begin;
-        const DWORD left = milliseconds == INFINITE ? INFINITE
-                           : waited < milliseconds  ? static_cast<DWORD>(milliseconds - waited)
-                                                    : 0;
-        const DWORD woken =
-            MsgWaitForMultipleObjectsEx(1, &event, left, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE);
+        const DWORD woken = MsgWaitForMultipleObjectsEx(1, &event, deadline.Left(), QS_SENDMESSAGE,
+                                                        MWMO_INPUTAVAILABLE);
         if (woken != WAIT_OBJECT_0 + 1) return woken == WAIT_OBJECT_0;
         MSG message;
         PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
