@@ -5,6 +5,7 @@
 #include "core/AutomationError.h"
 #include "core/Catalogue.h"
 #include "core/TypeLibrary.h"
+#include "core/quillfn.h"
 
 namespace quill {
 
@@ -66,11 +67,6 @@ std::wstring TextOf(BSTR text)
 {
     const Bstr owned(text);
     return text ? text : L"";
-}
-
-std::wstring FolderOf(const std::wstring& program)
-{
-    return program.substr(0, program.find_last_of(L'\\'));
 }
 
 std::wstring ProgId(const CatalogueRow& row)

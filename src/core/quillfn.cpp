@@ -10,10 +10,8 @@ namespace {
 // Where bare file names are looked for: beside the program, else in the current directory.
 std::wstring HomeFolder()
 {
-    const std::wstring& program = ThisApartment().programPath;
-    const auto separator = program.find_last_of(L'\\');
-    if (separator != std::wstring::npos) return program.substr(0, separator);
-    return CurrentFolder();
+    const std::wstring beside = FolderOf(ThisApartment().programPath);
+    return beside.empty() ? CurrentFolder() : beside;
 }
 
 bool IsNumeric(const VARIANT& value) noexcept
@@ -77,6 +75,30 @@ std::wstring CurrentFolder()
     std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
     folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
     return folder;
+}
+
+std::wstring FolderOf(const std::wstring& path)
+{
+    const auto end = path.find_last_of(L'\\');
+    return end == std::wstring::npos ? std::wstring() : path.substr(0, end);
+}
+
+std::optional<SYSTEMTIME> PartsOf(DATE date) noexcept
+{
+    constexpr DATE kBefore = -657435; // 31 December 99
+    constexpr DATE kAfter = 2958466;  // 1 January 10000
+    SYSTEMTIME parts{};
+    // Neither comparison holds for what is not a number.
+    if (!(kBefore < date && date < kAfter) || !VariantTimeToSystemTime(date, &parts)) return {};
+    parts.wMilliseconds = 0;
+    return parts;
+}
+
+DATE DateOf(SYSTEMTIME parts) noexcept
+{
+    parts.wMilliseconds = 0;
+    DATE date = 0;
+    return SystemTimeToVariantTime(&parts, &date) ? date : 0;
 }
 
 std::wstring WithTrailingBackslash(std::wstring folder)

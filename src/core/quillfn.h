@@ -1,6 +1,8 @@
 // Shared routines that several classes use.
 #pragma once
 
+#include <optional>
+
 #include "core/Variant.h"
 
 namespace quill {
@@ -28,8 +30,18 @@ bool FileExists(std::wstring& path, bool resolve) noexcept;
 // The current directory of the process.
 std::wstring CurrentFolder();
 
+// The path without its last part; empty when it has but one.
+std::wstring FolderOf(const std::wstring& path);
+
 // The folder with a backslash at its end; an empty string stays empty.
 std::wstring WithTrailingBackslash(std::wstring folder);
+
+// A Date's parts to the second (VariantTimeToSystemTime); nothing for what is no Date: outside the
+// years 100 to 9999, infinite, or not a number, for which the platform does not look out.
+std::optional<SYSTEMTIME> PartsOf(DATE date) noexcept;
+
+// The Date to the second (SystemTimeToVariantTime); 0 for what is no time.
+DATE DateOf(SYSTEMTIME parts) noexcept;
 
 // True when the value is numeric and lies within both limits, compared as automation does.
 bool InRange(const VARIANT& value, const VARIANT& low, const VARIANT& high) noexcept;

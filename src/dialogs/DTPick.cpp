@@ -1,7 +1,5 @@
 #include "dialogs/DTPick.h"
 
-#include <cmath>
-
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "dialogs/frmDTPick.h"
@@ -14,11 +12,11 @@ namespace {
 SYSTEMTIME StartTime(const VARIANT& given)
 {
     const Variant value = Variant::Dereferenced(given);
-    SYSTEMTIME time{};
-    if (V_VT(&value) != VT_DATE || !std::isfinite(V_DATE(&value)) ||
-        !VariantTimeToSystemTime(V_DATE(&value), &time))
-        GetLocalTime(&time);
-    return time;
+    if (V_VT(&value) == VT_DATE)
+        if (const std::optional<SYSTEMTIME> parts = PartsOf(V_DATE(&value))) return *parts;
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return now;
 }
 
 } // namespace

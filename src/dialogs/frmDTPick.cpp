@@ -1,5 +1,7 @@
 #include "dialogs/frmDTPick.h"
 
+#include "core/quillfn.h"
+
 namespace quill {
 
 namespace {
@@ -15,10 +17,8 @@ constexpr float kPickerHeight = 390;
 // The parts of a time as automation dates: whole days, and the fraction of one.
 DATE DayOf(SYSTEMTIME time)
 {
-    time.wHour = time.wMinute = time.wSecond = time.wMilliseconds = 0;
-    DATE date = 0;
-    SystemTimeToVariantTime(&time, &date);
-    return date;
+    time.wHour = time.wMinute = time.wSecond = 0;
+    return DateOf(time);
 }
 
 DATE TimeOfDay(const SYSTEMTIME& time)

@@ -1,6 +1,7 @@
 #include "services/File.h"
 
 #include "core/Catalogue.h"
+#include "core/quillfn.h"
 #include "services/BinFile.h"
 
 namespace quill {
@@ -123,10 +124,9 @@ ComPtr<_BinFile> File::Open(const std::wstring& path, bool writeAccess) const
 bool File::SetTimes(const std::wstring& path, DATE date, SHORT which) const
 {
     const FileHandle file = OpenForTimes(path, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES);
-    SYSTEMTIME parts;
+    const std::optional<SYSTEMTIME> parts = PartsOf(date);
     FILETIME time;
-    if (!file || !VariantTimeToSystemTime(date, &parts) || !SystemTimeToFileTime(&parts, &time))
-        return false;
+    if (!file || !parts || !SystemTimeToFileTime(&*parts, &time)) return false;
     BOOL done = TRUE; // the last step decides
     if (which & kCreation) done = SetFileTime(file.get(), &time, nullptr, nullptr);
     if (which & kLastWrite) done = SetFileTime(file.get(), nullptr, nullptr, &time);
@@ -139,10 +139,8 @@ DATE File::ReadTime(const std::wstring& path, SHORT which) const
     const FileHandle file = OpenForTimes(path, FILE_READ_ATTRIBUTES);
     FILETIME time;
     SYSTEMTIME parts;
-    DATE date;
     if (!file || !TimeOf(file.get(), which, time) || !FileTimeToSystemTime(&time, &parts)) return 0;
-    parts.wMilliseconds = 0;
-    return SystemTimeToVariantTime(&parts, &date) ? date : 0;
+    return DateOf(parts);
 }
 
 SHORT File::CompareTimes(const std::wstring& first, const std::wstring& second, SHORT which) const

@@ -1,30 +1,11 @@
 #include "sysinfo/DateTime.h"
 
 #include "core/Catalogue.h"
+#include "core/quillfn.h"
 
 namespace quill {
 
 namespace {
-
-// A Date's parts down to the second; all 0 for what is no Date.
-SYSTEMTIME PartsOf(DATE date) noexcept
-{
-    constexpr DATE kBefore = -657435; // 31 December 99
-    constexpr DATE kAfter = 2958466;  // 1 January 10000
-    SYSTEMTIME parts{};
-    // The platform does not look out for what is not a number, for which neither comparison holds.
-    if (!(kBefore < date && date < kAfter) || !VariantTimeToSystemTime(date, &parts)) return {};
-    parts.wDayOfWeek = 0;
-    parts.wMilliseconds = 0;
-    return parts;
-}
-
-DATE DateOf(SYSTEMTIME parts) noexcept
-{
-    parts.wMilliseconds = 0;
-    DATE date = 0;
-    return SystemTimeToVariantTime(&parts, &date) ? date : 0;
-}
 
 SYSTEMTIME UtcNow() noexcept
 {
@@ -68,10 +49,11 @@ LONG TimeZone::DaylightBias() const noexcept
 
 DATE DateTime::Convert(DATE date, bool fromUtc)
 {
-    const SYSTEMTIME given = PartsOf(date);
+    const std::optional<SYSTEMTIME> given = PartsOf(date);
+    if (!given) return 0;
     SYSTEMTIME converted{};
-    const BOOL done = fromUtc ? SystemTimeToTzSpecificLocalTime(nullptr, &given, &converted)
-                              : TzSpecificLocalTimeToSystemTime(nullptr, &given, &converted);
+    const BOOL done = fromUtc ? SystemTimeToTzSpecificLocalTime(nullptr, &*given, &converted)
+                              : TzSpecificLocalTimeToSystemTime(nullptr, &*given, &converted);
     return done ? DateOf(converted) : 0;
 }
 

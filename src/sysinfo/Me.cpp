@@ -6,6 +6,7 @@
 
 #include "core/Catalogue.h"
 #include "core/StartUp.h"
+#include "core/quillfn.h"
 
 namespace quill {
 
@@ -81,9 +82,7 @@ LONG Me::Instance()
 
 std::wstring Me::Folder()
 {
-    const std::wstring& program = ThisApartment().programPath;
-    const size_t end = program.find_last_of(L'\\');
-    return end == std::wstring::npos ? std::wstring() : program.substr(0, end);
+    return FolderOf(ThisApartment().programPath);
 }
 
 std::wstring Me::Version()

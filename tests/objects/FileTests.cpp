@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <tuple>
 
 #include "support/ScriptObject.h"
@@ -128,7 +129,7 @@ TEST_F(FileTest, TimesOfFilesAndFolders)
         EXPECT_EQ(file_.Call(L"TimeSet", path, Date(1), 0), true);
         EXPECT_EQ(file_.Call(L"TimeGet", path), Date(36526.25)) << "which 0 sets none";
         // Before the file system's first year, and no date at all.
-        for (const double days : {-200'000.0, 1e9, -1e300})
+        for (const double days : {-200'000.0, 1e9, -1e300, std::nan("")})
             EXPECT_EQ(file_.Call(L"TimeSet", path, Date(days)), false) << days;
         EXPECT_EQ(file_.Call(L"TimeGet", path), Date(36526.25));
     }
