@@ -1,6 +1,8 @@
 // The measure for quill.exe: the least that a server of its kind can be. One class, one property,
 // two methods for byte arrays, one apartment, late binding through the type information; nothing
 // that it could do without.
+//
+//     bare /regserver [MILLISECONDS]   registers it, to stay that long after its last object
 #include <windows.h>
 
 #include <oleauto.h>
@@ -12,8 +14,8 @@
 
 namespace {
 
-// As in quill, so that both are warm equally long.
-constexpr UINT kLingerMilliseconds = 5'000;
+// As in quill, so that both are warm equally long; a registration may ask for less.
+UINT lingerMilliseconds = 5'000;
 constexpr UINT kFirstClientMilliseconds = 30'000;
 
 long locks = 0;
@@ -34,7 +36,7 @@ void Lock()
 void Unlock()
 {
     CoReleaseServerProcess();
-    if (--locks == 0) Linger(kLingerMilliseconds);
+    if (--locks == 0) Linger(lingerMilliseconds);
 }
 
 class BareObject final : public IBare {
@@ -190,12 +192,14 @@ void SetKey(const std::wstring& key, const std::wstring& text)
     RegSetValueW(HKEY_CLASSES_ROOT, key.c_str(), REG_SZ, text.c_str(), 0);
 }
 
-void Register(const wchar_t* program)
+// Started with `arguments`.
+void Register(const wchar_t* program, const std::wstring& arguments)
 {
     ITypeLib* library = nullptr;
     if (SUCCEEDED(LoadTypeLibEx(program, REGKIND_REGISTER, &library))) library->Release();
     SetKey(kClassKey, kProgId);
-    SetKey(std::wstring(kClassKey) + L"\\LocalServer32", L'"' + std::wstring(program) + L'"');
+    SetKey(std::wstring(kClassKey) + L"\\LocalServer32",
+           L'"' + std::wstring(program) + L'"' + arguments);
     SetKey(std::wstring(kClassKey) + L"\\ProgID", kProgId);
     SetKey(std::wstring(kProgId) + L"\\CLSID", L"{6586988A-6E51-445C-A52E-F5181668ABD5}");
 }
@@ -215,11 +219,15 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
     if (FAILED(result)) return result;
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
-    if (wcscmp(commandLine, L"/regserver") == 0) {
-        Register(program);
+    const std::wstring line = commandLine;
+    const std::wstring registers = L"/regserver";
+    if (line.starts_with(registers)) {
+        Register(program, line.substr(registers.size()));
     } else if (wcscmp(commandLine, L"/unregserver") == 0) {
         Unregister();
     } else {
+        if (const int asked = _wtoi(commandLine); asked > 0)
+            lingerMilliseconds = static_cast<UINT>(asked);
         ITypeLib* library = nullptr;
         result = LoadTypeLibEx(program, REGKIND_NONE, &library);
         if (SUCCEEDED(result)) {

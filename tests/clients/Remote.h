@@ -9,14 +9,18 @@ namespace quill::test {
 // Set by the program `client` when it has what it was asked for.
 inline constexpr wchar_t kReady[] = L"quill.test.ready";
 
-// A new object of the registered server.
-inline ScriptObject Remote(std::wstring_view className)
+// A new object of a registered server.
+inline ScriptObject ObjectOf(const std::wstring& progId)
 {
     CLSID id;
     ComPtr<IDispatch> object;
-    Check(CLSIDFromProgID((L"Quill." + std::wstring(className)).c_str(), &id));
+    Check(CLSIDFromProgID(progId.c_str(), &id));
     Check(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&object)));
     return ScriptObject(object.Get());
+}
+inline ScriptObject Remote(std::wstring_view className)
+{
+    return ObjectOf(L"Quill." + std::wstring(className));
 }
 
 // A program that lies beside this one.

@@ -1,12 +1,14 @@
-// stress clients COUNT | objects | races ROUNDS | crowds ROUNDS | kills ROUNDS
+// stress clients COUNT | objects | races ROUNDS | crowds ROUNDS | control ROUNDS | kills ROUNDS
 //
-// Puts load on the registered server and prints what becomes of it, a line for each figure:
+// Puts load on a server and prints what becomes of it. `clients` and `objects` need a registered
+// server, the others register their own, quick.exe or bare.exe beside this program, for a while.
 //
 //     clients   COUNT programs one after another, then 20 at once
 //     objects   10,000 objects at once, several times
-//     races     (with quick.exe registered) clients that come, one by one, while the server ends
+//     races     clients that come, one by one, while the server ends
 //     crowds    the same, four at once
-//     kills     (with quick.exe registered) clients that are killed while the server starts or ends
+//     control   as races, of the bare server
+//     kills     clients that are killed while the server starts or ends
 //
 // The exit code is 1 when a client failed or something grew.
 #include <cstdlib>
@@ -24,15 +26,36 @@ namespace {
 
 using bench::Milliseconds;
 
-// The usual ways to fail, and what has grown.
-int failures = 0;
+// A client failed, or something has grown.
+bool failed = false;
 
 void Fail(const std::string& what)
 {
-    ++failures;
+    failed = true;
     std::printf("FAILED: %s\n", what.c_str());
     std::fflush(stdout);
 }
+
+// A server beside this program that is registered for a while.
+class Registered {
+public:
+    Registered(const std::wstring& program, const std::wstring& arguments) : program_(program)
+    {
+        Run(L"/regserver" + arguments);
+    }
+    ~Registered() { Run(L"/unregserver"); }
+    Registered(const Registered&) = delete;
+    Registered& operator=(const Registered&) = delete;
+
+private:
+    void Run(const std::wstring& arguments) const
+    {
+        if (Program(program_, arguments).Wait(30'000) != 0)
+            Fail(Narrow(program_) + " did not do " + Narrow(arguments));
+    }
+
+    std::wstring program_;
+};
 
 // Memory, handles and windows of the server with one object of ours.
 class Watch {
@@ -91,16 +114,27 @@ private:
 void Clients(int inTurn)
 {
     constexpr int kWarm = 50;
+    constexpr int kWarmWaves = 10;
     constexpr int kAtOnce = 20;
     constexpr int kWaves = 10;
     const auto once = [](const Client& client) {
         const DWORD code = client.Wait(60'000);
         if (code != 0) Fail("a client ended with " + std::to_string(code));
     };
+    const auto together = [&](int waves) {
+        for (int wave = 0; wave < waves; ++wave) {
+            std::vector<Client> clients;
+            for (int number = 0; number < kAtOnce; ++number)
+                clients.emplace_back(L"once");
+            for (const Client& client : clients)
+                once(client);
+        }
+    };
     Watch watch;
     for (int number = 0; number < kWarm; ++number)
         once(Client(L"once"));
-    watch.Start("after 50 clients");
+    together(kWarmWaves); // all threads are there now
+    watch.Start("after 50 clients, and 10 times 20 at once");
     const double begin = Milliseconds();
     for (int number = 0; number < inTurn; ++number)
         once(Client(L"once"));
@@ -108,13 +142,7 @@ void Clients(int inTurn)
                 (Milliseconds() - begin) / inTurn);
     watch.Compare("after them");
     const double second = Milliseconds();
-    for (int wave = 0; wave < kWaves; ++wave) {
-        std::vector<Client> clients;
-        for (int number = 0; number < kAtOnce; ++number)
-            clients.emplace_back(L"once");
-        for (const Client& client : clients)
-            once(client);
-    }
+    together(kWaves);
     std::printf("%d times %d clients at once: %.0f ms each time\n", kWaves, kAtOnce,
                 (Milliseconds() - second) / kWaves);
     watch.Compare("after them");
@@ -149,59 +177,117 @@ void Objects()
     }
 }
 
-// Uses the server; its process.
-long Use()
+bool OnWine()
 {
-    return Remote(L"Me").Get(L"ProcessID").Number();
+    return FindSystemFunction<const char*()>(L"ntdll.dll", "wine_get_version") != nullptr;
 }
 
-// On a thread that is no apartment of the others.
-std::future<long> UseOnThread()
+// Wine names a server to clients up to the moment in which it closes its classes, and refuses with
+// E_FAIL who comes to it just after; Windows turns them to a new server in the same step. So do we.
+std::atomic<int> turned{0};
+
+long UseQuill()
 {
-    return std::async(std::launch::async, [] {
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        long id = 0;
+    for (;;) {
         try {
-            id = Use();
+            return Remote(L"Me").Get(L"ProcessID").Number();
         } catch (const AutomationError& error) {
-            char text[64];
+            if (error.number != E_FAIL || !OnWine()) throw;
+            ++turned;
+        }
+    }
+}
+
+// The control: what becomes of clients of the least server that there can be. Which of its
+// processes served is not told.
+long UseBare()
+{
+    ObjectOf(L"QuillBench.Bare");
+    return 0;
+}
+
+// What a client got: a number from its server, or an error.
+struct Got {
+    long number = 0;
+    std::string error;
+};
+
+// On a thread that is no apartment of the others.
+std::future<Got> OnThread(long (*use)())
+{
+    return std::async(std::launch::async, [use] {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        Got got;
+        try {
+            got.number = use();
+        } catch (const AutomationError& error) {
+            char text[32];
             std::snprintf(text, sizeof text, "creation: 0x%08lx", error.number);
-            Fail(text);
-            id = -1;
+            got.error = text;
         } catch (const ScriptError& error) {
-            Fail("call: " + Narrow(error.description) + " " + std::to_string(error.number));
+            got.error = "call: " + Narrow(error.description) + " " + std::to_string(error.number);
+        } catch (const std::exception& error) {
+            got.error = error.what();
         }
         CoUninitialize();
-        return id;
+        return got;
     });
 }
 
 // The server lingers for 20 ms here: clients come around the end of that time, alone, or four in
 // the same moment.
-void Races(int rounds, int clientsAtOnce)
+struct Raced {
+    std::map<bool, int> served; // by another server than the last one
+    std::map<std::string, int> errors;
+};
+Raced Race(int rounds, int clientsAtOnce, long (*use)())
 {
     std::mt19937 random(1);
-    std::uniform_int_distribution<int> microseconds(10'000, 40'000);
-    std::map<bool, int> served; // by a new server, or by the one before
+    std::uniform_int_distribution<int> microseconds(0, 35'000);
+    Raced raced;
     double longest = 0;
     const double begin = Milliseconds();
     for (int round = 0; round < rounds; ++round) {
-        const long before = UseOnThread().get();
+        const Got before = OnThread(use).get();
+        if (!before.error.empty()) ++raced.errors[before.error];
         const double due = Milliseconds() + microseconds(random) / 1e3;
         while (Milliseconds() < due)
             Sleep(0);
         const double called = Milliseconds();
-        std::vector<std::future<long>> clients;
+        std::vector<std::future<Got>> clients;
         for (int number = 0; number < clientsAtOnce; ++number)
-            clients.push_back(UseOnThread());
-        for (auto& client : clients)
-            ++served[client.get() != before];
+            clients.push_back(OnThread(use));
+        for (auto& client : clients) {
+            const Got got = client.get();
+            if (got.error.empty())
+                ++raced.served[got.number != before.number];
+            else
+                ++raced.errors[got.error];
+        }
         longest = std::max(longest, Milliseconds() - called);
     }
-    std::printf("%d rounds: %d clients served by the ending server, %d by a new one, %d failures; "
-                "the longest took %.0f ms, all %.0f s\n",
-                rounds, served[false], served[true], failures, longest,
-                (Milliseconds() - begin) / 1e3);
+    std::printf("  %d rounds, %d clients each; the longest took %.0f ms, all %.0f s\n", rounds,
+                clientsAtOnce, longest, (Milliseconds() - begin) / 1e3);
+    for (const auto& [error, count] : raced.errors)
+        std::printf("  %4d  %s\n", count, error.c_str());
+    std::fflush(stdout);
+    return raced;
+}
+
+void Races(int rounds, int clientsAtOnce)
+{
+    const Registered server(L"quick.exe", L"");
+    Raced raced = Race(rounds, clientsAtOnce, UseQuill);
+    std::printf("  %d served by the ending server, %d by a new one; %d were turned to it here\n",
+                raced.served[false], raced.served[true], turned.load());
+    if (!raced.errors.empty()) Fail("a client got no object");
+}
+
+// The same with the bare server, to see what the platform does to its clients.
+void Control(int rounds, int clientsAtOnce)
+{
+    const Registered server(L"bare.exe", L" 20");
+    Race(rounds, clientsAtOnce, UseBare);
 }
 
 // Clients are killed between the first step of their first creation and the end of their last
@@ -209,18 +295,24 @@ void Races(int rounds, int clientsAtOnce)
 // the session.
 void Kills(int rounds)
 {
+    const Registered registered(L"quick.exe", L"");
     std::mt19937 random(1);
     const bench::Server server(L"Quill.Me");
     int ended = 0;
+    int failures = 0;
     for (int round = 0; round < rounds; ++round) {
         const bool starting = round % 2 == 0;
-        if (!starting) UseOnThread().get(); // it is about to end now
+        if (!starting) OnThread(UseQuill).get(); // it is about to end now
         {
             const Client client(L"once");
             Sleep(std::uniform_int_distribution<DWORD>(0, 1'500)(random));
             client.Kill();
         }
-        if (UseOnThread().get() == 0) continue;
+        if (const Got got = OnThread(UseQuill).get(); !got.error.empty()) {
+            Fail(got.error);
+            ++failures;
+            continue;
+        }
         const bench::Handle process = server.Process();
         if (!process || WaitForSingleObject(process.get(), 2'000) == WAIT_OBJECT_0) {
             ++ended;
@@ -233,7 +325,7 @@ void Kills(int rounds)
     std::printf(
         "%d clients killed while the server started or ended: %d failures; %d servers ended "
         "by themselves, %d kept what the killed ones held\n",
-        rounds, failures, ended, rounds - ended);
+        rounds, failures, ended, rounds - ended - failures);
 }
 
 } // namespace
@@ -255,6 +347,8 @@ int wmain(int count, wchar_t** arguments)
             Races(rounds, 1);
         else if (mode == L"crowds")
             Races(rounds, 4);
+        else if (mode == L"control")
+            Control(rounds, 1);
         else if (mode == L"kills")
             Kills(rounds);
         else
@@ -265,5 +359,5 @@ int wmain(int count, wchar_t** arguments)
         Fail(error.what());
     }
     CoUninitialize();
-    return failures == 0 ? 0 : 1;
+    return failed ? 1 : 0;
 }
