@@ -3,6 +3,8 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
+#include <algorithm>
+#include <span>
 #include <vector>
 
 namespace quill::fuzz {
@@ -24,8 +26,11 @@ struct SystemHandles {
     SystemHandle handles[1];
 };
 
-long CountHandles(DWORD process)
+void CountHandles(DWORD process, Usage& usage)
 {
+    HKEY opened = nullptr;
+    RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, &opened);
+    const Owned<HKEY, RegCloseKey> key(opened); // what a key looks like in the table
     using Query = LONG WINAPI(ULONG, void*, ULONG, ULONG*);
     const auto query = FindSystemFunction<Query>(L"ntdll.dll", "NtQuerySystemInformation");
     std::vector<BYTE> buffer(1 << 16);
@@ -36,12 +41,18 @@ long CountHandles(DWORD process)
     while ((status = query(kHandles, buffer.data(), static_cast<ULONG>(buffer.size()), &needed)) ==
            kTooShort)
         buffer.resize(buffer.size() * 2);
-    if (status != 0) return -1;
+    if (status != 0) return;
     const auto& table = *reinterpret_cast<const SystemHandles*>(buffer.data());
-    long count = 0;
-    for (ULONG index = 0; index < table.count; ++index)
-        if (table.handles[index].process == static_cast<USHORT>(process)) ++count;
-    return count;
+    const std::span<const SystemHandle> handles(table.handles, table.count);
+    const auto isKey = [&](const SystemHandle& handle) {
+        return handle.process == static_cast<USHORT>(GetCurrentProcessId()) &&
+               handle.handle == static_cast<USHORT>(reinterpret_cast<ULONG_PTR>(opened));
+    };
+    const auto known = std::ranges::find_if(handles, isKey);
+    for (const SystemHandle& handle : handles)
+        if (handle.process == static_cast<USHORT>(process))
+            ++(known != handles.end() && handle.type == known->type ? usage.keys : usage.handles);
+    if (process == GetCurrentProcessId()) --usage.keys; // the one above
 }
 
 struct WindowCount {
@@ -114,15 +125,20 @@ long CountThreads(DWORD process)
 
 void CountHeaps(Usage& usage)
 {
+    usage.account = Balance();
+    const auto& [own, task, refused] = usage.account;
+    usage.rest = {-own.blocks - task.blocks - refused.blocks,
+                  -own.bytes - task.bytes - refused.bytes};
     std::vector<HANDLE> heaps(64);
     heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
     for (HANDLE heap : heaps) {
+        if (heap == LedgerHeap()) continue;
         HeapLock(heap);
         PROCESS_HEAP_ENTRY entry{};
         while (HeapWalk(heap, &entry)) {
             if (!(entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)) continue;
-            ++usage.heapBlocks;
-            usage.heapBytes += static_cast<long>(entry.cbData);
+            ++usage.rest.blocks;
+            usage.rest.bytes += static_cast<long>(entry.cbData);
         }
         HeapUnlock(heap);
     }
@@ -133,7 +149,7 @@ void CountHeaps(Usage& usage)
 Usage UsageOf(DWORD process)
 {
     Usage usage;
-    usage.handles = CountHandles(process);
+    CountHandles(process, usage);
     usage.windows = CountWindows(process);
     usage.threads = CountThreads(process);
     const Owned<HANDLE, CloseHandle> opened(
