@@ -185,9 +185,7 @@ private:
                 CoAddRefServerProcess();
                 return;
             }
-            closed_ = true;
-            for (ClassObject& object : classes_)
-                object.Revoke();
+            TurnAwayNewClients();
             // A client that came in just before still gets its object; the server ends after it.
             SetTimer(window_, kTimer, kLateMilliseconds, nullptr);
             return;
@@ -199,10 +197,18 @@ private:
         PostQuitMessage(0);
     }
 
+    void TurnAwayNewClients() noexcept
+    {
+        closed_ = true;
+        for (ClassObject& object : classes_)
+            object.Revoke();
+    }
+
     // The system ends the process any time after this: what is open ends before. A script gets
     // the answer of a user who cancelled.
     void EndWithSession() noexcept
     {
+        TurnAwayNewClients();
         // Somebody hangs whom a call of ours waits for. What is left goes with the process.
         if (!pool_.Close(kSessionEndMilliseconds)) TerminateProcess(GetCurrentProcess(), 1);
         PostQuitMessage(0);

@@ -245,11 +245,25 @@ TEST_F(RunningServer, SurvivesKilledClients)
     }
 }
 
+Event ServerProcess()
+{
+    const auto id = static_cast<DWORD>(Remote(L"Me").Get(L"ProcessID").Number());
+    Event process(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id));
+    if (!process) throw std::runtime_error("the server's process could not be opened");
+    return process;
+}
+
+DWORD ExitCode(const Event& process)
+{
+    DWORD code = STILL_ACTIVE;
+    WaitForSingleObject(process.get(), 10'000);
+    GetExitCodeProcess(process.get(), &code);
+    return code;
+}
+
 TEST_F(RunningServer, EndsWithTheSession)
 {
-    const Event process(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE,
-                                    static_cast<DWORD>(Remote(L"Me").Get(L"ProcessID").Number())));
-    ASSERT_TRUE(process);
+    const Event process = ServerProcess();
     std::deque<Script> scripts;
     for (const Waiting& kind : kWaiting)
         scripts.emplace_back(kind, L"open " + std::wstring(kind.name)).WaitUntilOpen(desk_);
@@ -295,13 +309,25 @@ TEST_F(RunningServer, EndsWithTheSession)
         EXPECT_FALSE(IsWindow(window) && IsWindowVisible(window)) << Narrow(Desk::ClassOf(window));
     for (const Script& script : scripts)
         EXPECT_TRUE(script.Returned(2'000));
-    EXPECT_EQ(WaitForSingleObject(process.get(), 5'000), DWORD{WAIT_OBJECT_0});
-    DWORD code = STILL_ACTIVE;
-    GetExitCodeProcess(process.get(), &code);
-    EXPECT_EQ(code, 0u) << "a thread did not end";
+    EXPECT_EQ(ExitCode(process), 0u) << "a thread did not end";
     std::ifstream written(std::filesystem::path(folder.Path(L"data")), std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "written");
 
+    EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1) << "the next client has a new server";
+}
+
+// The system would end it after five seconds.
+TEST_F(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
+{
+    const Event process = ServerProcess();
+    const Client client(L"event");
+    ASSERT_TRUE(client.Ready());
+    const ULONGLONG begin = GetTickCount64();
+    SendMessageTimeoutW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0, SMTO_NORMAL,
+                        10'000, nullptr);
+    EXPECT_EQ(ExitCode(process), 1u);
+    EXPECT_LT(GetTickCount64() - begin, 5'000u);
+    client.Kill();
     EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1) << "the next client has a new server";
 }
 
