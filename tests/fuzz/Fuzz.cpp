@@ -4,6 +4,8 @@
 //
 //     fuzz [--calls N] [--seed N] [--class NAME] [--server] [--trace] [--leaks]
 //
+// With File, its BinFile is called, too. --leaks tells what was left behind by which call.
+//
 // The classes run in this program, built with checks for undefined behaviour that trap; with
 // --server they run in the registered server. The same seed makes the same calls. What a user does
 // meanwhile, and calls that come in while a dialog is open, depend on time, too.
@@ -218,6 +220,14 @@ struct Live {
     std::vector<ComPtr<IDispatch>> objects;
 };
 
+// What is held at a moment of the run, and what had happened until then.
+struct Checkpoint {
+    Usage usage;
+    unsigned long page = 0; // of the ledger
+    long refused = 0;       // calls
+    long fileDialogs = 0;   // that were asked for
+};
+
 class Fuzzer {
 public:
     Fuzzer() : random_(options.seed), classes_(ReadClasses())
@@ -226,6 +236,11 @@ public:
             live_.push_back({&type, {}});
         for (const Class& type : classes_)
             members_ += static_cast<long>(type.members.size());
+        const auto published = [](const Class& type) {
+            return type.row && (options.onlyClass.empty() || type.name == options.onlyClass);
+        };
+        if (std::ranges::none_of(classes_, published))
+            throw std::invalid_argument("no published class has this name");
         folder_ = folder_of_run_.Path(L"1\\2\\3\\4");
         std::filesystem::create_directories(folder_);
         SetCurrentDirectoryW(folder_.c_str());
@@ -250,7 +265,10 @@ private:
     void OnTick();
     static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD) { fuzzer_->OnTick(); }
     ComPtr<IDispatch> Make(const Class& type);
-    Usage Rest();
+    Checkpoint Rest();
+    void Print(const Checkpoint& now) const;
+    static bool HasGrown(const Checkpoint& before, const Checkpoint& after);
+    ComPtr<IDispatch> HoldServer();
     const Class* ClassOf(IDispatch* object) const;
     Live& PickLive(Random& random);
     std::vector<ComPtr<IDispatch>> SomeObjects() const;
@@ -625,106 +643,122 @@ void Fuzzer::Session(std::uint64_t end)
 }
 
 // What is held when nothing is used.
-Usage Fuzzer::Rest()
+Checkpoint Fuzzer::Rest()
 {
     FillFolder();
     for (int round = 0; round < 20; ++round)
         WaitForMessages(15);
-    return UsageOf(process_);
+    return {UsageOf(process_), LedgerPage(), refused_, fileDialogs_};
+}
+
+void Fuzzer::Print(const Checkpoint& now) const
+{
+    const Usage& usage = now.usage;
+    const auto& [own, task, refused] = usage.account;
+    std::printf("%9llu %8ld %5ld %8ld %6ld %6ld %8ld %8ld %8ld %8ld %8ld %10ld\n", currentNumber,
+                usage.handles, usage.keys, usage.windows, usage.menus, usage.gdiObjects,
+                usage.threads, own.blocks, task.blocks, refused.blocks, usage.rest.blocks,
+                usage.privateBytes);
+    std::fflush(stdout);
+}
+
+bool Fuzzer::HasGrown(const Checkpoint& before, const Checkpoint& after)
+{
+    const Usage& warm = before.usage;
+    const Usage& now = after.usage;
+    const auto grown = [&](Held Account::*owner) {
+        return (now.account.*owner).bytes - (warm.account.*owner).bytes;
+    };
+    std::printf("fuzz: bytes since half-way: own %+ld, task %+ld, refused %+ld, rest %+ld\n",
+                grown(&Account::own), grown(&Account::task), grown(&Account::refused),
+                now.rest.bytes - warm.rest.bytes);
+    bool found = false;
+    const auto compare = [&](const char* what, long from, long to, long allowed) {
+        if (to - from <= allowed) return;
+        std::printf("fuzz: FAILED: %s grew from %ld to %ld\n", what, from, to);
+        found = true;
+    };
+    const auto inThousand = [](long count) {
+        return static_cast<long>(options.calls) * count / 1000;
+    };
+    compare("windows", warm.windows, now.windows, 0);
+    compare("menus", warm.menus, now.menus, 0);
+    compare("threads", warm.threads, now.threads, 2);
+    // In a long run caches still grow by a few.
+    const long caches = static_cast<long>(options.calls) / 10'000;
+    compare("own blocks", warm.account.own.blocks, now.account.own.blocks, caches);
+    compare("task blocks", warm.account.task.blocks, now.account.task.blocks, caches);
+    // Until each dialog was shown in each of its forms, the platform is still loading.
+    if (options.calls < (options.server ? 20'000 : 100'000)) return found;
+    // Wine's file dialog keeps one each time in a new prefix.
+    compare("keys", warm.keys, now.keys, after.fileDialogs - before.fileDialogs + 8);
+    if (options.server) {
+        // Objects of the script that came with calls which the platform refused stay there.
+        compare("handles", warm.handles, now.handles, (after.refused - before.refused) / 20);
+        return found;
+    }
+    compare("handles", warm.handles, now.handles, 8);
+    // An icon that is shown for the first time stays with its three bitmaps.
+    compare("GDI objects", warm.gdiObjects, now.gdiObjects, 48);
+    // Each label under Wine leaves a block of 12 bytes.
+    compare("other blocks", warm.rest.blocks, now.rest.blocks, inThousand(10));
+    compare("other bytes", warm.rest.bytes, now.rest.bytes, 500'000);
+    return found;
+}
+
+// Keeps the server, and knows its process.
+ComPtr<IDispatch> Fuzzer::HoldServer()
+{
+    ComPtr<IDispatch> me;
+    for (const Class& type : classes_)
+        if (type.name == L"Me") {
+            me = Make(type);
+            for (const Member& member : type.members)
+                if (member.name == L"ProcessID") {
+                    const Variant id = Read(me.Get(), member);
+                    process_ = static_cast<DWORD>(V_I4(&id));
+                }
+        }
+    server_.reset(OpenProcess(SYNCHRONIZE, FALSE, process_));
+    return me;
 }
 
 bool Fuzzer::Run()
 {
     fuzzer_ = this;
-    ComPtr<IDispatch> me; // keeps the server
-    if (options.server) {
-        for (const Class& type : classes_)
-            if (type.name == L"Me") {
-                me = Make(type);
-                for (const Member& member : type.members)
-                    if (member.name == L"ProcessID") {
-                        const Variant id = Read(me.Get(), member);
-                        process_ = static_cast<DWORD>(V_I4(&id));
-                    }
-            }
-        server_.reset(OpenProcess(SYNCHRONIZE, FALSE, process_));
-    }
+    const ComPtr<IDispatch> me = options.server ? HoldServer() : nullptr;
     companion_ = std::make_unique<Companion>(process_, kLongestCall, Fail);
     const UINT_PTR timer = options.server ? 0 : SetTimer(nullptr, 0, 20, Tick);
+    calls.reserve(static_cast<size_t>(2 * options.calls)); // nested ones, too
     std::printf("fuzz: seed %llu, %llu calls, %u classes, %ld members, %s\n", options.seed,
                 options.calls, static_cast<unsigned>(classes_.size()), members_,
                 options.server ? "in the server" : "in this process");
     std::printf("%9s %8s %5s %8s %6s %6s %8s %8s %8s %8s %8s %10s\n", "calls", "handles", "keys",
                 "windows", "menus", "gdi", "threads", "own", "task", "refused", "rest", "private");
-    calls.reserve(static_cast<size_t>(2 * options.calls)); // nested ones, too
     const ULONGLONG begin = GetTickCount64();
-    unsigned long page = 0;
-    long fileDialogs = 0;
-    Usage warm;
-    Usage now;
+    Checkpoint warm;
+    Checkpoint now;
     for (int checkpoint = 1; checkpoint <= kCheckpoints; ++checkpoint) {
         const std::uint64_t end = options.calls * static_cast<unsigned>(checkpoint) / kCheckpoints;
         while (currentNumber < end)
             Session(end);
         now = Rest();
-        const auto& [own, task, refused] = now.account;
-        std::printf("%9llu %8ld %5ld %8ld %6ld %6ld %8ld %8ld %8ld %8ld %8ld %10ld\n",
-                    currentNumber, now.handles, now.keys, now.windows, now.menus, now.gdiObjects,
-                    now.threads, own.blocks, task.blocks, refused.blocks, now.rest.blocks,
-                    now.privateBytes);
-        std::fflush(stdout);
-        if (checkpoint == kCheckpoints / 2) {
-            warm = now;
-            page = LedgerPage();
-            fileDialogs = fileDialogs_;
-        }
+        Print(now);
+        if (checkpoint == kCheckpoints / 2) warm = now;
     }
-    const auto& [own, task, refused] = now.account;
-    std::printf(
-        "fuzz: bytes: own %ld, task %ld, refused %ld, rest %ld; since half-way own %+ld, task "
-        "%+ld, refused %+ld, rest %+ld\n",
-        own.bytes, task.bytes, refused.bytes, now.rest.bytes, own.bytes - warm.account.own.bytes,
-        task.bytes - warm.account.task.bytes, refused.bytes - warm.account.refused.bytes,
-        now.rest.bytes - warm.rest.bytes);
-    if (options.leaks) PrintHeld(page, NameOfCall);
     const double seconds = static_cast<double>(GetTickCount64() - begin) / 1000;
     if (timer) KillTimer(nullptr, timer);
     std::printf("fuzz: %.0f s, %.0f calls/s; %ld succeeded, %ld raised an error, %ld were refused, "
                 "%ld inside others, %ld windows closed\n",
                 seconds, static_cast<double>(currentNumber) / seconds, succeeded_, raised_,
                 refused_, nested_, companion_->Closed());
+    if (options.leaks) PrintHeld(warm.page, NameOfCall);
     companion_.reset();
-
     if (options.server && WaitForSingleObject(server_.get(), 0) == WAIT_OBJECT_0) {
         std::puts("fuzz: FAILED: the server has ended");
         return false;
     }
-    bool grown = false;
-    const auto compare = [&](const char* what, long before, long after, long allowed) {
-        if (after - before <= allowed) return;
-        std::printf("fuzz: FAILED: %s grew from %ld to %ld\n", what, before, after);
-        grown = true;
-    };
-    compare("windows", warm.windows, now.windows, 0);
-    compare("menus", warm.menus, now.menus, 0);
-    compare("threads", warm.threads, now.threads, 2);
-    // In a long run caches still grow by a few.
-    const auto caches = static_cast<long>(options.calls / 10'000);
-    compare("own blocks", warm.account.own.blocks, now.account.own.blocks, caches);
-    compare("task blocks", warm.account.task.blocks, now.account.task.blocks, caches);
-    // Until each dialog was shown in each of its forms, the platform is still loading. In a server,
-    // objects of the script add handles and proxies that are not accounted for here.
-    if (options.calls < 100'000 || options.server) return !grown;
-    compare("handles", warm.handles, now.handles, 8);
-    // Wine's file dialog keeps one each time, unless its prefix has seen much use.
-    compare("keys", warm.keys, now.keys, fileDialogs_ - fileDialogs + 8);
-    // An icon that is shown for the first time stays with its three bitmaps.
-    compare("GDI objects", warm.gdiObjects, now.gdiObjects, 48);
-    // Each label under Wine leaves a block of 12 bytes.
-    compare("other blocks", warm.rest.blocks, now.rest.blocks,
-            static_cast<long>(options.calls / 60));
-    compare("other bytes", warm.rest.bytes, now.rest.bytes, 500'000);
-    return !grown;
+    return !HasGrown(warm, now);
 }
 
 bool Parse(int count, wchar_t** arguments)
