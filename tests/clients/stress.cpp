@@ -7,7 +7,7 @@
 //     objects   10,000 objects at once, several times
 //     races     clients that come, one by one, while the server ends
 //     crowds    the same, four at once
-//     control   as races, of the bare server
+//     control   as races, of the bare server; which arguments of calls to it stay
 //     kills     clients that are killed while the server starts or ends
 //
 // The exit code is 1 when a client failed or something grew.
@@ -20,6 +20,7 @@
 #include "../bench/server.h"
 #include "clients/Remote.h"
 #include "core/Catalogue.h"
+#include "support/CountedDispatch.h"
 
 namespace quill::test {
 namespace {
@@ -283,11 +284,79 @@ void Races(int rounds, int clientsAtOnce)
     if (!raced.errors.empty()) Fail("a client got no object");
 }
 
-// The same with the bare server, to see what the platform does to its clients.
-void Control(int rounds, int clientsAtOnce)
+class Passed final : public CountedDispatch {
+public:
+    static inline std::atomic<long> live{0};
+
+    Passed() { ++live; }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                        UINT*) noexcept override
+    {
+        return DISP_E_MEMBERNOTFOUND;
+    }
+
+private:
+    ~Passed() override { --live; }
+};
+
+Variant NewObject()
 {
-    const Registered server(L"bare.exe", L" 20");
-    Race(rounds, clientsAtOnce, UseBare);
+    return Variant(new Passed);
+}
+
+// Ten objects, in an array of objects or of Variants.
+Variant TenObjects(VARTYPE type)
+{
+    Array array = MakeArray(type, 10);
+    for (size_t index = 0; index < 10; ++index) {
+        const VARIANT object = NewObject().Detach();
+        if (type == VT_DISPATCH)
+            DataOf<IDispatch*>(*array)[index] = V_DISPATCH(&object);
+        else
+            DataOf<VARIANT>(*array)[index] = object;
+    }
+    return Variant(std::move(array));
+}
+
+// Calls the bare server, which keeps nothing, and tells how many objects of the calls stay.
+void PrintKept(const char* what, Variant (*bytes)(), Variant (*count)())
+{
+    constexpr int kCalls = 20;
+    const ScriptObject keeper = ObjectOf(L"QuillBench.Bare"); // an ended server keeps nothing
+    const long before = Passed::live;
+    const char* outcome = "taken";
+    {
+        ScriptObject bare = ObjectOf(L"QuillBench.Bare");
+        for (int call = 0; call < kCalls; ++call) {
+            try {
+                bare.Call(L"Take", bytes(), count());
+            } catch (const ScriptError&) {
+                outcome = "refused";
+            }
+        }
+    }
+    for (int round = 0; round < 40 && Passed::live != before; ++round)
+        Sleep(25); // the last releases are on their way
+    std::printf("  %d times %s, %s: %ld objects stay\n", kCalls, what, outcome,
+                Passed::live - before);
+}
+
+// The same with the bare server, to see what the platform does to its clients, and what it keeps of
+// arguments.
+void Control(int rounds)
+{
+    {
+        const Registered server(L"bare.exe", L" 20");
+        Race(rounds, 1, UseBare);
+    }
+    const Registered server(L"bare.exe", L"");
+    const auto one = [] { return Variant(LONG{1}); };
+    PrintKept("an object", NewObject, one);
+    PrintKept(
+        "an array of ten Variants that are objects", [] { return TenObjects(VT_VARIANT); }, one);
+    PrintKept(
+        "an array of ten objects", [] { return TenObjects(VT_DISPATCH); }, one);
+    PrintKept("an object, and another for a number", NewObject, NewObject);
 }
 
 // Clients are killed between the first step of their first creation and the end of their last
@@ -348,7 +417,7 @@ int wmain(int count, wchar_t** arguments)
         else if (mode == L"crowds")
             Races(rounds, 4);
         else if (mode == L"control")
-            Control(rounds, 1);
+            Control(rounds);
         else if (mode == L"kills")
             Kills(rounds);
         else
