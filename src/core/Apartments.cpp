@@ -106,19 +106,17 @@ ApartmentPool::ApartmentPool() = default;
 
 ApartmentPool::~ApartmentPool()
 {
-    Close(INFINITE);
+    Close();
 }
 
-bool ApartmentPool::Close(DWORD milliseconds) noexcept
+void ApartmentPool::Close() noexcept
 {
     if (!std::exchange(closed_, true))
         for (const auto& apartment : apartments_)
             if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
     // Their windows and ours send each other messages while they go.
-    const Deadline deadline(milliseconds);
-    return std::ranges::all_of(apartments_, [&](const auto& apartment) {
-        return !apartment || WaitForEvent(apartment->ended.get(), deadline.Left());
-    });
+    for (const auto& apartment : apartments_)
+        if (apartment) WaitForEvent(apartment->ended.get());
 }
 
 ApartmentPool::Apartment& ApartmentPool::Choose()

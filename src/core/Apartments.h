@@ -27,8 +27,8 @@ public:
     HRESULT Create(const CatalogueRow& row, REFIID id, void** object) noexcept;
 
     // Ends the threads and with them all waits, as if cancelled, and the objects that are left.
-    // Creations fail from now on. False when a thread did not end in time.
-    bool Close(DWORD milliseconds) noexcept;
+    // Creations fail from now on.
+    void Close() noexcept;
 
 private:
     struct Apartment;

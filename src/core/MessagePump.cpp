@@ -42,16 +42,12 @@ bool WaitForMessages(DWORD milliseconds, HANDLE event)
     return woken == WAIT_TIMEOUT || DispatchPending();
 }
 
-bool WaitForEvent(HANDLE event, DWORD milliseconds)
+void WaitForEvent(HANDLE event)
 {
-    const Deadline deadline(milliseconds);
-    for (;;) {
-        const DWORD woken = MsgWaitForMultipleObjectsEx(1, &event, deadline.Left(), QS_SENDMESSAGE,
-                                                        MWMO_INPUTAVAILABLE);
-        if (woken != WAIT_OBJECT_0 + 1) return woken == WAIT_OBJECT_0;
-        MSG message;
+    MSG message;
+    while (MsgWaitForMultipleObjectsEx(1, &event, INFINITE, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE) ==
+           WAIT_OBJECT_0 + 1)
         PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
-    }
 }
 
 int RunMessageLoop()

@@ -20,26 +20,8 @@ bool DispatchPending();
 // `milliseconds`, and dispatches what is there. False when the thread is to end.
 bool WaitForMessages(DWORD milliseconds, HANDLE event = nullptr);
 
-// What is left of a time that begins with the object; INFINITE has no end. In milliseconds.
-class Deadline {
-public:
-    explicit Deadline(DWORD milliseconds) noexcept : time_(milliseconds) {}
-
-    DWORD Left() const noexcept
-    {
-        if (time_ == INFINITE) return INFINITE;
-        const ULONGLONG waited = GetTickCount64() - begin_;
-        return waited < time_ ? static_cast<DWORD>(time_ - waited) : 0;
-    }
-
-private:
-    const DWORD time_;
-    const ULONGLONG begin_ = GetTickCount64();
-};
-
-// Waits for the event, serving messages that are sent, but none that is posted. False when it was
-// not set in time.
-bool WaitForEvent(HANDLE event, DWORD milliseconds);
+// Waits for the event, serving messages that are sent, but none that is posted.
+void WaitForEvent(HANDLE event);
 
 // Pumps until WM_QUIT. Returns its exit code.
 int RunMessageLoop();

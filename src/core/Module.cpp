@@ -12,8 +12,9 @@ namespace quill {
 
 namespace {
 
-// The system gives a program five seconds to end with the session.
-constexpr DWORD kSessionEndMilliseconds = 4'000;
+// The most that the end of the server may take; the system gives a program five seconds to end with
+// the session.
+constexpr DWORD kEndMilliseconds = 4'000;
 
 // How long a client may take from finding a class object to asking it for an object.
 constexpr UINT kLateMilliseconds = 500;
@@ -143,6 +144,7 @@ public:
         mainWindow = window_;
         Check(CoResumeClassObjects());
         const int exitCode = RunMessageLoop();
+        EndSoon();
         mainWindow = nullptr;
         for (ClassObject& object : classes_)
             object.Disconnect();
@@ -208,11 +210,21 @@ private:
     // the answer of a user who cancelled.
     void EndWithSession() noexcept
     {
+        EndSoon();
         TurnAwayNewClients();
-        // Somebody hangs whom a call of ours waits for. What is left goes with the process.
-        if (!pool_.Close(kSessionEndMilliseconds)) TerminateProcess(GetCurrentProcess(), 1);
+        pool_.Close();
         PostQuitMessage(0);
     }
+
+    // Whoever hangs while the server ends, be it a client that a call of ours waits for: what is
+    // left after a while goes with the process.
+    static void EndSoon() noexcept
+    {
+        HANDLE timer;
+        CreateTimerQueueTimer(&timer, nullptr, EndNow, nullptr, kEndMilliseconds, 0,
+                              WT_EXECUTEONLYONCE);
+    }
+    static void CALLBACK EndNow(void*, BOOLEAN) { TerminateProcess(GetCurrentProcess(), 1); }
 
     bool HasClients() const noexcept
     {
