@@ -17,7 +17,7 @@ namespace {
 // accesses that they offer behind their type.
 constexpr char kContract[] = R"(
 _BinFile
-  1 BRead(vdata VARIANT*, [numbytes I4 = 0], [vtype I4 = 0]) BOOL
+  1 BRead(out vdata VARIANT*, [numbytes I4 = 0], [vtype I4 = 0]) BOOL
   2 BWrite(vdata VARIANT*, [numbytes I4 = 0]) BOOL
   3 BTrim() BOOL
   4 BFlush()
@@ -216,7 +216,7 @@ _DTPick
   3 Info BSTR get put
   4 Title BSTR get put
   5 Topmost BOOL get put
-  6 Selection(vdt VARIANT*) BOOL
+  6 Selection(out vdt VARIANT*) BOOL
 _Registry
   1 Access64 I4 get put
   2 Continue I4 get put
@@ -225,7 +225,7 @@ _Registry
   5 ErrorCode I4 get
   6 ItemType I4 get put
   7 KeyLevels I4 get put
-  8 GetItems(sPath BSTR, vItems VARIANT*) I4
+  8 GetItems(sPath BSTR, out vItems VARIANT*) I4
   9 Search(sItem BSTR, sPath BSTR) BSTR
   10 RegRead(sItem BSTR, [sVal BSTR = ""]) VARIANT
   11 RegRead1(sItem BSTR, [sVal BSTR = ""]) VARIANT
@@ -338,7 +338,7 @@ _MInputBox
   34 InpLabelColor VARIANT get put
   35 InpTextColor VARIANT get put
   36 InputS([prompt BSTR = ""], [Title BSTR = ""], [default BSTR = ""]) BSTR
-  37 InputM(vinp VARIANT*) BOOL
+  37 InputM(out vinp VARIANT*) BOOL
 _Notice
   1 Add() BOOL
   2 ChangeIcon() BOOL
@@ -390,7 +390,7 @@ __Clock
 
 constexpr char kEnumerations[] = R"(
 NetworkStatus NetSetupUnknownStatus=0 NetSetupUnjoined=1 NetSetupWorkgroupName=2 NetSetupDomainName=3
-ComputerNameFormat ComputerNameNetBIOS=0 ComputerNameDnsHostname=1 ComputerNameDnsDomain=2 ComputerNameDnsFullyQualified=3 ComputerNamePhysicalNetBIOS=4 ComputerNamePhysicalDnsHostname=5
+ComputerNameFormat ComputerNameNetBIOS=0 ComputerNameDnsHostname=1 ComputerNameDnsDomain=2 ComputerNameDnsFullyQualified=3 ComputerNamePhysicalNetBIOS=4 ComputerNamePhysicalDnsHostname=5 ComputerNamePhysicalDnsDomain=6 ComputerNamePhysicalDnsFullyQualified=7
 )";
 
 // Published classes that scripts get from other objects only.
@@ -452,13 +452,15 @@ std::string Parameters(ITypeInfo* info, const FUNCDESC& function)
     std::string text;
     for (SHORT index = 0; index < function.cParams; ++index) {
         const ELEMDESC& parameter = function.lprgelemdescParam[index];
-        const bool optional = parameter.paramdesc.wParamFlags & PARAMFLAG_FOPT;
+        const USHORT flags = parameter.paramdesc.wParamFlags;
+        const bool optional = flags & PARAMFLAG_FOPT;
         const auto name = static_cast<UINT>(index) + 1;
         if (name >= count) break; // the value of a put has no name
         if (!text.empty()) text += ", ";
         if (optional) text += '[';
+        if (flags & PARAMFLAG_FOUT) text += "out ";
         text += Narrow(names[name]) + ' ' + TypeName(info, parameter.tdesc);
-        if (parameter.paramdesc.wParamFlags & PARAMFLAG_FHASDEFAULT)
+        if (flags & PARAMFLAG_FHASDEFAULT)
             text += " = " + DefaultText(parameter.paramdesc.pparamdescex->varDefaultValue);
         if (optional) text += ']';
     }
