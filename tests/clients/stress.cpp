@@ -153,7 +153,7 @@ void Objects()
 {
     constexpr int kCount = 10'000;
     constexpr int kRounds = 2;
-    for (const wchar_t* name : {L"Profile", L"List"}) {
+    for (const wchar_t* name : {L"DateTime", L"List"}) {
         Watch watch;
         std::optional<double> before;
         for (int round = 0; round < kRounds; ++round) {
