@@ -30,7 +30,7 @@ IDispatch* Create<::DTPick>()
 bool DTPick::Choose(VARIANT& date)
 {
     if (open_ || IsArrayByReference(date)) return false;
-    const OpenMark mark(open_);
+    const FlagScope open(open_);
     DialogSettings settings = settings_; // a call that comes in meanwhile may change them
     settings.dlgCancelEsc = true;
     std::optional<DATE> chosen;

@@ -16,18 +16,6 @@ struct DialogSettings {
     bool dlgCancelEsc = false;
 };
 
-// Says that a dialog of an object is open, for those of which there is one at a time.
-class OpenMark {
-public:
-    explicit OpenMark(bool& open) noexcept : open_(open) { open_ = true; }
-    ~OpenMark() { open_ = false; }
-    OpenMark(const OpenMark&) = delete;
-    OpenMark& operator=(const OpenMark&) = delete;
-
-private:
-    bool& open_;
-};
-
 // The properties of every selection dialog: Topmost, Info (cut to `InfoLimit` characters) and
 // ButtonText. The mixins below add the others to the dialogs that have them.
 template <class Interface, size_t InfoLimit>

@@ -33,7 +33,7 @@ IDispatch* Create<::DriveList>()
 std::wstring DriveList::Choose(const std::wstring& preselected, const std::wstring& title)
 {
     if (open_) return {};
-    const OpenMark mark(open_);
+    const FlagScope open(open_);
     const DialogSettings settings = settings_; // a call that comes in meanwhile may change them
     std::wstring chosen =
         frmDrives(settings).List(DriveOf(preselected), title, [this] { return ClientsGone(); });

@@ -87,6 +87,15 @@ std::wstring TextOf(HWND window)
     return text;
 }
 
+UINT HearShell(HWND window, const wchar_t* name)
+{
+    const UINT message = RegisterWindowMessageW(name);
+    static const auto changeFilter = FindSystemFunction<decltype(ChangeWindowMessageFilterEx)>(
+        L"user32.dll", "ChangeWindowMessageFilterEx");
+    if (changeFilter) changeFilter(window, message, MSGFLT_ALLOW, nullptr);
+    return message;
+}
+
 bool WaitStep()
 {
     return WaitForMessages(55);

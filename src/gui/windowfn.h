@@ -38,6 +38,11 @@ void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh);
 // The caption of a window, the text of a control.
 std::wstring TextOf(HWND window);
 
+// The number of a message that the shell sends under this name (RegisterWindowMessage), let through
+// to the window of a server that runs with higher rights than the shell
+// (ChangeWindowMessageFilterEx).
+UINT HearShell(HWND window, const wchar_t* name);
+
 // One round of the wait for a form to close: dispatches all messages, then sleeps for at most 55
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();

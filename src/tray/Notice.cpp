@@ -51,18 +51,6 @@ std::vector<std::wstring> MenuTexts(const VARIANT& menu)
     return texts;
 }
 
-// Sets a flag for as long as it lives.
-class Flag {
-public:
-    explicit Flag(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-    ~Flag() { flag_ = false; }
-    Flag(const Flag&) = delete;
-    Flag& operator=(const Flag&) = delete;
-
-private:
-    bool& flag_;
-};
-
 } // namespace
 
 template <>
@@ -109,6 +97,12 @@ bool Notice::LoadOtherIcon()
     trayIconLarge_ = traySource_.Large();
     trayIcon_ = std::move(icon);
     return ChangeTrayIcon(place_, trayIcon_.get());
+}
+
+// After a crash of the shell the icon is gone; where only the resolution has changed, it stays.
+void Notice::OnNewTaskbar()
+{
+    added_ = added_ && ChangeTrayIcon(place_, trayIcon_.get());
 }
 
 void Notice::TakeAway()
@@ -207,7 +201,7 @@ int Notice::ShowMenu(POINT screen)
 {
     const Foreground& foreground = ForegroundOfThread();
     const HWND before = foreground.get();
-    const Flag open(menuOpen_);
+    const FlagScope open(menuOpen_);
     const std::vector<std::wstring> texts = menuTexts_; // a script may set others meanwhile
     const int chosen = ChooseFromMenu(form_.Window(), texts, screen);
     // The keyboard must not stay with a window that nobody sees.
@@ -220,7 +214,7 @@ template <class Tell>
 void Notice::Report(Tell&& tell)
 {
     if (busy_) return;
-    const Flag busy(busy_);
+    const FlagScope busy(busy_);
     tell();
     DispatchPending();
 }

@@ -79,10 +79,10 @@ public:
     // choose for.
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD reserved, BOOL last) noexcept override;
 
-    // From the hook: a notification code of the icon and where it happened, in screen pixels; and a
-    // taskbar that is new, without our icon.
+    // From the hook: a notification code of the icon and where it happened, in screen pixels; and
+    // that a taskbar was made.
     void OnIcon(UINT code, POINT screen);
-    void OnNewTaskbar() noexcept { added_ = false; }
+    void OnNewTaskbar();
 
     void TakeAway();
 

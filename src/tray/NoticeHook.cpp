@@ -3,6 +3,7 @@
 #include <windowsx.h>
 
 #include "gui/MessageHook.h"
+#include "gui/windowfn.h"
 #include "tray/Notice.h"
 
 namespace quill {
@@ -34,21 +35,11 @@ LRESULT CALLBACK NoticeHook(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     return result;
 }
 
-// Lets a message of the shell reach the window of a server that runs with higher rights.
-void AllowMessage(HWND window, UINT message) noexcept
-{
-    static const auto changeFilter = FindSystemFunction<decltype(ChangeWindowMessageFilterEx)>(
-        L"user32.dll", "ChangeWindowMessageFilterEx");
-    if (changeFilter) changeFilter(window, message, MSGFLT_ALLOW, nullptr);
-}
-
 } // namespace
 
 bool InstallNoticeHook(HWND window, Notice& notice) noexcept
 {
-    const UINT taskbarCreated = RegisterWindowMessageW(L"TaskbarCreated");
-    AllowMessage(window, taskbarCreated);
-    return InstallHook(window, &notice, NoticeHook, taskbarCreated);
+    return InstallHook(window, &notice, NoticeHook, HearShell(window, L"TaskbarCreated"));
 }
 
 void RemoveNoticeHook(HWND window, Notice& notice) noexcept

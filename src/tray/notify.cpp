@@ -63,23 +63,24 @@ bool AddTrayIcon(const TrayPlace& place, HICON icon, const std::wstring& tip)
     return true;
 }
 
+// Each change says anew that the tip is to be shown; without that the shell hides it.
 bool ChangeTrayIcon(const TrayPlace& place, HICON icon)
 {
-    NOTIFYICONDATAW record = MakeRecord(place, NIF_ICON);
+    NOTIFYICONDATAW record = MakeRecord(place, NIF_ICON | NIF_SHOWTIP);
     record.hIcon = icon;
     return Send(NIM_MODIFY, record);
 }
 
 bool ChangeTrayTip(const TrayPlace& place, const std::wstring& tip)
 {
-    NOTIFYICONDATAW record = MakeRecord(place, NIF_TIP);
+    NOTIFYICONDATAW record = MakeRecord(place, NIF_TIP | NIF_SHOWTIP);
     CopyText(record.szTip, tip);
     return Send(NIM_MODIFY, record);
 }
 
 bool ShowTrayBalloon(const TrayPlace& place, const Balloon& balloon)
 {
-    NOTIFYICONDATAW record = MakeRecord(place, NIF_INFO);
+    NOTIFYICONDATAW record = MakeRecord(place, NIF_INFO | NIF_SHOWTIP);
     if (balloon.realTime) record.uFlags |= NIF_REALTIME;
     CopyText(record.szInfo, balloon.text);
     CopyText(record.szInfoTitle, balloon.title);

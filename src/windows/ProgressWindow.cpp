@@ -355,10 +355,12 @@ void ProgressWindow::PushState(SHORT state) noexcept
         taskbar_->SetProgressState(form_->Window(), static_cast<TBPFLAG>(state));
 }
 
+// A value brings a taskbar without progress, or with one that cycles, to a normal one.
 void ProgressWindow::PushValue() noexcept
 {
-    if (tbMode_ != 0 && Shown())
-        taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
+    if (tbMode_ == 0 || !Shown()) return;
+    taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
+    if (tbState_ == TBPF_NOPROGRESS || tbState_ == TBPF_INDETERMINATE) PushState(tbState_);
 }
 
 void ProgressWindow::OnPressed() noexcept
@@ -369,12 +371,11 @@ void ProgressWindow::OnPressed() noexcept
         if (std::exchange(notifier_, SHORT{0}) != 2) return;
         Fire(kButtonPressed);
         if (pumping_) return; // a press that came in while the last one's messages ran
-        pumping_ = true;
+        const FlagScope pumping(pumping_);
         DispatchPending();
     } catch (...) {
         // nobody waits for the outcome
     }
-    pumping_ = false;
 }
 
 void ProgressWindow::OnTaskbarButton() noexcept

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "gui/windowfn.h"
 #include "windows/ProgressBarFn.h"
 
 namespace quill {
@@ -105,8 +104,7 @@ void frmProWin::OnClose()
 
 void frmProWin::OnMessage(UINT message)
 {
-    static const UINT taskbarButtonCreated = RegisterWindowMessageW(L"TaskbarButtonCreated");
-    if (message == taskbarButtonCreated) owner_.OnTaskbarButton();
+    if (message == taskbarButtonCreated_) owner_.OnTaskbarButton();
 }
 
 } // namespace quill

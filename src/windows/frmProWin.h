@@ -5,6 +5,7 @@
 
 #include "gui/Controls.h"
 #include "gui/PacedHook.h"
+#include "gui/windowfn.h"
 
 namespace quill {
 
@@ -54,6 +55,7 @@ private:
     bool Press();
 
     Owner& owner_;
+    const UINT taskbarButtonCreated_ = HearShell(Window(), L"TaskbarButtonCreated");
     SHORT mode_ = 0;
     bool armed_ = false;
     HWND bar_ = nullptr; // a child of the window, and goes with it

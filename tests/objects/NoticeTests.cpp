@@ -180,9 +180,9 @@ TEST_F(NoticeTest, SendsWhatTheShellExpects)
     EXPECT_EQ(std::wstring(added_.szTip), std::wstring(126, L'x'));
     EXPECT_EQ(last_.uVersion, 4U);
     EXPECT_EQ(Try(L"ChangeIcon"), 0);
-    EXPECT_EQ(last_.uFlags, 2U);
+    EXPECT_EQ(last_.uFlags, 0x82U); // the tip is shown with each of them
     notice_.Put(L"TipText", L"");
-    EXPECT_EQ(last_.uFlags, 4U);
+    EXPECT_EQ(last_.uFlags, 0x84U);
     notice_.Call(L"Remove");
     EXPECT_EQ(requests_.back(), DWORD{NIM_DELETE});
 
@@ -202,8 +202,8 @@ TEST_F(NoticeTest, BalloonsHaveIconsAndOptions)
     Try(L"Add");
     // Kind, options, size; both flags.
     const std::tuple<short, int, short, DWORD, DWORD> cases[] = {
-        {1, 0, 0, 0, 0x10},    {2, 1, 0, 0x11, 0x10}, {3, 2, 0, 2, 0x50}, {4, 4, 1, 0xA3, 0x10},
-        {0, 7, 1, 0xB4, 0x50}, {0, -8, 0, 4, 0x10},   {5, 0, 1, 4, 0x10}};
+        {1, 0, 0, 0, 0x90},    {2, 1, 0, 0x11, 0x90}, {3, 2, 0, 2, 0xD0}, {4, 4, 1, 0xA3, 0x90},
+        {0, 7, 1, 0xB4, 0xD0}, {0, -8, 0, 4, 0x90},   {5, 0, 1, 4, 0x90}};
     notice_.Put(L"BIconID", kSystemIcon);
     for (const auto& [kind, options, size, info, flags] : cases) {
         Put({{L"BalloonIcon", kind}, {L"BalloonOptions", options}, {L"BIconSize", size}});
@@ -391,7 +391,12 @@ TEST_F(NoticeTest, LivesInTheRealNotificationArea)
     EXPECT_TRUE(PumpUntil([&] { return Clicked() == 2; }));
 
     SendMessageW(icon.hWnd, WM_CLOSE, 0, 0);
-    SendMessageW(icon.hWnd, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    const UINT taskbarCreated = RegisterWindowMessageW(L"TaskbarCreated");
+    SendMessageW(icon.hWnd, taskbarCreated, 0, 0);
+    EXPECT_EQ(Try(L"ChangeIcon"), 0) << "a taskbar that kept the icon";
+    NOTIFYICONDATAW gone = icon;
+    Shell_NotifyIconW(NIM_DELETE, &gone);
+    SendMessageW(icon.hWnd, taskbarCreated, 0, 0);
     EXPECT_EQ(Try(L"ShowBalloon"), 1);
     EXPECT_EQ(Try(L"Add"), 0);
     EXPECT_TRUE(isThere(icon));
