@@ -21,6 +21,12 @@ PCWSTR NullIfEmpty(const std::wstring& text)
     return text.empty() ? nullptr : text.c_str();
 }
 
+// In place of an empty caption the platform shows the name of the program.
+PCWSTR Caption(const std::wstring& title) noexcept
+{
+    return title.empty() ? L" " : title.c_str();
+}
+
 } // namespace
 
 template <>
@@ -69,12 +75,12 @@ SHORT TaskDialog::ShowSimple(const std::wstring& prompt, LONG buttons, const std
             buttons == kButtonsProperty ? buttons_ : buttons);
 
         const IconModule module = FindIcon();
+        const IconName icon = mainIconShown_; // calls that come in meanwhile may change it
         const auto& show = TaskDialogsOfThread().show;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
-        const HRESULT result =
-            show(nullptr, module.get(), caption.c_str(), instruction.c_str(), NullIfEmpty(content),
-                 shown, mainIconShown_.Pointer(), &pressed);
+        const HRESULT result = show(nullptr, module.get(), caption.c_str(), instruction.c_str(),
+                                    NullIfEmpty(content), shown, icon.Pointer(), &pressed);
         return Finish(result, pressed);
     });
 }
@@ -83,14 +89,16 @@ SHORT TaskDialog::ShowFull()
 {
     return Guarded([&] {
         LONG flags = options_;
-        if (customButtonStyle_ == 1) flags |= TDF_USE_COMMAND_LINKS;
-        if (customButtonStyle_ == 2) flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
         if (radioButtonSelected_ == 0) flags |= TDF_NO_DEFAULT_RADIO_BUTTON;
         if (verificationChecked_) flags |= TDF_VERIFICATION_FLAG_CHECKED;
 
         const IconModule module = FindIcons();
         const ButtonList buttons = MakeButtons(customButtons_, kFirstCustomButton);
         const ButtonList radioButtons = MakeButtons(radioButtons_, kFirstRadioButton);
+        // Without buttons of its own the platform refuses a dialog with links.
+        if (!buttons.records.empty() && customButtonStyle_ == 1) flags |= TDF_USE_COMMAND_LINKS;
+        if (!buttons.records.empty() && customButtonStyle_ == 2)
+            flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
         // Calls that come in while the dialog is open may change the properties.
         const std::array<std::wstring, 8> texts{
             title_,         text_,          subText_,    expandText_,
@@ -105,7 +113,7 @@ SHORT TaskDialog::ShowFull()
         config.dwCommonButtons = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(buttons_);
         config.pszMainIcon = mainIcon.Pointer();
         config.pszFooterIcon = footerIcon.Pointer();
-        config.pszWindowTitle = texts[0].c_str();
+        config.pszWindowTitle = Caption(texts[0]);
         config.pszMainInstruction = texts[1].c_str();
         config.pszContent = texts[2].c_str();
         config.pszExpandedInformation = NullIfEmpty(texts[3]);

@@ -107,6 +107,10 @@ TEST_F(TaskDialogTest, FlagsAndAnswersGoBothWays)
     dialog_.Put(L"CustomButtonStyle", 1);
     dialog_.Put(L"Options", 8);
     dialog_.Call(L"ShowEx");
+    EXPECT_EQ(flags_ & TDF_USE_COMMAND_LINKS, 0) << "links without buttons are refused";
+    dialog_.Put(L"CustomButtons", ScriptArray(L"link"));
+    dialog_.Put(L"RadioButtonSelected", 0); // the answer was another
+    dialog_.Call(L"ShowEx");
     EXPECT_EQ(flags_, TDF_USE_COMMAND_LINKS | TDF_NO_DEFAULT_RADIO_BUTTON |
                           TDF_VERIFICATION_FLAG_CHECKED | TDF_ALLOW_DIALOG_CANCELLATION);
 
