@@ -68,8 +68,9 @@ void Report(const std::wstring& line)
     WriteFile(output, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 
-// Before anything else is loaded: libraries come from the system folder only, and a damaged heap
-// ends the process.
+// Before anything else is loaded: libraries come from the system folder only, a damaged heap ends
+// the process, and a drive without a disk is an error of the call, not a box of the system's that
+// waits.
 void Harden() noexcept
 {
     using SetDefaultDllDirectoriesFunction = BOOL WINAPI(DWORD);
@@ -78,6 +79,7 @@ void Harden() noexcept
         setDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     SetDllDirectoryW(L"");
     HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
 // Calls are signed and come from those who may call; clients that died are noticed soon; a fault
@@ -87,7 +89,7 @@ void SecureAutomation()
     // Without a descriptor the platform would admit everybody.
     Check(CoInitializeSecurity(AccessRights().Descriptor(), -1, nullptr, nullptr,
                                RPC_C_AUTHN_LEVEL_PKT_INTEGRITY, RPC_C_IMP_LEVEL_IDENTIFY, nullptr,
-                               EOAC_DISABLE_AAA, nullptr));
+                               EOAC_NONE, nullptr));
     ComPtr<IGlobalOptions> options;
     if (SUCCEEDED(CoCreateInstance(CLSID_GlobalOptions, nullptr, CLSCTX_INPROC_SERVER,
                                    IID_PPV_ARGS(&options)))) {

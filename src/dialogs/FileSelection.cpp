@@ -5,6 +5,7 @@
 
 #include "core/Catalogue.h"
 #include "core/Text.h"
+#include "core/quillfn.h"
 #include "gui/ModalDialog.h"
 
 namespace quill {
@@ -112,7 +113,10 @@ LONG FileSelection::ShowDialog(SHORT mode)
     const auto show = CommonDialog<decltype(GetOpenFileNameW)>(mode == kSave ? "GetSaveFileNameW"
                                                                              : "GetOpenFileNameW");
     const ModalDialog company([this] { return ClientsGone(); });
-    if (!show(&dialog)) {
+    const std::wstring folder = CurrentFolder();
+    const BOOL chosen = show(&dialog);
+    SetCurrentDirectoryW(folder.c_str()); // the platform's dialogs to open leave another
+    if (!chosen) {
         const auto code = static_cast<LONG>(
             CommonDialog<decltype(CommDlgExtendedError)>("CommDlgExtendedError")());
         errorCode_ = code == 0 ? kCancelled : code;

@@ -95,8 +95,6 @@ void frmDrives::AskForNames()
     for (size_t index = 0; index < entries_.size(); ++index) {
         std::thread([nameOf = NameOfDriveOfThread(), names = names_, drive = entries_[index],
                      index] {
-            // No question for a disk that is not in its drive.
-            SetThreadErrorMode(SEM_FAILCRITICALERRORS, nullptr);
             const std::wstring name = nameOf(drive);
             const std::lock_guard lock(names->mutex);
             names->names[index] = name;

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include <initguid.h> // the next header declares its identifiers only
-#include <oleacc.h>
-
 #include "core/AutomationError.h"
 #include "gui/windowfn.h"
 
@@ -76,6 +73,7 @@ Control::Control(Form& form, const TwipRect& place, const wchar_t* windowClass, 
 Control::~Control()
 {
     std::erase(form_.controls_, this);
+    TakeAccessibleName();
     if (window_) DestroyWindow(window_);
 }
 
@@ -121,12 +119,20 @@ void Control::SetFont(const FontSpec& font)
 
 void Control::SetAccessibleName(const std::wstring& name)
 {
-    ComPtr<IAccPropServices> annotations;
     if (SUCCEEDED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
                                    IID_IAccPropServices,
-                                   reinterpret_cast<void**>(annotations.GetAddressOf()))))
-        annotations->SetHwndPropStr(window_, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
-                                    PROPID_ACC_NAME, name.c_str());
+                                   reinterpret_cast<void**>(names_.GetAddressOf()))))
+        names_->SetHwndPropStr(window_, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
+                               PROPID_ACC_NAME, name.c_str());
+}
+
+// The platform keeps a name for its window's handle, which another window may get later.
+void Control::TakeAccessibleName() noexcept
+{
+    if (names_)
+        names_->ClearHwndProps(window_, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
+                               &PROPID_ACC_NAME, 1);
+    names_.Reset();
 }
 
 void Control::SetTextColor(COLORREF color)

@@ -2,6 +2,8 @@
 // the members is the order of the tab key, and a label names the control that follows it.
 #pragma once
 
+#include <oleacc.h>
+
 #include "gui/Form.h"
 
 namespace quill {
@@ -18,7 +20,7 @@ public:
     void Enable(bool enabled);
     void SetVisible(bool visible);
     void Focus();
-    // What screen readers call the control, where no label says it.
+    // What screen readers call the control, where no label says it (IAccPropServices).
     void SetAccessibleName(const std::wstring& name);
     // The colour of its text; system colours as GetSysColor counts them with the high bit set.
     // CLR_DEFAULT is the system's own.
@@ -49,9 +51,12 @@ protected:
 private:
     friend class Form;
 
+    void TakeAccessibleName() noexcept;
+
     Form& form_;
     HWND window_ = nullptr;
     TwipRect place_;
+    ComPtr<IAccPropServices> names_; // null where there is no accessible name
     FontSpec font_;
     COLORREF textColor_ = CLR_DEFAULT;
 };

@@ -254,6 +254,9 @@ LRESULT CALLBACK Form::WindowProcedure(HWND window, UINT message, WPARAM wParam,
             control->window_ = nullptr;
         return DefWindowProcW(window, message, wParam, lParam);
     }
+    if (message == WM_DESTROY) // the controls are still there
+        for (Control* control : form->controls_)
+            control->TakeAccessibleName();
     const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     try {
         return form->Handle(message, wParam, lParam);

@@ -4,6 +4,7 @@
 #include <shlobj.h>
 
 #include "core/AutomationError.h"
+#include "core/MessagePump.h"
 #include "core/quillfn.h"
 #include "messages.h"
 #include "services/Bytes.h"
@@ -46,11 +47,11 @@ std::wstring AsInsertion(std::wstring_view text)
     return shown;
 }
 
-// False, with the reason in GetLastError, when the system's event log refuses an event.
-bool LogToSystem(const std::wstring& text, LogEventType type)
+// 0, or why the system's event log refuses an event.
+DWORD LogToSystem(const std::wstring& text, LogEventType type)
 {
     const EventSourceHandle source(RegisterEventSourceW(nullptr, kSource));
-    if (!source) return false;
+    if (!source) return GetLastError();
     size_t begin = 0;
     do {
         const size_t length = LengthOfPart(text, begin);
@@ -58,10 +59,10 @@ bool LogToSystem(const std::wstring& text, LogEventType type)
         const wchar_t* insertion = part.c_str();
         if (!ReportEventOfThread()(source.get(), static_cast<WORD>(type), 0, QUILL_EVENT, nullptr,
                                    1, 0, &insertion, nullptr))
-            return false;
+            return GetLastError();
         begin += length;
     } while (begin < text.size());
-    return true;
+    return ERROR_SUCCESS;
 }
 
 const wchar_t* NameOf(LogEventType type) noexcept
@@ -130,9 +131,10 @@ void Lock(HANDLE file)
             return;
         const DWORD reason = GetLastError();
         if ((reason != ERROR_LOCK_VIOLATION && reason != ERROR_IO_PENDING) ||
-            GetTickCount64() - begin > kLockDeadline)
+            GetTickCount64() - begin > kLockDeadline || !WaitForMessages(kLockRetry)) {
+            SetLastError(reason);
             RaiseLastError();
-        Sleep(kLockRetry);
+        }
     }
 }
 
@@ -179,10 +181,13 @@ ReportEventFunction& ReportEventOfThread() noexcept
 void Logging::Log(const std::wstring& text, LogEventType type) const
 {
     if (mode_ != LogMode::File) {
-        if (LogToSystem(text, type)) return;
+        const DWORD refusal = LogToSystem(text, type);
+        if (refusal == ERROR_SUCCESS) return;
+        SetLastError(refusal);
         if (mode_ == LogMode::System) RaiseLastError();
     }
-    LogToFile(file_, LineOf(text, type));
+    const std::wstring file = file_; // a call that comes in meanwhile may set another
+    LogToFile(file, LineOf(text, type));
 }
 
 } // namespace quill

@@ -14,21 +14,6 @@ constexpr DWORD kFileSystemSize = 128;
 constexpr DWORD kVolumeGuidSize = 128;
 constexpr DWORD kFirmwareSize = 1024;
 
-// Has a drive without a disk fail, in place of a dialog of the system that asks for one.
-class QuietDrives {
-public:
-    QuietDrives() noexcept
-    {
-        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_);
-    }
-    ~QuietDrives() { SetThreadErrorMode(before_, nullptr); }
-    QuietDrives(const QuietDrives&) = delete;
-    QuietDrives& operator=(const QuietDrives&) = delete;
-
-private:
-    DWORD before_ = 0;
-};
-
 struct Network {
     LONG type = 0;
     std::wstring name;
@@ -60,7 +45,6 @@ Volume QueryVolume(const std::wstring& drive)
     DWORD serial = 0;
     DWORD longestName = 0;
     DWORD flags = 0;
-    const QuietDrives quiet;
     if (!GetVolumeInformationW(root.empty() ? nullptr : root.c_str(), name.data(), kVolumeNameSize,
                                &serial, &longestName, &flags, fileSystem.data(), kFileSystemSize))
         return {};
@@ -143,7 +127,6 @@ std::wstring System::GuidOfVolume(const std::wstring& drive)
 {
     const std::wstring mountPoint = drive.empty() ? CurrentRoot() : WithTrailingBackslash(drive);
     std::wstring guid(kVolumeGuidSize, L'\0');
-    const QuietDrives quiet;
     if (!GetVolumeNameForVolumeMountPointW(mountPoint.c_str(), guid.data(), kVolumeGuidSize))
         return {};
     return guid.c_str();
