@@ -12,10 +12,6 @@ namespace quill {
 
 namespace {
 
-// The most that the end of the server may take; the system gives a program five seconds to end with
-// the session.
-constexpr DWORD kEndMilliseconds = 4'000;
-
 // How long a client may take from finding a class object to asking it for an object.
 constexpr UINT kLateMilliseconds = 500;
 
@@ -216,13 +212,12 @@ private:
         PostQuitMessage(0);
     }
 
-    // Whoever hangs while the server ends, be it a client that a call of ours waits for: what is
-    // left after a while goes with the process.
-    static void EndSoon() noexcept
+    void EndSoon() const noexcept
     {
         HANDLE timer;
-        CreateTimerQueueTimer(&timer, nullptr, EndNow, nullptr, kEndMilliseconds, 0,
-                              WT_EXECUTEONLYONCE);
+        if (patience_.end != 0)
+            CreateTimerQueueTimer(&timer, nullptr, EndNow, nullptr, patience_.end, 0,
+                                  WT_EXECUTEONLYONCE);
     }
     static void CALLBACK EndNow(void*, BOOLEAN) { TerminateProcess(GetCurrentProcess(), 1); }
 

@@ -33,7 +33,7 @@ private:
     std::atomic<bool> known_{false};
 };
 
-// How long the server stays without objects, in milliseconds.
+// How long the server waits, in milliseconds.
 struct Patience {
     // After the last object is gone: a script that makes one object after another does not pay for
     // a start each time.
@@ -42,6 +42,10 @@ struct Patience {
     UINT firstClient = 30'000;
     // While it ends, for a client that holds a class object and may still ask for an object.
     UINT lastCall = 10'000;
+    // When it ends, by itself or with the session: what hangs for longer, such as a call to a
+    // client that does not answer, goes with the process. The system gives five seconds. 0 is no
+    // limit.
+    UINT end = 4'000;
 };
 
 // Serves objects of all catalogued classes on the calling thread and on apartments of its own,

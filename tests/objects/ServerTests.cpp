@@ -8,7 +8,7 @@
 namespace quill::test {
 namespace {
 
-constexpr Patience kPatience{.linger = 20, .firstClient = 1'000, .lastCall = 20};
+constexpr Patience kPatience{.linger = 20, .firstClient = 1'000, .lastCall = 20, .end = 0};
 
 ComPtr<IClassFactory> ClassOfProfile()
 {
