@@ -13,7 +13,8 @@
 //     host.Answer caption, controlClass, text, action
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
-//                                     Actions: click, double x y, close, move x y, wait, or
+//                                     Actions: click, double x y, close, move x y, wait,
+//                                     rest milliseconds, or
 //                                     keys and what to type: keys a{DOWN}^a{ENTER}, or
 //                                     menu and keys: a right click, then the keys in its menu;
 //                                     write and a path: the file appears; see waits for a window
@@ -372,12 +373,15 @@ private:
                 desk.Move(GetAncestor(control, GA_ROOT), point);
             else if (action.starts_with(L"menu ")) {
                 desk.Click(control, Desk::Button::Right);
-                desk.Window(nullptr, L"#32768");
+                const HWND menu = desk.Window(nullptr, L"#32768");
                 PressKeys(desk, std::wstring_view(action).substr(5));
+                desk.WaitUntilGone(menu); // not to be taken for the next one
             } else if (action.starts_with(L"write "))
                 std::ofstream(std::filesystem::path(action.substr(6))) << "written";
             else if (action.starts_with(L"keys "))
                 PressKeys(desk, std::wstring_view(action).substr(5));
+            else if (swscanf(action.c_str(), L"rest %ld", &point.x) == 1)
+                Sleep(static_cast<DWORD>(point.x));
             else if (action != L"wait")
                 throw std::runtime_error("unknown action " + Narrow(action));
         });

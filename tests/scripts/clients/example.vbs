@@ -99,7 +99,8 @@ Case "watch.vbs"
     files.CreateFolder folder & "inbox"
     host.Answer "Wine System Tray", "__winex11_tray_icon", "", "write " & folder & "inbox\report.txt"
     host.Answer "report.txt", "tooltips_class32", "", "see"
-    For Each action In Array("menu p", "menu q")
+    ' It looks four times a second what was chosen; nobody chooses twice in that time.
+    For Each action In Array("menu p", "rest 1000", "menu q")
         host.Answer "Wine System Tray", "__winex11_tray_icon", "", action
     Next
     Run folder & "inbox", "Files that came: 1"
