@@ -4,9 +4,9 @@
 #include <new>
 #include <utility>
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
-#include "core/StartUp.h"
 
 namespace quill {
 
@@ -18,18 +18,16 @@ constexpr DWORD kAnswerMilliseconds = 100;
 
 constexpr UINT kCreateObject = WM_APP; // lParam: the Request
 
-thread_local std::atomic<int>* loadOfThread = nullptr; // null on the main thread
-
 } // namespace
 
 ApartmentLoad::ApartmentLoad() noexcept
 {
-    if (loadOfThread) ++*loadOfThread;
+    if (const auto load = ThisApartment().load) ++*load;
 }
 
 ApartmentLoad::~ApartmentLoad()
 {
-    if (loadOfThread) --*loadOfThread;
+    if (const auto load = ThisApartment().load) --*load;
 }
 
 // A creation on its way to another apartment; lives on the stack of the thread that waits for it.
@@ -61,29 +59,37 @@ struct ApartmentPool::Request {
 
 struct ApartmentPool::Apartment {
     std::atomic<int> load{0}; // objects that live here, or are about to
-    HWND window = nullptr;
+    HWND window = nullptr;    // null when the thread could not start
     Event ready{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     Event ended{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    std::thread thread{[this] { Run(); }};
+    std::thread thread;
 
-    Apartment() { WaitForSingleObject(ready.get(), INFINITE); }
+    // Throws AutomationError when there is no memory, window or event for the thread.
+    Apartment()
+    {
+        if (!ready || !ended) RaiseLastError();
+        thread = std::thread([this] { Run(); });
+        WaitForSingleObject(ready.get(), INFINITE);
+        if (window) return;
+        thread.join();
+        Check(E_OUTOFMEMORY);
+    }
     ~Apartment() { thread.join(); }
 
 private:
     void Run() noexcept
     {
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
         try {
-            StartUp();
-            loadOfThread = &load;
+            ApartmentRecord record;
+            record.load = &load;
             window = CreateHiddenWindow(L"quill.Apartment", WindowProcedure, nullptr, true);
+            SetEvent(ready.get());
+            RunMessageLoop();
+            Sleep(kAnswerMilliseconds);
         } catch (...) {
-            window = nullptr; // requests to this apartment are refused
+            // Without a window there is no apartment; the creation that asked for it is refused.
         }
         SetEvent(ready.get());
-        if (window) RunMessageLoop();
-        Sleep(kAnswerMilliseconds);
-        CoUninitialize();
         SetEvent(ended.get());
     }
 };
@@ -139,6 +145,7 @@ HRESULT ApartmentPool::Create(const CatalogueRow& row, REFIID id, void** object)
     try {
         Apartment& apartment = Choose();
         Request request{row, id};
+        if (!request.done) RaiseLastError();
         ++apartment.load; // a creation that comes in during the wait goes elsewhere
         if (PostMessageW(apartment.window, kCreateObject, 0, reinterpret_cast<LPARAM>(&request)))
             request.Wait();

@@ -1,26 +1,21 @@
 #include "core/MessagePump.h"
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 
 namespace quill {
 
 namespace {
 
-thread_local MessagePreview previewOfThread = nullptr;
-
 void Dispatch(MSG& message)
 {
-    if (previewOfThread && previewOfThread(message)) return;
+    const MessagePreview preview = ThisApartment().preview;
+    if (preview && preview(message)) return;
     TranslateMessage(&message);
     DispatchMessageW(&message);
 }
 
 } // namespace
-
-void SetMessagePreview(MessagePreview preview) noexcept
-{
-    previewOfThread = preview;
-}
 
 bool DispatchPending()
 {

@@ -9,9 +9,6 @@ namespace quill {
 // Sees each posted message of its thread before it is dispatched; true when it has dealt with it.
 using MessagePreview = bool (*)(MSG& message);
 
-// Installs the calling thread's preview.
-void SetMessagePreview(MessagePreview preview) noexcept;
-
 // Dispatches all messages that wait. False when the thread is to end: WM_QUIT was met, and has been
 // posted again for the loop outside.
 bool DispatchPending();

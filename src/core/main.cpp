@@ -2,11 +2,11 @@
 
 #include <vector>
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/Module.h"
 #include "core/Registration.h"
 #include "core/Security.h"
-#include "core/StartUp.h"
 #include "core/Text.h"
 
 namespace quill {
@@ -103,19 +103,19 @@ void SecureAutomation()
 
 int Run(StartMode mode)
 {
-    StartUp();
+    const ApartmentRecord record;
     switch (mode) {
     case StartMode::Serve: SecureAutomation(); return RunServer();
     case StartMode::Help: ShowHelp(); return 0;
     case StartMode::Register: {
         const RegistrationScope scope = DefaultRegistrationScope();
-        RegisterServer(scope, ThisApartment().programPath);
+        RegisterServer(scope, record.programPath);
         Report(scope == RegistrationScope::AllUsers ? L"quill: registered for all users"
                                                     : L"quill: registered for the current user");
         return 0;
     }
     case StartMode::Unregister:
-        UnregisterServer(ThisApartment().programPath);
+        UnregisterServer(record.programPath);
         Report(L"quill: unregistered");
         return 0;
     case StartMode::Nothing: return 0;
@@ -131,17 +131,12 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
 {
     using namespace quill;
     Harden();
-    const HRESULT initialised = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(initialised)) return initialised;
-    int exitCode;
     try {
-        exitCode = Run(ChooseStartMode(commandLine));
+        return Run(ChooseStartMode(commandLine));
     } catch (const AutomationError& error) {
-        exitCode = error.number;
         Report(L"quill: " + error.description);
+        return error.number;
     } catch (...) {
-        exitCode = E_UNEXPECTED;
+        return E_UNEXPECTED;
     }
-    CoUninitialize();
-    return exitCode;
 }

@@ -1,6 +1,6 @@
 #include "core/quillfn.h"
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "core/Text.h"
 
 namespace quill {

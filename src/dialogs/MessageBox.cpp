@@ -1,5 +1,6 @@
 #include "dialogs/MessageBox.h"
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "gui/ModalDialog.h"
@@ -32,12 +33,6 @@ IDispatch* Create<::MessageBox>()
     return new MessageBox;
 }
 
-std::function<int(const MSGBOXPARAMSW*)>& MessageBoxOfThread() noexcept
-{
-    thread_local std::function<int(const MSGBOXPARAMSW*)> function = MessageBoxIndirectW;
-    return function;
-}
-
 SHORT MessageBox::ShowBox(const std::wstring& message, LONG style, const std::wstring& title)
 {
     Appearance appearance;
@@ -60,7 +55,7 @@ SHORT MessageBox::ShowBox(const std::wstring& message, LONG style, const std::ws
     const bool leave = (appearance.style & MB_NOFOCUS) != 0;
     const ModalDialog company([this] { return ClientsGone(); },
                               leave ? ModalDialog::Front::Leave : ModalDialog::Front::Bring);
-    return static_cast<SHORT>(MessageBoxOfThread()(&parameters));
+    return static_cast<SHORT>(Seam<MessageBoxFunctions>().show(&parameters));
 }
 
 MessageBox::Appearance MessageBox::FromProperties() const

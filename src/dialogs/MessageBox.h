@@ -67,7 +67,9 @@ private:
     std::wstring title_;
 };
 
-// The platform's message box; tests put their own in its place.
-std::function<int(const MSGBOXPARAMSW*)>& MessageBoxOfThread() noexcept;
+// A seam: the platform's message box.
+struct MessageBoxFunctions {
+    std::function<int(const MSGBOXPARAMSW*)> show = MessageBoxIndirectW;
+};
 
 } // namespace quill

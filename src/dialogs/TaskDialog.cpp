@@ -1,5 +1,6 @@
 #include "dialogs/TaskDialog.h"
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "gui/ModalDialog.h"
 
@@ -35,14 +36,6 @@ IDispatch* Create<::TaskDialog>()
     return new TaskDialog;
 }
 
-TaskDialogFunctions& TaskDialogsOfThread() noexcept
-{
-    thread_local TaskDialogFunctions functions{
-        FindSystemFunction<decltype(::PlatformTaskDialog)>(L"comctl32.dll", "TaskDialog"),
-        FindSystemFunction<decltype(::TaskDialogIndirect)>(L"comctl32.dll", "TaskDialogIndirect")};
-    return functions;
-}
-
 // Runs a dialog; a run-time error on the way to it becomes the ErrorCode.
 template <class Body>
 SHORT TaskDialog::Guarded(Body&& body)
@@ -76,7 +69,7 @@ SHORT TaskDialog::ShowSimple(const std::wstring& prompt, LONG buttons, const std
 
         const IconModule module = FindIcon();
         const IconName icon = mainIconShown_; // calls that come in meanwhile may change it
-        const auto& show = TaskDialogsOfThread().show;
+        const auto& show = Seam<TaskDialogFunctions>().show;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
         const HRESULT result = show(nullptr, module.get(), caption.c_str(), instruction.c_str(),
@@ -128,7 +121,7 @@ SHORT TaskDialog::ShowFull()
         config.pRadioButtons = radioButtons.records.data();
         config.nDefaultRadioButton = radioButtonSelected_;
 
-        const auto& show = TaskDialogsOfThread().showIndirect;
+        const auto& show = Seam<TaskDialogFunctions>().showIndirect;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
         int radioButton = 0;

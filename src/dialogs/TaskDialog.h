@@ -102,14 +102,13 @@ private:
     IconName footerIconShown_;
 };
 
-// The platform's task dialogs, null where this Windows lacks them; tests put their own in their
-// place.
+// A seam: the platform's task dialogs, null where this Windows lacks them.
 struct TaskDialogFunctions {
     std::function<HRESULT(HWND, HINSTANCE, PCWSTR, PCWSTR, PCWSTR, TASKDIALOG_COMMON_BUTTON_FLAGS,
                           PCWSTR, int*)>
-        show;
-    std::function<HRESULT(const TASKDIALOGCONFIG*, int*, int*, BOOL*)> showIndirect;
+        show = FindSystemFunction<decltype(::PlatformTaskDialog)>(L"comctl32.dll", "TaskDialog");
+    std::function<HRESULT(const TASKDIALOGCONFIG*, int*, int*, BOOL*)> showIndirect =
+        FindSystemFunction<decltype(::TaskDialogIndirect)>(L"comctl32.dll", "TaskDialogIndirect");
 };
-TaskDialogFunctions& TaskDialogsOfThread() noexcept;
 
 } // namespace quill

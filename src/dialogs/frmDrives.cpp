@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "core/Apartment.h"
 #include "core/quillfn.h"
 #include "gui/windowfn.h"
 
@@ -14,7 +15,9 @@ namespace {
 constexpr TwipSize kDesignSize{3180, 2940};
 constexpr float kClosedUpHeight = 2100; // without an info text
 
-std::wstring AskForName(const std::wstring& drive)
+} // namespace
+
+std::wstring NameOfDrive(const std::wstring& drive)
 {
     const std::wstring root = drive + L"\\";
     if (GetDriveTypeW(root.c_str()) == DRIVE_REMOTE) {
@@ -28,14 +31,6 @@ std::wstring AskForName(const std::wstring& drive)
     wchar_t label[MAX_PATH + 1] = L"";
     GetVolumeInformationW(root.c_str(), label, MAX_PATH + 1, nullptr, nullptr, nullptr, nullptr, 0);
     return label;
-}
-
-} // namespace
-
-NameOfDrive& NameOfDriveOfThread() noexcept
-{
-    thread_local NameOfDrive nameOfDrive = AskForName;
-    return nameOfDrive;
 }
 
 // Where the threads that ask the drives leave what they learn. They may outlive the form: a drive
@@ -93,8 +88,8 @@ void frmDrives::AskForNames()
     names_->form = Window();
     names_->names.resize(entries_.size());
     for (size_t index = 0; index < entries_.size(); ++index) {
-        std::thread([nameOf = NameOfDriveOfThread(), names = names_, drive = entries_[index],
-                     index] {
+        std::thread([nameOf = Seam<DriveFunctions>().nameOf, names = names_,
+                     drive = entries_[index], index] {
             const std::wstring name = nameOf(drive);
             const std::lock_guard lock(names->mutex);
             names->names[index] = name;

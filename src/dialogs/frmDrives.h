@@ -8,10 +8,13 @@
 namespace quill {
 
 // What is known of a drive (a letter and a colon) besides its letter: the share of a network drive,
-// or the volume's label. Takes as long as the drive takes to answer. Tests put their own in its
-// place.
-using NameOfDrive = std::function<std::wstring(const std::wstring& drive)>;
-NameOfDrive& NameOfDriveOfThread() noexcept;
+// or the volume's label. Takes as long as the drive takes to answer.
+std::wstring NameOfDrive(const std::wstring& drive);
+
+// A seam: what the drives answer.
+struct DriveFunctions {
+    std::function<std::wstring(const std::wstring& drive)> nameOf = NameOfDrive;
+};
 
 class frmDrives final : public DialogForm {
 public:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
 #include "gui/Controls.h"
@@ -55,7 +56,7 @@ ATOM Form::WindowClass()
 
 Form::Form(const wchar_t* caption, TwipSize outer, DWORD style) : font_(kDesignFont)
 {
-    SetMessagePreview(PreviewMessage);
+    ThisApartment().preview = PreviewMessage;
     CreateWindowExW(WS_EX_CONTROLPARENT, MAKEINTATOM(WindowClass()), caption, style, 0, 0, 0, 0,
                     nullptr, nullptr, GetModuleHandleW(nullptr), this);
     if (!window_) RaiseLastError();

@@ -1,18 +1,12 @@
 #include "gui/windowfn.h"
 
-#include "core/MessagePump.h"
+#include "core/Apartment.h"
 
 namespace quill {
 
-Foreground& ForegroundOfThread() noexcept
-{
-    thread_local Foreground foreground;
-    return foreground;
-}
-
 void BringToFront(HWND window, bool topmost)
 {
-    const Foreground& foreground = ForegroundOfThread();
+    const Foreground& foreground = Seam<Foreground>();
     const HWND front = foreground.get();
     if (front == window) return;
 
@@ -49,7 +43,7 @@ void FlashCaption(HWND window, long count)
         flash.dwFlags = FLASHW_ALL;
         flash.uCount = static_cast<UINT>(count);
     }
-    ForegroundOfThread().flash(&flash);
+    Seam<Foreground>().flash(&flash);
 }
 
 void RefreshFrame(HWND window)

@@ -47,13 +47,11 @@ UINT HearShell(HWND window, const wchar_t* name);
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
 
-// The platform's word on the foreground, and its way to ask for attention; tests put their own in
-// its place.
+// A seam: the foreground, and the way to ask for attention.
 struct Foreground {
     std::function<HWND()> get = GetForegroundWindow;
     std::function<BOOL(HWND)> set = SetForegroundWindow;
     std::function<BOOL(FLASHWINFO*)> flash = FlashWindowEx;
 };
-Foreground& ForegroundOfThread() noexcept;
 
 } // namespace quill

@@ -3,6 +3,7 @@
 #include <knownfolders.h>
 #include <shlobj.h>
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
 #include "core/quillfn.h"
@@ -57,8 +58,8 @@ DWORD LogToSystem(const std::wstring& text, LogEventType type)
         const size_t length = LengthOfPart(text, begin);
         const std::wstring part = AsInsertion(std::wstring_view(text).substr(begin, length));
         const wchar_t* insertion = part.c_str();
-        if (!ReportEventOfThread()(source.get(), static_cast<WORD>(type), 0, QUILL_EVENT, nullptr,
-                                   1, 0, &insertion, nullptr))
+        if (!Seam<EventLogFunctions>().report(source.get(), static_cast<WORD>(type), 0, QUILL_EVENT,
+                                              nullptr, 1, 0, &insertion, nullptr))
             return GetLastError();
         begin += length;
     } while (begin < text.size());
@@ -171,12 +172,6 @@ void LogToFile(const std::wstring& name, const std::wstring& line)
 }
 
 } // namespace
-
-ReportEventFunction& ReportEventOfThread() noexcept
-{
-    thread_local ReportEventFunction function = ReportEventW;
-    return function;
-}
 
 void Logging::Log(const std::wstring& text, LogEventType type) const
 {

@@ -34,8 +34,9 @@ private:
     const LogMode mode_;
 };
 
-// The platform's entry to the event log; tests put their own in its place.
-using ReportEventFunction = decltype(&ReportEventW);
-ReportEventFunction& ReportEventOfThread() noexcept;
+// A seam: the entry to the event log.
+struct EventLogFunctions {
+    decltype(&ReportEventW) report = ReportEventW;
+};
 
 } // namespace quill

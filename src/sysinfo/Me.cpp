@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "core/StartUp.h"
 #include "core/quillfn.h"
 
 namespace quill {
@@ -62,12 +62,6 @@ IDispatch* Create<::Me>()
     return new Me;
 }
 
-GetCallerFunction& GetCallerOfThread() noexcept
-{
-    thread_local GetCallerFunction function = CoGetCallerTID;
-    return function;
-}
-
 std::wstring Me::About()
 {
     const VersionResource version;
@@ -109,7 +103,7 @@ LONG Me::CallerThread()
 {
     DWORD thread = 0;
     // S_FALSE: the caller is in another process.
-    return SUCCEEDED(GetCallerOfThread()(&thread)) ? static_cast<LONG>(thread) : 0;
+    return SUCCEEDED(Seam<CallerFunctions>().getThread(&thread)) ? static_cast<LONG>(thread) : 0;
 }
 
 } // namespace quill

@@ -38,8 +38,9 @@ private:
     static LONG CallerThread();
 };
 
-// The platform's word on the caller of a call; tests put their own in its place.
-using GetCallerFunction = decltype(&CoGetCallerTID);
-GetCallerFunction& GetCallerOfThread() noexcept;
+// A seam: who called.
+struct CallerFunctions {
+    decltype(&CoGetCallerTID) getThread = CoGetCallerTID;
+};
 
 } // namespace quill

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
 
@@ -13,13 +14,6 @@ namespace {
 constexpr size_t kLongestName = 260;
 // How soon a sound is left alone whose client was killed.
 constexpr DWORD kRoundMilliseconds = 250;
-
-// Sounds are rare: the library is loaded for the first one.
-BOOL WINAPI PlayOfSystem(LPCWSTR sound, HMODULE module, DWORD flags)
-{
-    const auto play = FindSystemFunction<decltype(PlaySoundW)>(L"winmm.dll", "PlaySoundW");
-    return play && play(sound, module, flags);
-}
 
 // True for null and for what is loaded: the platform would look for resources at any address.
 bool IsModule(HMODULE module) noexcept
@@ -39,10 +33,10 @@ IDispatch* Create<::Noise>()
     return new Noise;
 }
 
-SoundFunctions& SoundsOfThread() noexcept
+BOOL WINAPI PlaySystemSound(LPCWSTR sound, HMODULE module, DWORD flags) noexcept
 {
-    thread_local SoundFunctions functions{Beep, MessageBeep, PlayOfSystem};
-    return functions;
+    const auto play = FindSystemFunction<decltype(PlaySoundW)>(L"winmm.dll", "PlaySoundW");
+    return play && play(sound, module, flags);
 }
 
 // The platform's calls for sounds return at the end without a look at messages, so they run on a
@@ -64,7 +58,7 @@ void Noise::UntilItEnds(std::function<void()> sound)
 
 void Noise::PlayTone(LONG frequency, LONG milliseconds)
 {
-    UntilItEnds([beep = SoundsOfThread().beep,
+    UntilItEnds([beep = Seam<SoundFunctions>().beep,
                  hertz = static_cast<DWORD>(std::clamp<LONG>(frequency, 37, 32'767)),
                  length = static_cast<DWORD>(std::clamp<LONG>(milliseconds, 10, 10'000))] {
         beep(hertz, length);
@@ -82,7 +76,7 @@ void Noise::PlayBeep(LONG type)
     case MB_ICONINFORMATION: break;
     default: type = MB_OK;
     }
-    SoundsOfThread().messageBeep(static_cast<UINT>(type));
+    Seam<SoundFunctions>().messageBeep(static_cast<UINT>(type));
 }
 
 void Noise::PlaySoundOf(const std::wstring& sound, LONG module, LONG flags)
@@ -92,7 +86,7 @@ void Noise::PlaySoundOf(const std::wstring& sound, LONG module, LONG flags)
     const bool fromResource = (flags & SND_RESOURCE) == SND_RESOURCE;
     // A script's string is no sound in memory: its own header would say where it ends.
     if (fromResource ? !IsModule(handle) : (flags & SND_MEMORY) && !sound.empty()) return;
-    auto call = [play = SoundsOfThread().play, sound, handle, flags] {
+    auto call = [play = Seam<SoundFunctions>().play, sound, handle, flags] {
         play(sound.empty() ? nullptr : sound.c_str(), handle, static_cast<DWORD>(flags));
     };
     if (flags & SND_ASYNC)

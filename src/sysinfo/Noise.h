@@ -37,12 +37,14 @@ private:
     void UntilItEnds(std::function<void()> sound);
 };
 
-// The platform's sounds; tests put their own in their place.
+// PlaySound, whose library is loaded for the first sound; False where it is missing.
+BOOL WINAPI PlaySystemSound(LPCWSTR sound, HMODULE module, DWORD flags) noexcept;
+
+// A seam: the platform's sounds.
 struct SoundFunctions {
-    BOOL(WINAPI* beep)(DWORD frequency, DWORD milliseconds);
-    BOOL(WINAPI* messageBeep)(UINT type);
-    BOOL(WINAPI* play)(LPCWSTR sound, HMODULE module, DWORD flags);
+    BOOL(WINAPI* beep)(DWORD frequency, DWORD milliseconds) = Beep;
+    BOOL(WINAPI* messageBeep)(UINT type) = MessageBeep;
+    BOOL(WINAPI* play)(LPCWSTR sound, HMODULE module, DWORD flags) = PlaySystemSound;
 };
-SoundFunctions& SoundsOfThread() noexcept;
 
 } // namespace quill

@@ -1,7 +1,7 @@
 #include "sysinfo/OsVersion.h"
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "core/StartUp.h"
 
 namespace quill {
 

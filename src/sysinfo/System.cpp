@@ -1,5 +1,6 @@
 #include "sysinfo/System.h"
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 
@@ -21,7 +22,7 @@ struct Network {
 
 Network QueryNetwork()
 {
-    const MachineFunctions& machine = MachineOfThread();
+    const MachineFunctions& machine = Seam<MachineFunctions>();
     if (!machine.getJoinInformation || !machine.freeBuffer) return {};
     wchar_t* name = nullptr;
     NETSETUP_JOIN_STATUS type = NetSetupUnknownStatus;
@@ -63,18 +64,6 @@ template <>
 IDispatch* Create<::System>()
 {
     return new System;
-}
-
-MachineFunctions& MachineOfThread() noexcept
-{
-    thread_local MachineFunctions functions{
-        FindSystemFunction<decltype(NetGetJoinInformation)>(L"netapi32.dll",
-                                                            "NetGetJoinInformation"),
-        FindSystemFunction<decltype(NetApiBufferFree)>(L"netapi32.dll", "NetApiBufferFree"),
-        FindSystemFunction<decltype(GetFirmwareType)>(L"kernel32.dll", "GetFirmwareType"),
-        GetFirmwareEnvironmentVariableW,
-    };
-    return functions;
 }
 
 std::wstring System::NameOfUser()
@@ -134,7 +123,7 @@ std::wstring System::GuidOfVolume(const std::wstring& drive)
 
 SHORT System::ModeOfBios(SHORT alternative)
 {
-    const MachineFunctions& machine = MachineOfThread();
+    const MachineFunctions& machine = Seam<MachineFunctions>();
     if (alternative == 0) {
         FIRMWARE_TYPE type = FirmwareTypeUnknown;
         if (!machine.getFirmwareType || !machine.getFirmwareType(&type)) return 0;

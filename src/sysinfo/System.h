@@ -80,14 +80,17 @@ private:
     SYSTEM_INFO processor_{};
 };
 
-// What not every Windows has, or not every computer answers; null where it is missing. Tests put
-// their own in its place.
+// A seam: what not every Windows has, or not every computer answers; null where it is missing.
 struct MachineFunctions {
-    decltype(&NetGetJoinInformation) getJoinInformation;
-    decltype(&NetApiBufferFree) freeBuffer;
-    decltype(&GetFirmwareType) getFirmwareType;
-    decltype(&GetFirmwareEnvironmentVariableW) getFirmwareVariable;
+    decltype(&NetGetJoinInformation) getJoinInformation =
+        FindSystemFunction<decltype(NetGetJoinInformation)>(L"netapi32.dll",
+                                                            "NetGetJoinInformation");
+    decltype(&NetApiBufferFree) freeBuffer =
+        FindSystemFunction<decltype(NetApiBufferFree)>(L"netapi32.dll", "NetApiBufferFree");
+    decltype(&GetFirmwareType) getFirmwareType =
+        FindSystemFunction<decltype(GetFirmwareType)>(L"kernel32.dll", "GetFirmwareType");
+    decltype(&GetFirmwareEnvironmentVariableW) getFirmwareVariable =
+        GetFirmwareEnvironmentVariableW;
 };
-MachineFunctions& MachineOfThread() noexcept;
 
 } // namespace quill

@@ -1,6 +1,6 @@
 #include "tray/IconSource.h"
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "core/Text.h"
 #include "gui/IconModule.h"
 
@@ -23,7 +23,7 @@ Icon LoadStockIcon(const IconSource& source)
     SHSTOCKICONINFO info{};
     info.cbSize = sizeof info;
     const UINT flags = SHGSI_ICON | (source.Large() ? SHGSI_LARGEICON : SHGSI_SMALLICON);
-    const auto& stock = IconsOfThread().stock;
+    const auto& stock = Seam<IconFunctions>().stock;
     if (!stock || FAILED(stock(source.id, flags, &info))) return nullptr;
     return Icon(info.hIcon);
 }
@@ -54,7 +54,7 @@ Icon LoadIconResource(const IconSource& source, bool useLoadImage)
         return LoadImageIcon(module.get(), resource.Pointer(), source.Large(), flags);
     }
     HICON icon = nullptr;
-    const auto& metric = IconsOfThread().metric;
+    const auto& metric = Seam<IconFunctions>().metric;
     if (!metric || FAILED(metric(module.get(), resource.Pointer(),
                                  source.Large() ? LIM_LARGE : LIM_SMALL, &icon)))
         return nullptr;
@@ -66,15 +66,6 @@ Icon LoadIconResource(const IconSource& source, bool useLoadImage)
 bool IsVistaOrLater() noexcept
 {
     return ThisApartment().osVersion >= kVista;
-}
-
-IconFunctions& IconsOfThread() noexcept
-{
-    thread_local IconFunctions functions{
-        FindSystemFunction<HRESULT WINAPI(int, UINT, SHSTOCKICONINFO*)>(L"shell32.dll",
-                                                                        "SHGetStockIconInfo"),
-        FindSystemFunction<decltype(::LoadIconMetric)>(L"comctl32.dll", "LoadIconMetric")};
-    return functions;
 }
 
 Icon LoadNoticeIcon(const IconSource& source, bool useLoadImage, LONG& error)

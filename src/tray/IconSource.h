@@ -35,12 +35,13 @@ struct IconSource {
 // and `error` says why.
 Icon LoadNoticeIcon(const IconSource& source, bool useLoadImage, LONG& error);
 
-// The platform's ways to load icons, null where this Windows lacks them; tests put their own in
-// their place.
+// A seam: the platform's ways to load icons, null where this Windows lacks them.
 struct IconFunctions {
-    std::function<HRESULT(int, UINT, SHSTOCKICONINFO*)> stock;
-    std::function<HRESULT(HINSTANCE, PCWSTR, int, HICON*)> metric;
+    std::function<HRESULT(int, UINT, SHSTOCKICONINFO*)> stock =
+        FindSystemFunction<HRESULT WINAPI(int, UINT, SHSTOCKICONINFO*)>(L"shell32.dll",
+                                                                        "SHGetStockIconInfo");
+    std::function<HRESULT(HINSTANCE, PCWSTR, int, HICON*)> metric =
+        FindSystemFunction<decltype(::LoadIconMetric)>(L"comctl32.dll", "LoadIconMetric");
 };
-IconFunctions& IconsOfThread() noexcept;
 
 } // namespace quill

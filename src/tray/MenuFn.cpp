@@ -1,5 +1,6 @@
 #include "tray/MenuFn.h"
 
+#include "core/Apartment.h"
 #include "core/Text.h"
 #include "gui/windowfn.h"
 
@@ -31,7 +32,7 @@ int ChooseFromMenu(HWND owner, const std::vector<std::wstring>& texts, POINT scr
     // A menu closes by a click elsewhere only while its owner is the foreground window; the empty
     // messages make the switch to and from it take place at once.
     PostMessageW(owner, WM_NULL, 0, 0);
-    ForegroundOfThread().set(owner);
+    Seam<Foreground>().set(owner);
     const int chosen = TrackPopupMenu(menu.get(), TPM_RETURNCMD | TPM_NONOTIFY, screen.x, screen.y,
                                       0, owner, nullptr);
     PostMessageW(owner, WM_NULL, 0, 0);

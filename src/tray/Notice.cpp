@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
 #include "gui/windowfn.h"
@@ -199,7 +200,7 @@ void Notice::OnIcon(UINT code, POINT screen)
 
 int Notice::ShowMenu(POINT screen)
 {
-    const Foreground& foreground = ForegroundOfThread();
+    const Foreground& foreground = Seam<Foreground>();
     const HWND before = foreground.get();
     const FlagScope open(menuOpen_);
     const std::vector<std::wstring> texts = menuTexts_; // a script may set others meanwhile

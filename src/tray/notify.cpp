@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/Apartment.h"
 #include "core/Text.h"
 #include "tray/IconSource.h"
 
@@ -33,16 +34,10 @@ void CopyText(wchar_t (&field)[Size], const std::wstring& text)
 
 bool Send(DWORD request, NOTIFYICONDATAW record)
 {
-    return NotifyIconOfThread()(request, &record) != FALSE;
+    return Seam<NotifyIconFunctions>().notify(request, &record) != FALSE;
 }
 
 } // namespace
-
-NotifyIconFunction& NotifyIconOfThread() noexcept
-{
-    thread_local NotifyIconFunction function = Shell_NotifyIconW;
-    return function;
-}
 
 bool AddTrayIcon(const TrayPlace& place, HICON icon, const std::wstring& tip)
 {

@@ -35,8 +35,9 @@ bool DeleteTrayIcon(const TrayPlace& place);
 // Gives the keyboard back to the notification area.
 bool FocusTray(const TrayPlace& place);
 
-// The platform's own call; tests put theirs in its place.
-using NotifyIconFunction = std::function<BOOL(DWORD, NOTIFYICONDATAW*)>;
-NotifyIconFunction& NotifyIconOfThread() noexcept;
+// A seam: the taskbar's notification area.
+struct NotifyIconFunctions {
+    std::function<BOOL(DWORD request, NOTIFYICONDATAW* record)> notify = Shell_NotifyIconW;
+};
 
 } // namespace quill

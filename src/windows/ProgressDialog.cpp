@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "gui/windowfn.h"
@@ -18,14 +19,6 @@ constexpr CLSID kShellDialog{
 constexpr LONG kAllowedFlags = PROGDLG_AUTOTIME | PROGDLG_NOTIME | PROGDLG_NOMINIMIZE |
                                PROGDLG_NOPROGRESSBAR | PROGDLG_MARQUEEPROGRESS | PROGDLG_NOCANCEL;
 
-ComPtr<IProgressDialog> CreateShellDialog()
-{
-    ComPtr<IProgressDialog> dialog;
-    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
-                           reinterpret_cast<void**>(dialog.GetAddressOf())));
-    return dialog;
-}
-
 } // namespace
 
 template <>
@@ -34,13 +27,15 @@ IDispatch* Create<::ProgressDialog>()
     return new ProgressDialog;
 }
 
-ShellDialogFactory& ShellDialogOfThread() noexcept
+ComPtr<IProgressDialog> CreateShellDialog()
 {
-    thread_local ShellDialogFactory factory = CreateShellDialog;
-    return factory;
+    ComPtr<IProgressDialog> dialog;
+    Check(CoCreateInstance(kShellDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IProgressDialog,
+                           reinterpret_cast<void**>(dialog.GetAddressOf())));
+    return dialog;
 }
 
-ProgressDialog::ProgressDialog() : dialog_(ShellDialogOfThread()()) {}
+ProgressDialog::ProgressDialog() : dialog_(Seam<ShellDialogs>().create()) {}
 
 ProgressDialog::~ProgressDialog()
 {

@@ -7,9 +7,13 @@
 
 namespace quill {
 
-// The shell's dialog; throws where there is none. Tests put their own in its place.
-using ShellDialogFactory = std::function<ComPtr<IProgressDialog>()>;
-ShellDialogFactory& ShellDialogOfThread() noexcept;
+// The shell's dialog. Throws AutomationError where there is none.
+ComPtr<IProgressDialog> CreateShellDialog();
+
+// A seam: where the shell's dialogs come from.
+struct ShellDialogs {
+    std::function<ComPtr<IProgressDialog>()> create = CreateShellDialog;
+};
 
 // What the dialog refuses is an error of the call, except in SetTimer.
 class ProgressDialog final : public Automation<_ProgressDialog> {

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
-#include "core/StartUp.h"
 #include "gui/windowfn.h"
 #include "windows/ProgressBarFn.h"
 
@@ -18,15 +18,6 @@ constexpr size_t kTextLimit = 1024; // UTF-16 units
 constexpr SHORT kDefaultMarqueeTime = 30;
 constexpr LONG kDefaultColor = static_cast<LONG>(CLR_DEFAULT);
 constexpr LONG kDarkBlue = 0x993300; // 0x00BBGGRR
-
-ComPtr<ITaskbarList3> CreateTaskbar()
-{
-    ComPtr<ITaskbarList3> taskbar;
-    if (FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER,
-                                IID_PPV_ARGS(&taskbar))))
-        return nullptr;
-    return taskbar;
-}
 
 SHORT Sum(SHORT left, SHORT right)
 {
@@ -49,10 +40,13 @@ IDispatch* Create<::ProgressWindow>()
     return new ProgressWindow;
 }
 
-TaskbarFactory& TaskbarOfThread() noexcept
+ComPtr<ITaskbarList3> CreateTaskbar()
 {
-    thread_local TaskbarFactory factory = CreateTaskbar;
-    return factory;
+    ComPtr<ITaskbarList3> taskbar;
+    if (FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_PPV_ARGS(&taskbar))))
+        return nullptr;
+    return taskbar;
 }
 
 ProgressWindow::ProgressWindow()
@@ -60,7 +54,7 @@ ProgressWindow::ProgressWindow()
       backColor_(kDefaultColor)
 {
     if (ThisApartment().osVersion < kWindows7) return;
-    taskbar_ = TaskbarOfThread()();
+    taskbar_ = Seam<Taskbars>().create();
     if (taskbar_ && FAILED(taskbar_->HrInit())) taskbar_.Reset();
 }
 

@@ -9,9 +9,13 @@
 
 namespace quill {
 
-// The platform's taskbar object, or null where there is none; tests put their own in its place.
-using TaskbarFactory = std::function<ComPtr<ITaskbarList3>()>;
-TaskbarFactory& TaskbarOfThread() noexcept;
+// The platform's taskbar object; null where there is none.
+ComPtr<ITaskbarList3> CreateTaskbar();
+
+// A seam: where taskbar objects come from.
+struct Taskbars {
+    std::function<ComPtr<ITaskbarList3>()> create = CreateTaskbar;
+};
 
 // The window stays until Remove, its close box, or the object's release. Properties take effect at
 // once where it is there, else when it is made.

@@ -1,7 +1,7 @@
 // Clients of the registered server, in the test's own process and in others.
 #pragma once
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {

@@ -66,8 +66,7 @@ void Do(const std::wstring& what)
 
 int wmain(int count, wchar_t** arguments)
 {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    quill::StartUp();
+    const quill::ApartmentRecord record;
     try {
         quill::test::Do(count > 1 ? arguments[1] : L"");
     } catch (const quill::AutomationError& error) {
@@ -79,6 +78,5 @@ int wmain(int count, wchar_t** arguments)
                     quill::test::Narrow(error.description).c_str());
         return 3;
     }
-    CoUninitialize();
     return 0;
 }

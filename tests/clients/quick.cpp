@@ -1,17 +1,16 @@
 // quick: the server, as it is in quill.exe, but without patience, to measure how it starts and ends
 // at the moment when clients come.
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/Module.h"
 #include "core/Registration.h"
-#include "core/StartUp.h"
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
 {
     using namespace quill;
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     int exitCode = 0;
     try {
-        StartUp();
+        const ApartmentRecord record;
         const std::wstring program = ThisApartment().programPath;
         if (wcscmp(commandLine, L"/regserver") == 0)
             RegisterServer(DefaultRegistrationScope(), program);
@@ -22,6 +21,5 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
     } catch (const AutomationError& error) {
         exitCode = error.number;
     }
-    CoUninitialize();
     return exitCode;
 }

@@ -405,8 +405,7 @@ int wmain(int count, wchar_t** arguments)
     using namespace quill::test;
     const std::wstring mode = count > 1 ? arguments[1] : L"";
     const int rounds = count > 2 ? _wtoi(arguments[2]) : 10;
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    quill::StartUp();
+    const quill::ApartmentRecord record(COINIT_MULTITHREADED);
     try {
         if (mode == L"clients")
             Clients(rounds);
@@ -427,6 +426,5 @@ int wmain(int count, wchar_t** arguments)
     } catch (const std::exception& error) {
         Fail(error.what());
     }
-    CoUninitialize();
     return failed ? 1 : 0;
 }

@@ -14,9 +14,9 @@
 #include <filesystem>
 #include <utility>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
-#include "core/StartUp.h"
 #include "core/TypeLibrary.h"
 #include "fuzz/Companion.h"
 #include "fuzz/Hostile.h"
@@ -801,8 +801,7 @@ int wmain(int count, wchar_t** arguments)
     using NoCache = void WINAPI();
     if (const auto noCache = quill::FindSystemFunction<NoCache>(L"oleaut32.dll", "SetOaNoCache"))
         noCache();
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    quill::StartUp();
+    const quill::ApartmentRecord record;
     OpenLedger();
     bool passed = false;
     try {

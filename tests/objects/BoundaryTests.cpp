@@ -4,9 +4,9 @@
 #include <new>
 #include <set>
 
+#include "core/Apartment.h"
 #include "core/Automation.h"
 #include "core/Catalogue.h"
-#include "core/StartUp.h"
 #include "core/quillfn.h"
 #include "support/ScriptObject.h"
 

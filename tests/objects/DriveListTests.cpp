@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "core/Apartment.h"
 #include "dialogs/frmDrives.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -28,7 +29,7 @@ class SlowDrives {
 public:
     SlowDrives()
     {
-        NameOfDriveOfThread() = [answer = answer_](const std::wstring& drive) {
+        Seam<DriveFunctions>().nameOf = [answer = answer_](const std::wstring& drive) {
             if (drive == L"C:") return std::wstring(L"Work");
             WaitForSingleObject(answer->get(), Desk::kDeadline);
             return std::wstring(L"late");
@@ -37,11 +38,11 @@ public:
     ~SlowDrives()
     {
         SetEvent(answer_->get());
-        NameOfDriveOfThread() = former_;
+        Seam<DriveFunctions>() = former_;
     }
 
 private:
-    const NameOfDrive former_ = NameOfDriveOfThread();
+    const DriveFunctions former_ = Seam<DriveFunctions>();
     std::shared_ptr<Event> answer_ =
         std::make_shared<Event>(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 };

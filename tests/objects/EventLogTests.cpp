@@ -6,6 +6,7 @@
 #include <sstream>
 #include <thread>
 
+#include "core/Apartment.h"
 #include "services/Logging.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
@@ -78,9 +79,9 @@ protected:
     {
         reported.clear();
         refusal = 0;
-        ReportEventOfThread() = RecordEvent;
+        Seam<EventLogFunctions>().report = RecordEvent;
     }
-    ~EventLogTest() override { ReportEventOfThread() = ReportEventW; }
+    ~EventLogTest() override { Seam<EventLogFunctions>().report = ReportEventW; }
 
     const TemporaryFolder folder_;
     const std::wstring path_ = folder_.Path(L"a.log");

@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "core/Apartment.h"
 #include "dialogs/MessageBox.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -23,7 +24,7 @@ class MessageBoxTest : public testing::Test {
 protected:
     MessageBoxTest()
     {
-        real_ = std::exchange(MessageBoxOfThread(), [this](const MSGBOXPARAMSW* box) {
+        real_ = std::exchange(Seam<MessageBoxFunctions>().show, [this](const MSGBOXPARAMSW* box) {
             EXPECT_EQ(box->cbSize, 40U);
             EXPECT_EQ(box->hwndOwner, nullptr);
             const std::wstring icon = IconText(box->lpszIcon);
@@ -33,7 +34,7 @@ protected:
             return IDYES;
         });
     }
-    ~MessageBoxTest() override { MessageBoxOfThread() = real_; }
+    ~MessageBoxTest() override { Seam<MessageBoxFunctions>().show = real_; }
 
     template <class... Arguments>
     const Shown& Show(Arguments&&... arguments)

@@ -1,3 +1,4 @@
+#include "core/Apartment.h"
 #include "sysinfo/Noise.h"
 
 #include <gtest/gtest.h>
@@ -49,10 +50,10 @@ BOOL WINAPI Wave(LPCWSTR sound, HMODULE module, DWORD flags)
 
 class NoiseTest : public testing::Test {
 protected:
-    NoiseTest() { SoundsOfThread() = {Tone, MessageSound, Wave}; }
+    NoiseTest() { Seam<SoundFunctions>() = {Tone, MessageSound, Wave}; }
     ~NoiseTest() override
     {
-        SoundsOfThread() = before_;
+        Seam<SoundFunctions>() = before_;
         window = nullptr;
         lastClient = nullptr;
     }
@@ -65,7 +66,7 @@ protected:
         return heard;
     }
 
-    const SoundFunctions before_ = SoundsOfThread();
+    const SoundFunctions before_ = Seam<SoundFunctions>();
     ScriptObject noise_ = ScriptObject::Make(L"Noise");
 };
 

@@ -2,7 +2,7 @@
 
 #include <tuple>
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "gui/windowfn.h"
 #include "support/EventListener.h"
 #include "support/Reaction.h"
@@ -58,7 +58,7 @@ class NoticeTest : public testing::Test {
 protected:
     NoticeTest()
     {
-        NotifyIconOfThread() = [this](DWORD request, NOTIFYICONDATAW* record) {
+        Seam<NotifyIconFunctions>().notify = [this](DWORD request, NOTIFYICONDATAW* record) {
             requests_.push_back(request);
             last_ = *record;
             if (request == NIM_ADD) {
@@ -73,8 +73,8 @@ protected:
     ~NoticeTest() override
     {
         notice_.Release();
-        NotifyIconOfThread() = Shell_NotifyIconW;
-        IconsOfThread() = icons_;
+        Seam<NotifyIconFunctions>().notify = Shell_NotifyIconW;
+        Seam<IconFunctions>() = icons_;
         ThisApartment().osVersion = version_;
     }
 
@@ -108,7 +108,7 @@ protected:
         return Clicked();
     }
 
-    const IconFunctions icons_ = IconsOfThread();
+    const IconFunctions icons_ = Seam<IconFunctions>();
     const int version_ = ThisApartment().osVersion;
     ScriptObject notice_ = ScriptObject::Make(L"Notice");
     bool real_ = false;
@@ -152,7 +152,7 @@ TEST_F(NoticeTest, IconsComeFromManySources)
 TEST_F(NoticeTest, StockIconsGoByNumber)
 {
     std::vector<std::pair<int, UINT>> asked;
-    IconsOfThread().stock = [&](int id, UINT flags, SHSTOCKICONINFO* info) {
+    Seam<IconFunctions>().stock = [&](int id, UINT flags, SHSTOCKICONINFO* info) {
         asked.emplace_back(id, flags);
         info->hIcon = CopyIcon(LoadIconW(nullptr, IDI_APPLICATION));
         return info->cbSize == 536 ? S_OK : E_INVALIDARG;
@@ -163,7 +163,7 @@ TEST_F(NoticeTest, StockIconsGoByNumber)
     notice_.Put(L"IconID", 32500);
     EXPECT_EQ(Try(L"ChangeIcon"), 0);
     EXPECT_EQ(asked, (std::vector<std::pair<int, UINT>>{{-79, 0x101}, {32500, 0x100}}));
-    IconsOfThread().stock = icons_.stock;
+    Seam<IconFunctions>().stock = icons_.stock;
     EXPECT_EQ(Try(L"ChangeIcon"), 2);
 }
 
@@ -189,7 +189,7 @@ TEST_F(NoticeTest, SendsWhatTheShellExpects)
     // A taskbar that refuses, and one that has the icon already.
     result_ = FALSE;
     EXPECT_EQ(Try(L"Add"), -1);
-    NotifyIconOfThread() = [&](DWORD request, NOTIFYICONDATAW*) {
+    Seam<NotifyIconFunctions>().notify = [&](DWORD request, NOTIFYICONDATAW*) {
         result_ = result_ || request == NIM_DELETE;
         return result_;
     };

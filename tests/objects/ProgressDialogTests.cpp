@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/Apartment.h"
 #include "support/Reaction.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -59,12 +60,12 @@ private:
 TEST(ProgressDialog, HandsOnWhatTheDialogMayHave)
 {
     Calls calls;
-    const ShellDialogFactory platform = std::exchange(ShellDialogOfThread(), [&calls] {
+    const auto platform = std::exchange(Seam<ShellDialogs>().create, [&calls] {
         return ComPtr<IProgressDialog>(new RecordingDialog(calls));
     });
     const auto told = [&] { return std::exchange(calls, {}); };
     ScriptObject dialog = ScriptObject::Make(L"ProgressDialog");
-    ShellDialogOfThread() = platform;
+    Seam<ShellDialogs>().create = platform;
     const auto useAll = [&] {
         dialog.Call(L"SetProgress", 1, -1);
         dialog.Call(L"SetProgress64", 1, 0.5);

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "gui/windowfn.h"
 #include "support/EventListener.h"
 #include "support/Reaction.h"
@@ -250,11 +250,13 @@ protected:
 
     TaskbarTest()
     {
-        TaskbarOfThread() = [this] { return ComPtr<ITaskbarList3>(new RecordingTaskbar(calls_)); };
+        Seam<Taskbars>().create = [this] {
+            return ComPtr<ITaskbarList3>(new RecordingTaskbar(calls_));
+        };
     }
     ~TaskbarTest() override
     {
-        TaskbarOfThread() = std::move(platform_);
+        Seam<Taskbars>() = std::move(platform_);
         ThisApartment().osVersion = QueryOsVersion();
     }
 
@@ -262,7 +264,7 @@ protected:
     Calls Told() { return std::exchange(calls_, {}); }
 
     Calls calls_;
-    TaskbarFactory platform_ = TaskbarOfThread();
+    Taskbars platform_ = Seam<Taskbars>();
 };
 
 TEST_F(TaskbarTest, FollowsTheBar)

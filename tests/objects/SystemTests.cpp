@@ -1,5 +1,6 @@
 // System, OsVersion and Me: what the computer of the tests cannot be is put in the platform's
 // place.
+#include "core/Apartment.h"
 #include "sysinfo/System.h"
 
 #include <gtest/gtest.h>
@@ -21,15 +22,15 @@ int buffers; // that the platform gave and has not got back
 
 class SystemTest : public testing::Test {
 protected:
-    ~SystemTest() override { MachineOfThread() = before_; }
+    ~SystemTest() override { Seam<MachineFunctions>() = before_; }
 
-    const MachineFunctions before_ = MachineOfThread();
+    const MachineFunctions before_ = Seam<MachineFunctions>();
     ScriptObject system_ = ScriptObject::Make(L"System");
 };
 
 TEST_F(SystemTest, BiosModeIsWhatTheFirmwareSays)
 {
-    MachineFunctions& machine = MachineOfThread();
+    MachineFunctions& machine = Seam<MachineFunctions>();
     machine.getFirmwareType = [](FIRMWARE_TYPE* type) WINAPI -> BOOL {
         *type = firmware;
         return firmware != FirmwareTypeMax;
@@ -51,14 +52,14 @@ TEST_F(SystemTest, BiosModeIsWhatTheFirmwareSays)
         firmwareError = static_cast<DWORD>(error);
         EXPECT_EQ(system_.Call(L"BiosMode", 1), mode);
     }
-    machine = {};
+    machine = {nullptr, nullptr, nullptr, nullptr};
     EXPECT_EQ(system_.Call(L"BiosMode"), 0);
     EXPECT_EQ(system_.Call(L"BiosMode", -1), 0);
 }
 
 TEST_F(SystemTest, ADomainIsToldAndItsBufferGivenBack)
 {
-    MachineFunctions& machine = MachineOfThread();
+    MachineFunctions& machine = Seam<MachineFunctions>();
     machine.getJoinInformation = [](LPCWSTR, LPWSTR* name, NETSETUP_JOIN_STATUS* type)
                                      WINAPI -> DWORD {
         *name = _wcsdup(L"EXAMPLE");
@@ -127,15 +128,15 @@ TEST(MeTest, ParentAndCallerAreThoseThatThePlatformTells)
         query(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof process, nullptr), 0);
     EXPECT_EQ(me.Get(L"ParentProcessID"), static_cast<long>(process.InheritedFromUniqueProcessId));
 
-    const GetCallerFunction before = GetCallerOfThread();
-    GetCallerOfThread() = [](DWORD* thread) WINAPI -> HRESULT {
+    const auto before = Seam<CallerFunctions>().getThread;
+    Seam<CallerFunctions>().getThread = [](DWORD* thread) WINAPI -> HRESULT {
         *thread = 4711;
         return S_FALSE; // another process
     };
     EXPECT_EQ(me.Get(L"CallerTID"), 4711);
-    GetCallerOfThread() = [](DWORD*) WINAPI -> HRESULT { return E_NOTIMPL; };
+    Seam<CallerFunctions>().getThread = [](DWORD*) WINAPI -> HRESULT { return E_NOTIMPL; };
     EXPECT_EQ(me.Get(L"CallerTID"), 0);
-    GetCallerOfThread() = before;
+    Seam<CallerFunctions>().getThread = before;
 }
 
 // A copy of this program for which Wine plays another Windows runs this test again.

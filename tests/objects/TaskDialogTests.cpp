@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "core/Apartment.h"
 #include "dialogs/TaskDialog.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -22,10 +23,10 @@ std::vector<std::wstring> Captions(UINT count, const TASKDIALOG_BUTTON* buttons,
 
 class TaskDialogTest : public testing::Test {
 protected:
-    TaskDialogTest() : real_(TaskDialogsOfThread())
+    TaskDialogTest() : real_(Seam<TaskDialogFunctions>())
     {
-        TaskDialogsOfThread().showIndirect = [this](const TASKDIALOGCONFIG* config, int* pressed,
-                                                    int* radio, BOOL* checked) {
+        Seam<TaskDialogFunctions>().showIndirect = [this](const TASKDIALOGCONFIG* config,
+                                                          int* pressed, int* radio, BOOL* checked) {
             flags_ = static_cast<LONG>(config->dwFlags);
             icon_ = IconText(config->pszMainIcon);
             footerIcon_ = IconText(config->pszFooterIcon);
@@ -40,16 +41,16 @@ protected:
             *checked = TRUE;
             return result_;
         };
-        TaskDialogsOfThread().show = [this](HWND, HINSTANCE, PCWSTR title, PCWSTR instruction,
-                                            PCWSTR content, int buttons, PCWSTR icon,
-                                            int* pressed) {
+        Seam<TaskDialogFunctions>().show = [this](HWND, HINSTANCE, PCWSTR title, PCWSTR instruction,
+                                                  PCWSTR content, int buttons, PCWSTR icon,
+                                                  int* pressed) {
             simple_ = {title, instruction, content ? content : L"(none)", std::to_wstring(buttons),
                        IconText(icon)};
             *pressed = pressed_;
             return result_;
         };
     }
-    ~TaskDialogTest() override { TaskDialogsOfThread() = real_; }
+    ~TaskDialogTest() override { Seam<TaskDialogFunctions>() = real_; }
 
     TaskDialogFunctions real_;
     ScriptObject dialog_ = ScriptObject::Make(L"TaskDialog");
@@ -155,7 +156,7 @@ TEST_F(TaskDialogTest, ErrorCodeHasTheClassicNumbers)
         EXPECT_EQ(dialog_.Get(L"ErrorCode"), number);
     }
     dialog_.Put(L"CustomButtons", 1);
-    TaskDialogsOfThread() = {};
+    Seam<TaskDialogFunctions>() = {nullptr, nullptr};
     for (const wchar_t* method : {L"Show", L"ShowEx"}) {
         EXPECT_EQ(dialog_.Call(method), short{0});
         EXPECT_EQ(dialog_.Get(L"ErrorCode"), 453) << "this Windows has no task dialog";

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "gui/Controls.h"
 #include "gui/guifn.h"
@@ -28,13 +29,13 @@ protected:
     ForegroundTest()
     {
         flashes_.clear();
-        ForegroundOfThread().flash = [](FLASHWINFO* info) {
+        Seam<Foreground>().flash = [](FLASHWINFO* info) {
             flashes_.push_back(*info);
             return TRUE;
         };
-        ForegroundOfThread().get = [] { return GetDesktopWindow(); };
+        Seam<Foreground>().get = [] { return GetDesktopWindow(); };
     }
-    ~ForegroundTest() override { ForegroundOfThread() = Foreground(); }
+    ~ForegroundTest() override { Seam<Foreground>() = Foreground(); }
 
     static inline std::vector<FLASHWINFO> flashes_;
     BareForm form_;
@@ -42,7 +43,7 @@ protected:
 
 TEST_F(ForegroundTest, AGrantedForegroundPlacesTheWindow)
 {
-    ForegroundOfThread().set = [](HWND) { return TRUE; };
+    Seam<Foreground>().set = [](HWND) { return TRUE; };
     form_.Show(true);
     EXPECT_TRUE(IsTopmost(form_.Window()));
     EXPECT_TRUE(flashes_.empty());
@@ -50,7 +51,7 @@ TEST_F(ForegroundTest, AGrantedForegroundPlacesTheWindow)
 
 TEST_F(ForegroundTest, ARefusedForegroundFlashes)
 {
-    ForegroundOfThread().set = [](HWND) { return FALSE; };
+    Seam<Foreground>().set = [](HWND) { return FALSE; };
     form_.Show(true);
     EXPECT_FALSE(IsTopmost(form_.Window()));
     ASSERT_EQ(flashes_.size(), 1U);
@@ -61,7 +62,7 @@ TEST_F(ForegroundTest, ARefusedForegroundFlashes)
 TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
 {
     const HWND front = form_.Window();
-    ForegroundOfThread().get = [front] { return front; };
+    Seam<Foreground>().get = [front] { return front; };
     BringToFront(front, true);
     EXPECT_FALSE(IsTopmost(front));
     EXPECT_FALSE(IsWindowVisible(front));

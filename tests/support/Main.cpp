@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "support/Robot.h"
 
 namespace {
@@ -32,9 +32,6 @@ int wmain(int count, wchar_t** arguments)
 {
     SetUnhandledExceptionFilter(ReportCrash);
     testing::InitGoogleTest(&count, arguments);
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    quill::StartUp();
-    const int exitCode = RUN_ALL_TESTS();
-    CoUninitialize();
-    return exitCode;
+    const quill::ApartmentRecord record;
+    return RUN_ALL_TESTS();
 }

@@ -1,6 +1,7 @@
 // Conversions, automation values and the message pump.
 #include <gtest/gtest.h>
 
+#include "core/Apartment.h"
 #include "core/Conversions.h"
 #include "core/MessagePump.h"
 
@@ -77,14 +78,14 @@ TEST(MessagePump, PutsQuitBackForTheLoopOutside)
 TEST(MessagePump, WaitEndsWithTheFirstMessage)
 {
     static int seen = 0;
-    SetMessagePreview([](MSG& message) { return message.message == WM_TIMER && ++seen; });
+    ThisApartment().preview = [](MSG& message) { return message.message == WM_TIMER && ++seen; };
     const UINT_PTR timer = SetTimer(nullptr, 0, 50, nullptr);
     const ULONGLONG begin = GetTickCount64();
     EXPECT_TRUE(WaitForMessages(10'000));
     EXPECT_LT(GetTickCount64() - begin, 5'000u);
     DispatchPending();
     KillTimer(nullptr, timer);
-    SetMessagePreview(nullptr);
+    ThisApartment().preview = nullptr;
     EXPECT_GE(seen, 1);
 }
 

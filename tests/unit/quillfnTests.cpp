@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "core/Variant.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"

@@ -7,8 +7,8 @@
 #include <set>
 #include <vector>
 
+#include "core/Apartment.h"
 #include "core/Platform.h"
-#include "core/StartUp.h"
 
 namespace quill::test {
 namespace {

@@ -1,7 +1,7 @@
 // quill.exe as it is started: by hand, by an installer, by the automation runtime.
 #include <gtest/gtest.h>
 
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 

@@ -1,16 +1,18 @@
-#include "core/StartUp.h"
+#include "core/Apartment.h"
 
 #include <vector>
 
+#include "core/AutomationError.h"
+
 namespace quill {
 
-ApartmentData& ThisApartment() noexcept
-{
-    thread_local ApartmentData data;
-    return data;
-}
+namespace {
 
-void StartUp()
+thread_local ApartmentRecord* recordOfThread = nullptr;
+
+} // namespace
+
+ApartmentRecord::ApartmentRecord(DWORD model) : osVersion(QueryOsVersion())
 {
     InitCommonControls();
     INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | 0x1FF};
@@ -18,8 +20,20 @@ void StartUp()
 
     std::vector<wchar_t> path(4096);
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    ThisApartment().programPath.assign(path.data(), length);
-    ThisApartment().osVersion = QueryOsVersion();
+    programPath.assign(path.data(), length);
+    Check(CoInitializeEx(nullptr, model));
+    recordOfThread = this;
+}
+
+ApartmentRecord::~ApartmentRecord()
+{
+    CoUninitialize(); // releases objects, which look for their thread's record
+    recordOfThread = nullptr;
+}
+
+ApartmentRecord& ThisApartment() noexcept
+{
+    return *recordOfThread;
 }
 
 bool ReadOsVersion(OSVERSIONINFOEXW& version) noexcept
