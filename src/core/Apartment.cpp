@@ -10,6 +10,40 @@ namespace {
 
 thread_local ApartmentRecord* recordOfThread = nullptr;
 
+// An event that its client is too busy for, with a modal dialog or a cell that is being edited, is
+// tried again for a while; without the filter it would be lost at once. Calls that come in are
+// served in any case.
+class RetryFilter final : public IMessageFilter {
+public:
+    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
+    {
+        if (!object) return E_POINTER;
+        const bool known = id == IID_IUnknown || id == IID_IMessageFilter;
+        *object = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; } // belongs to its record
+    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+
+    STDMETHODIMP_(DWORD) HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) noexcept override
+    {
+        return SERVERCALL_ISHANDLED;
+    }
+    // Returns after how many milliseconds to try again; -1 gives up.
+    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD waited, DWORD) noexcept override
+    {
+        return waited < kRetryForMilliseconds ? kRetryAfterMilliseconds : static_cast<DWORD>(-1);
+    }
+    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) noexcept override
+    {
+        return PENDINGMSG_WAITDEFPROCESS;
+    }
+
+private:
+    static constexpr DWORD kRetryForMilliseconds = 3'000;
+    static constexpr DWORD kRetryAfterMilliseconds = 100; // less would be at once
+};
+
 } // namespace
 
 ApartmentRecord::ApartmentRecord(DWORD model) : osVersion(QueryOsVersion())
@@ -23,6 +57,7 @@ ApartmentRecord::ApartmentRecord(DWORD model) : osVersion(QueryOsVersion())
     programPath.assign(path.data(), length);
     Check(CoInitializeEx(nullptr, model));
     recordOfThread = this;
+    if (model == COINIT_APARTMENTTHREADED) CoRegisterMessageFilter(&Part<RetryFilter>(), nullptr);
 }
 
 ApartmentRecord::~ApartmentRecord()

@@ -19,9 +19,8 @@
 
 #include <functional>
 
-#include "core/Apartments.h"
 #include "core/Conversions.h"
-#include "core/Module.h"
+#include "core/ObjectLife.h"
 #include "core/TypeLibrary.h"
 
 // The get and put of a stored property: its published type and name, the field that holds it, and

@@ -5,14 +5,14 @@
 
 namespace quill {
 
-// Where the objects of a class live. Services share the main thread; a class whose calls wait for
-// the user, or for anything else, gets an apartment from the pool.
-enum class Home { Main, Pool };
+// Which apartment the objects of a class live in. Those whose calls answer at once share one; those
+// that may wait for a user, a disk or the network get their own while there are enough.
+enum class Placement { Shared, Own };
 
 struct CatalogueRow {
     const CLSID& id;
     const wchar_t* name; // registered as Quill.<name>
-    Home home;
+    Placement placement;
     IDispatch* (*create)(); // a new object with no reference yet; throws
 };
 

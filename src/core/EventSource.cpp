@@ -92,10 +92,22 @@ bool IsGone(HRESULT result) noexcept
            result == CO_E_OBJNOTCONNECTED;
 }
 
+// What a call to a sink answers when its process has no time for it.
+bool IsBusy(HRESULT result) noexcept
+{
+    return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER;
+}
+
 } // namespace
 
-void ConnectionPoint::Fire(DISPID event, std::vector<Variant> arguments)
+bool ConnectionPoint::Fire(DISPID event, std::vector<Variant> arguments)
 {
+    // While another program waits in SendMessage, the platform refuses calls to third ones.
+    if ((InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND) ReplyMessage(0);
+    // A window that the script opens now would else stay behind the one whose user it answers.
+    AllowSetForegroundWindow(ASFW_ANY);
+
+    bool delivered = true;
     std::reverse(arguments.begin(), arguments.end()); // the last one stands first in a call
     const std::vector<Sink> connected = sinks_;       // handlers connect and disconnect meanwhile
     for (const Sink& sink : connected) {
@@ -104,7 +116,9 @@ void ConnectionPoint::Fire(DISPID event, std::vector<Variant> arguments)
             sink.object->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
                                 nullptr, nullptr, nullptr);
         if (IsGone(result)) Unadvise(sink.cookie);
+        delivered = delivered && !IsBusy(result);
     }
+    return delivered;
 }
 
 HRESULT ConnectionPoint::QueryInterface(REFIID id, void** object) noexcept

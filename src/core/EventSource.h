@@ -21,8 +21,9 @@ public:
 
     // Calls every sink that is connected now, one after the other, and waits for each; incoming
     // calls are served meanwhile. A sink that fails does not keep the others from hearing; one that
-    // is gone is dropped.
-    void Fire(DISPID event, std::vector<Variant> arguments);
+    // is gone is dropped. False when a client was too busy for the event, for longer than the
+    // apartment's message filter tries.
+    bool Fire(DISPID event, std::vector<Variant> arguments);
 
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override;
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return owner_.AddRef(); }
@@ -74,12 +75,13 @@ public:
     }
 
 protected:
+    // As ConnectionPoint::Fire.
     template <class... Arguments>
-    void Fire(DISPID event, Arguments... arguments)
+    bool Fire(DISPID event, Arguments... arguments)
     {
         std::vector<Variant> values;
         (values.emplace_back(arguments), ...);
-        point_.Fire(event, std::move(values));
+        return point_.Fire(event, std::move(values));
     }
 
     void* FindInterface(REFIID id) noexcept override

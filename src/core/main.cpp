@@ -4,9 +4,9 @@
 
 #include "core/Apartment.h"
 #include "core/AutomationError.h"
-#include "core/Module.h"
 #include "core/Registration.h"
 #include "core/Security.h"
+#include "core/Server.h"
 #include "core/Text.h"
 
 namespace quill {
@@ -103,7 +103,8 @@ void SecureAutomation()
 
 int Run(StartMode mode)
 {
-    const ApartmentRecord record;
+    // Only the objects need single-threaded apartments, and they get their own.
+    const ApartmentRecord record(COINIT_MULTITHREADED);
     switch (mode) {
     case StartMode::Serve: SecureAutomation(); return RunServer();
     case StartMode::Help: ShowHelp(); return 0;

@@ -2,15 +2,15 @@
 // at the moment when clients come.
 #include "core/Apartment.h"
 #include "core/AutomationError.h"
-#include "core/Module.h"
 #include "core/Registration.h"
+#include "core/Server.h"
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
 {
     using namespace quill;
     int exitCode = 0;
     try {
-        const ApartmentRecord record;
+        const ApartmentRecord record(COINIT_MULTITHREADED);
         const std::wstring program = ThisApartment().programPath;
         if (wcscmp(commandLine, L"/regserver") == 0)
             RegisterServer(DefaultRegistrationScope(), program);

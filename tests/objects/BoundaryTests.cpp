@@ -5,8 +5,8 @@
 #include <set>
 
 #include "core/Apartment.h"
+#include "core/ApartmentPool.h"
 #include "core/Automation.h"
-#include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "support/ScriptObject.h"
 
@@ -69,7 +69,7 @@ IDispatch* CreateNothing()
     throw std::bad_alloc();
 }
 
-const CatalogueRow kProbe{CLSID_Profile, L"Probe", Home::Pool, CreateProbe};
+const CatalogueRow kProbe{CLSID_Profile, L"Probe", Placement::Own, CreateProbe};
 
 TEST(Boundary, TurnsExceptionsIntoErrorsOfScripts)
 {
@@ -187,14 +187,49 @@ TEST(ApartmentPool, PassesTheFailureOfACreationOn)
     {
         ApartmentPool pool;
         ComPtr<IDispatch> object;
-        EXPECT_EQ(
-            pool.Create({CLSID_Profile, L"", Home::Pool, CreateNothing}, IID_IDispatch, &object),
-            E_OUTOFMEMORY);
+        EXPECT_EQ(pool.Create({CLSID_Profile, L"", Placement::Own, CreateNothing}, IID_IDispatch,
+                              &object),
+                  E_OUTOFMEMORY);
         EXPECT_FALSE(object);
         EXPECT_EQ(pool.Create(kProbe, IID_IStream, &object), E_NOINTERFACE);
         EXPECT_FALSE(object);
     }
     EXPECT_EQ(Probe::alive, 0);
+}
+
+// A class of this name that refuses to make windows stands in for a system that has none left.
+TEST(ApartmentPool, RefusesWhatHasNoWindowAndTriesAnewTheNextTime)
+{
+    UnregisterClassW(L"quill.Apartment", GetModuleHandleW(nullptr));
+    WNDCLASSEXW refusing{};
+    refusing.cbSize = sizeof refusing;
+    refusing.lpfnWndProc = [](HWND, UINT, WPARAM, LPARAM) WINAPI -> LRESULT { return 0; };
+    refusing.hInstance = GetModuleHandleW(nullptr);
+    refusing.lpszClassName = L"quill.Apartment";
+    ASSERT_TRUE(RegisterClassExW(&refusing));
+    ApartmentPool pool;
+    ComPtr<IDispatch> object;
+    EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), E_OUTOFMEMORY);
+    EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), E_OUTOFMEMORY);
+    EXPECT_TRUE(UnregisterClassW(L"quill.Apartment", GetModuleHandleW(nullptr)));
+    EXPECT_HRESULT_SUCCEEDED(pool.Create(kProbe, IID_IDispatch, &object));
+    object.Reset();
+    pool.Close();
+    EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), CO_E_SERVER_STOPPING);
+}
+
+TEST(Apartment, TriesAgainForAWhileWhenAClientIsBusy)
+{
+    ComPtr<IMessageFilter> filter;
+    ASSERT_HRESULT_SUCCEEDED(CoRegisterMessageFilter(nullptr, &filter));
+    ASSERT_TRUE(filter);
+    CoRegisterMessageFilter(filter.Get(), nullptr);
+    constexpr DWORD kRefused = 2; // SERVERCALL_RETRYLATER
+    EXPECT_EQ(filter->RetryRejectedCall(nullptr, 0, kRefused), 100u);
+    EXPECT_EQ(filter->RetryRejectedCall(nullptr, 2'900, kRefused), 100u);
+    EXPECT_EQ(filter->RetryRejectedCall(nullptr, 3'000, kRefused), DWORD(-1));
+    EXPECT_EQ(filter->HandleInComingCall(CALLTYPE_NESTED, nullptr, 0, nullptr),
+              DWORD{SERVERCALL_ISHANDLED});
 }
 
 } // namespace

@@ -171,5 +171,32 @@ TEST_F(ClockTest, SinksAreIndependent)
     EXPECT_EQ(point->Unadvise(0), CONNECT_E_NOCONNECTION);
 }
 
+// The platform refuses calls out of a message that another thread waits for; it gets its answer
+// first.
+TEST_F(ClockTest, AnEventFromASentMessageReachesItsSink)
+{
+    DWORD state = 0;
+    Reaction sink([&] { state = InSendMessageEx(nullptr); });
+    DWORD cookie = 0;
+    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(&sink, &cookie));
+    clock_.Call(L"SetTimer", 60'000);
+    const HWND window = CreateHiddenWindow(
+        L"quill.SentEvent",
+        [](HWND receiver, UINT message, WPARAM wParam, LPARAM lParam) WINAPI -> LRESULT {
+            if (message != WM_APP) return DefWindowProcW(receiver, message, wParam, lParam);
+            MSG timer;
+            while (!PeekMessageW(&timer, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE))
+                Sleep(1);
+            return DispatchMessageW(&timer);
+        },
+        nullptr, true);
+    Start(10);
+    std::thread sender([&] { SendMessageW(window, WM_APP, 0, 0); });
+    EXPECT_TRUE(PumpUntil([&] { return sink.calls == 1; }));
+    sender.join();
+    EXPECT_TRUE(state & ISMEX_REPLIED);
+    DestroyWindow(window);
+}
+
 } // namespace
 } // namespace quill::test

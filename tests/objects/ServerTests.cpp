@@ -1,7 +1,11 @@
 // What keeps the server running, with the calls of clients made on its own main thread.
 #include <gtest/gtest.h>
 
-#include "core/Module.h"
+#include <array>
+#include <thread>
+
+#include "core/Apartment.h"
+#include "core/Server.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
@@ -67,6 +71,29 @@ TEST(Server, TheLocksOfAKilledClientGoWithIt)
     EXPECT_EQ(RunServer(kPatience), 0);
     EXPECT_FALSE(hung);
     KillTimer(nullptr, timer);
+}
+
+// The platform lets go of the class objects when their apartment ends, after the server.
+TEST(Server, ClassObjectsThatAClientKeepsFailAfterItsEnd)
+{
+    std::thread server([] {
+        const ApartmentRecord record(COINIT_MULTITHREADED);
+        EXPECT_EQ(RunServer(kPatience), 0);
+    });
+    std::array<ComPtr<IClassFactory>, 24> kept;
+    const ULONGLONG deadline = GetTickCount64() + Desk::kDeadline;
+    for (ComPtr<IClassFactory>& factory : kept)
+        while (FAILED(CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr,
+                                       IID_PPV_ARGS(&factory))) &&
+               GetTickCount64() < deadline)
+            Sleep(1); // it has not started yet
+    ComPtr<IDispatch> profile;
+    ASSERT_TRUE(kept.back());
+    EXPECT_HRESULT_SUCCEEDED(kept.back()->CreateInstance(nullptr, IID_PPV_ARGS(&profile)));
+    profile.Reset();
+    server.join();
+    for (ComPtr<IClassFactory>& factory : kept)
+        EXPECT_TRUE(FAILED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&profile))));
 }
 
 } // namespace

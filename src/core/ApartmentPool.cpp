@@ -1,7 +1,7 @@
-#include "core/Apartments.h"
+#include "core/ApartmentPool.h"
 
-#include <algorithm>
-#include <new>
+#include <atomic>
+#include <thread>
 #include <utility>
 
 #include "core/Apartment.h"
@@ -20,22 +20,12 @@ constexpr UINT kCreateObject = WM_APP; // lParam: the Request
 
 } // namespace
 
-ApartmentLoad::ApartmentLoad() noexcept
-{
-    if (const auto load = ThisApartment().load) ++*load;
-}
-
-ApartmentLoad::~ApartmentLoad()
-{
-    if (const auto load = ThisApartment().load) --*load;
-}
-
 // A creation on its way to another apartment; lives on the stack of the thread that waits for it.
 struct ApartmentPool::Request {
     const CatalogueRow& row;
     REFIID id;
     Event done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    HRESULT result = E_UNEXPECTED;
+    HRESULT result = CO_E_SERVER_STOPPING; // until it is carried out
     IStream* marshalled = nullptr;
 
     void CarryOut() noexcept
@@ -47,13 +37,13 @@ struct ApartmentPool::Request {
         SetEvent(done.get());
     }
 
-    // Serves incoming calls until the creation is done.
-    void Wait() noexcept
+    // Serves incoming calls until the creation is done, or the apartment has ended without it.
+    void Wait(HANDLE apartmentEnded) noexcept
     {
-        HANDLE event = done.get();
+        const HANDLE events[]{done.get(), apartmentEnded};
         DWORD index;
-        const HRESULT waited = CoWaitForMultipleHandles(0, INFINITE, 1, &event, &index);
-        if (FAILED(waited)) WaitForSingleObject(event, INFINITE);
+        if (FAILED(CoWaitForMultipleHandles(0, INFINITE, 2, const_cast<HANDLE*>(events), &index)))
+            WaitForMultipleObjects(2, events, FALSE, INFINITE);
     }
 };
 
@@ -117,39 +107,49 @@ ApartmentPool::~ApartmentPool()
 
 void ApartmentPool::Close() noexcept
 {
-    if (!std::exchange(closed_, true))
-        for (const auto& apartment : apartments_)
-            if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
+    {
+        const std::lock_guard lock(mutex_);
+        if (!std::exchange(closed_, true))
+            for (const auto& apartment : apartments_)
+                if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
+    }
     // Their windows and ours send each other messages while they go.
     for (const auto& apartment : apartments_)
         if (apartment) WaitForEvent(apartment->ended.get());
 }
 
-ApartmentPool::Apartment& ApartmentPool::Choose()
+std::unique_ptr<ApartmentPool::Apartment>& ApartmentPool::Choose(Placement placement)
 {
-    Apartment* least = nullptr;
+    auto& shared = apartments_.front();
+    if (placement == Placement::Shared) return shared;
+    std::unique_ptr<Apartment>* least = nullptr;
     for (auto& apartment : apartments_) {
-        if (!apartment) { // all before it have objects
-            apartment = std::make_unique<Apartment>();
-            return *apartment;
-        }
-        if (apartment->load == 0) return *apartment;
-        if (!least || apartment->load < least->load) least = apartment.get();
+        if (&apartment == &shared) continue;
+        if (!apartment || apartment->load == 0) return apartment; // all before it have objects
+        if (!least || apartment->load < (*least)->load) least = &apartment;
     }
     return *least;
 }
 
+ApartmentPool::Apartment& ApartmentPool::Reserve(Placement placement)
+{
+    const std::lock_guard lock(mutex_);
+    if (closed_) Check(CO_E_SERVER_STOPPING);
+    std::unique_ptr<Apartment>& chosen = Choose(placement);
+    if (!chosen) chosen = std::make_unique<Apartment>();
+    ++chosen->load;
+    return *chosen;
+}
+
 HRESULT ApartmentPool::Create(const CatalogueRow& row, REFIID id, void** object) noexcept
 {
-    if (closed_) return CO_E_SERVER_STOPPING;
     try {
-        Apartment& apartment = Choose();
         Request request{row, id};
         if (!request.done) RaiseLastError();
-        ++apartment.load; // a creation that comes in during the wait goes elsewhere
+        Apartment& apartment = Reserve(row.placement);
         if (PostMessageW(apartment.window, kCreateObject, 0, reinterpret_cast<LPARAM>(&request)))
-            request.Wait();
-        --apartment.load;
+            request.Wait(apartment.ended.get());
+        --apartment.load; // the object counts itself
         if (FAILED(request.result)) return request.result;
         return CoGetInterfaceAndReleaseStream(request.marshalled, id, object);
     } catch (...) {

@@ -1,12 +1,13 @@
-#include "core/Module.h"
+#include "core/Server.h"
 
+#include <algorithm>
 #include <deque>
 #include <utility>
 
-#include "core/Apartments.h"
+#include "core/ApartmentPool.h"
 #include "core/AutomationError.h"
-#include "core/Catalogue.h"
 #include "core/MessagePump.h"
+#include "core/ObjectLife.h"
 
 namespace quill {
 
@@ -18,52 +19,34 @@ constexpr UINT kLateMilliseconds = 500;
 constexpr UINT kUnlocked = WM_APP; // the last lock is gone
 constexpr UINT_PTR kTimer = 1;
 
-std::atomic<long> locks{0};
-std::atomic<HWND> mainWindow{nullptr}; // hears of the last unlock; null while there is no server
-
-void Lock() noexcept
-{
-    ++locks;
-    CoAddRefServerProcess();
-}
-
-void Unlock() noexcept
-{
-    CoReleaseServerProcess();
-    if (--locks == 0 && mainWindow) PostMessageW(mainWindow, kUnlocked, 0, 0);
-}
-
-// The class object of one catalogue row. Lives as long as the server.
+// The class object of one catalogue row. Clients call it on any thread.
 class ClassObject final : public IClassFactory, public IExternalConnection {
 public:
     ClassObject(const CatalogueRow& row, ApartmentPool& pool) : row_(row), pool_(pool) {}
 
-    HRESULT Register() noexcept
+    void Register()
     {
-        const HRESULT registered =
-            CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
-                                  REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_);
-        if (FAILED(registered)) return registered;
-        // Clients that are on their way when it is revoked still find it. What the platform counts
-        // for that is no client.
-        const DWORD before = clients_.Count();
+        Check(CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
+                                    REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_));
+        ofRegistration_ = references_.Count();
+        // Clients that are on their way when it is revoked still find it.
         CoLockObjectExternal(static_cast<IClassFactory*>(this), TRUE, TRUE);
-        own_ = clients_.Count();
-        ownRevoked_ = own_ - before;
-        return S_OK;
+        ofLock_ = references_.Count() - ofRegistration_;
     }
     void Revoke() noexcept
     {
         if (registration_ == 0) return;
-        own_ = ownRevoked_;
+        ofRegistration_ = 0;
         CoRevokeClassObject(std::exchange(registration_, 0));
     }
+    // Calls of clients fail from now on.
     void Disconnect() noexcept
     {
         Revoke();
         CoLockObjectExternal(static_cast<IClassFactory*>(this), FALSE, TRUE);
+        CoDisconnectObject(static_cast<IClassFactory*>(this), 0);
     }
-    bool HasClients() const noexcept { return clients_.Count() > own_; }
+    bool HasClients() const noexcept { return references_.Count() > ofRegistration_ + ofLock_; }
 
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
     {
@@ -75,7 +58,7 @@ public:
             *object = static_cast<IExternalConnection*>(this);
         return *object ? S_OK : E_NOINTERFACE;
     }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; } // never freed
     STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) noexcept override
@@ -84,48 +67,48 @@ public:
         *object = nullptr;
         if (outer) return CLASS_E_NOAGGREGATION;
         const ServerLock during;
-        return row_.home == Home::Main ? CreateHere(row_, id, object)
-                                       : pool_.Create(row_, id, object);
+        return pool_.Create(row_, id, object);
     }
     STDMETHODIMP LockServer(BOOL lock) noexcept override
     {
         if (lock) {
-            Lock();
             ++clientLocks_;
+            LockServerProcess();
             return S_OK;
         }
         // One more unlock than locks would let the server end under the objects of others.
         long held = clientLocks_;
         while (held > 0 && !clientLocks_.compare_exchange_weak(held, held - 1)) {
         }
-        if (held > 0) Unlock();
+        if (held > 0) UnlockServerProcess();
         return S_OK;
     }
 
     STDMETHODIMP_(DWORD) AddConnection(DWORD type, DWORD) noexcept override
     {
-        return type & EXTCONN_STRONG ? clients_.Add() : 0;
+        return type & EXTCONN_STRONG ? references_.Add() : 0;
     }
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD, BOOL) noexcept override
     {
-        const DWORD left = type & EXTCONN_STRONG ? clients_.Remove() : clients_.Count();
-        // A client that was killed takes none of its locks back.
-        if (left <= own_)
+        const DWORD left = type & EXTCONN_STRONG ? references_.Remove() : references_.Count();
+        // A client that was killed undoes none of its locks.
+        if (!HasClients())
             for (long held = clientLocks_.exchange(0); held > 0; --held)
-                Unlock();
+                UnlockServerProcess();
         return left;
     }
 
 private:
     const CatalogueRow& row_;
     ApartmentPool& pool_;
-    ClientCount clients_;
-    std::atomic<DWORD> own_{0}; // of these, those that the server has itself
-    DWORD ownRevoked_ = 0;
+    ClientCount references_; // of clients, and those that the platform itself counts:
+    DWORD ofRegistration_ = 0;
+    DWORD ofLock_ = 0;
     std::atomic<long> clientLocks_{0};
     DWORD registration_ = 0;
 };
 
+// What becomes of a server. Never freed: a client's call may be inside when it has ended.
 class Server {
 public:
     explicit Server(const Patience& patience) : patience_(patience) {}
@@ -135,13 +118,13 @@ public:
         window_ = CreateHiddenWindow(L"quill.Server", WindowProcedure, this, false);
         CoAddRefServerProcess(); // keeps the class objects open while the server lingers
         for (const CatalogueRow& row : kCatalogue)
-            Check(classes_.emplace_back(row, pool_).Register());
-        SetTimer(window_, kTimer, patience_.firstClient, nullptr);
-        mainWindow = window_;
+            classes_.emplace_back(row, pool_).Register();
+        Enter(Phase::Serving);
+        NotifyUnlocked(window_, kUnlocked);
         Check(CoResumeClassObjects());
         const int exitCode = RunMessageLoop();
-        EndSoon();
-        mainWindow = nullptr;
+        NotifyUnlocked(nullptr, 0);
+        Enter(Phase::Ended); // where something else has ended the loop
         for (ClassObject& object : classes_)
             object.Disconnect();
         DestroyWindow(window_);
@@ -149,6 +132,13 @@ public:
     }
 
 private:
+    enum class Phase {
+        Serving,
+        Closed,   // new clients find another server; those that came in just before are served
+        LastCall, // clients that hold class objects get time to use them
+        Ended,
+    };
+
     static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam,
                                             LPARAM lParam) noexcept
     {
@@ -159,60 +149,71 @@ private:
         }
         auto* self = reinterpret_cast<Server*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         switch (message) {
-        case kUnlocked:
-            SetTimer(window, kTimer, self->closed_ ? kLateMilliseconds : self->patience_.linger,
-                     nullptr);
-            return 0;
-        case WM_TIMER: self->EndIfIdle(); return 0;
+        case kUnlocked: self->OnUnlocked(); return 0;
+        case WM_TIMER: self->OnTimer(); return 0;
         case WM_CLOSE: return 0; // asked of all windows; means those that the user sees
         case WM_QUERYENDSESSION: return TRUE;
         case WM_ENDSESSION:
-            if (wParam) self->EndWithSession();
+            // The system ends the process any time after this: what is open ends before. A script
+            // gets the answer of a user who cancelled.
+            if (wParam) self->Enter(Phase::Ended);
             return 0;
         default: return DefWindowProcW(window, message, wParam, lParam);
         }
     }
 
-    void EndIfIdle() noexcept
+    void Enter(Phase phase) noexcept
+    {
+        if (phase_ == Phase::Ended) return;
+        phase_ = phase;
+        switch (phase) {
+        case Phase::Serving: Wait(patience_.firstClient); break;
+        case Phase::Closed:
+            TurnAwayNewClients();
+            Wait(kLateMilliseconds);
+            break;
+        case Phase::LastCall: Wait(patience_.lastCall); break;
+        case Phase::Ended:
+            StartWatchdog();
+            TurnAwayNewClients();
+            pool_.Close();
+            PostQuitMessage(0);
+            break;
+        }
+    }
+
+    void Wait(UINT milliseconds) noexcept { SetTimer(window_, kTimer, milliseconds, nullptr); }
+
+    void OnUnlocked() noexcept
+    {
+        Wait(phase_ == Phase::Serving ? patience_.linger : kLateMilliseconds);
+    }
+
+    void OnTimer() noexcept
     {
         KillTimer(window_, kTimer);
-        if (locks != 0) return;
-        if (!closed_) {
+        if (IsServerLocked()) return;
+        switch (phase_) {
+        case Phase::Serving:
             // At zero the platform turns new clients to a new server, in the same step.
-            if (CoReleaseServerProcess() != 0) {
+            if (CoReleaseServerProcess() == 0)
+                Enter(Phase::Closed);
+            else
                 CoAddRefServerProcess();
-                return;
-            }
-            TurnAwayNewClients();
-            // A client that came in just before still gets its object; the server ends after it.
-            SetTimer(window_, kTimer, kLateMilliseconds, nullptr);
-            return;
+            break;
+        case Phase::Closed: Enter(HasClients() ? Phase::LastCall : Phase::Ended); break;
+        case Phase::LastCall: Enter(Phase::Ended); break;
+        case Phase::Ended: break;
         }
-        if (HasClients() && !std::exchange(lastCall_, true)) {
-            SetTimer(window_, kTimer, patience_.lastCall, nullptr);
-            return;
-        }
-        PostQuitMessage(0);
     }
 
     void TurnAwayNewClients() noexcept
     {
-        closed_ = true;
         for (ClassObject& object : classes_)
             object.Revoke();
     }
 
-    // The system ends the process any time after this: what is open ends before. A script gets
-    // the answer of a user who cancelled.
-    void EndWithSession() noexcept
-    {
-        EndSoon();
-        TurnAwayNewClients();
-        pool_.Close();
-        PostQuitMessage(0);
-    }
-
-    void EndSoon() const noexcept
+    void StartWatchdog() const noexcept
     {
         HANDLE timer;
         if (patience_.end != 0)
@@ -223,34 +224,22 @@ private:
 
     bool HasClients() const noexcept
     {
-        for (const ClassObject& object : classes_)
-            if (object.HasClients()) return true;
-        return false;
+        return std::any_of(classes_.begin(), classes_.end(),
+                           [](const ClassObject& object) { return object.HasClients(); });
     }
 
     const Patience patience_;
     HWND window_ = nullptr;
     ApartmentPool pool_;
     std::deque<ClassObject> classes_;
-    bool closed_ = false;   // no new clients come in any more
-    bool lastCall_ = false; // those that hold class objects have been given time
+    Phase phase_ = Phase::Serving;
 };
 
 } // namespace
 
-ServerLock::ServerLock() noexcept
-{
-    Lock();
-}
-
-ServerLock::~ServerLock()
-{
-    Unlock();
-}
-
 int RunServer(const Patience& patience)
 {
-    return Server(patience).Run();
+    return (new Server(patience))->Run();
 }
 
 } // namespace quill
