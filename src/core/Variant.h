@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "core/AutomationError.h"
@@ -13,11 +14,12 @@ Bstr MakeBstr(std::wstring_view text);
 
 using Array = Owned<SAFEARRAY*, SafeArrayDestroy>;
 
-// A VARIANT that releases what it holds.
+// A VARIANT that releases what it holds. All of its bytes are zero where it holds nothing: values
+// are filled in by their bytes, some of them not to the end.
 class Variant : public VARIANT {
 public:
-    Variant() noexcept { VariantInit(this); }
-    Variant(Variant&& other) noexcept : VARIANT(other) { VariantInit(&other); }
+    Variant() noexcept : VARIANT() {}
+    Variant(Variant&& other) noexcept : VARIANT(other.Detach()) {}
     Variant& operator=(Variant&& other) noexcept
     {
         std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
@@ -39,12 +41,7 @@ public:
     static Variant Dereferenced(const VARIANT& value);
 
     // Gives the value away.
-    VARIANT Detach() noexcept
-    {
-        const VARIANT value = *this;
-        VariantInit(this);
-        return value;
-    }
+    VARIANT Detach() noexcept { return std::exchange(static_cast<VARIANT&>(*this), VARIANT()); }
 };
 
 // A zero-based array of this many elements, all of them 0 or empty. Throws std::bad_alloc.
