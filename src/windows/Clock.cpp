@@ -45,8 +45,10 @@ bool Clock::WaitForBuzz(LONG timeout) const
     return buzzes_ != before;
 }
 
-void CALLBACK Clock::OnTimer(Clock* self, HWND, UINT, UINT_PTR, DWORD) noexcept
+void CALLBACK Clock::OnTimer(Clock* self, HWND, UINT, UINT_PTR timer, DWORD) noexcept
 {
+    // The message of a timer that was stopped may be on its way already.
+    if (timer != self->timer_) return;
     const ComPtr<_Clock> alive(self); // the handler may release the object
     self->Stop();
     ++self->buzzes_;

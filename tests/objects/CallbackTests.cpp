@@ -98,6 +98,19 @@ TEST_F(ClockTest, BuzzesOnceForEachTimer)
     EXPECT_FALSE(PumpUntil([&] { return listener.Count() > 1; }, 150)) << "removed";
 }
 
+// The message of the old timer is out of the queue when the new one starts.
+TEST_F(ClockTest, AnOldTimerDoesNotRingForTheNewOne)
+{
+    EventListener listener(clock_.Dispatch());
+    Start(10);
+    MSG old{};
+    ASSERT_GT(GetMessageW(&old, nullptr, WM_TIMER, WM_TIMER), 0);
+    Start(60'000);
+    DispatchMessageW(&old);
+    EXPECT_EQ(listener.Count(), 0U);
+    EXPECT_TRUE(Running());
+}
+
 TEST_F(ClockTest, CanBeWaitedForWithoutEvents)
 {
     EXPECT_FALSE(clock_.Call(L"Wait").Truth()) << "nothing to wait for";
