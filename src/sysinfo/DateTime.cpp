@@ -75,6 +75,7 @@ DATE DateTime::Time()
 
 DATE DateTime::Now()
 {
+    // Kept as published: the clock is read twice, the time first.
     const DATE time = Time();
     return time + Date();
 }

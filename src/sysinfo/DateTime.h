@@ -30,7 +30,7 @@ public:
     STDMETHODIMP get_TimeZoneType(LONG* value) noexcept override { return Get(value, zone_.kind); }
     STDMETHODIMP get_TimeZoneName(BSTR* value) noexcept override
     {
-        return Get(value, zone_.Name());
+        return Call(value, &DateTime::ZoneName);
     }
     STDMETHODIMP get_TimeBias(LONG* value) noexcept override
     {
@@ -47,6 +47,7 @@ public:
 private:
     static DATE Convert(DATE date, bool fromUtc);
     void Refresh() noexcept { zone_ = TimeZone::Current(); }
+    std::wstring ZoneName() const { return zone_.Name(); }
     static DATE Date();
     static DATE Time();
     static DATE Now();
