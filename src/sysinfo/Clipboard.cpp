@@ -55,6 +55,17 @@ GlobalBlock MakeBlock(const void* bytes, size_t count, size_t size) noexcept
     return block;
 }
 
+// Null when the platform refuses.
+Owned<HWND, DestroyWindow> MakeOwner()
+{
+    try {
+        return Owned<HWND, DestroyWindow>(
+            CreateHiddenWindow(L"quill.Clipboard", DefWindowProcW, nullptr, true));
+    } catch (const AutomationError&) {
+        return nullptr;
+    }
+}
+
 // The clipboard owns a block that it has taken.
 void Place(UINT format, GlobalBlock block) noexcept
 {
@@ -94,19 +105,20 @@ void Clipboard::WriteText(const std::wstring& text) const
     GlobalBlock locale;
     if (unicode_) {
         const size_t size = (text.size() + 1) * sizeof(wchar_t);
-        block = MakeBlock(text.c_str(), size, 2 * size); // twice what is needed, as ever
+        // Kept as published: twice the size.
+        block = MakeBlock(text.c_str(), size, 2 * size);
     } else {
         const std::string ansi = ToAnsi(text);
         block = MakeBlock(ansi.c_str(), ansi.size() + 1, ansi.size() + 1);
         // Without it, readers of Unicode text would get the bytes by the code page of the user's
-        // keyboard.
+        // keyboard. Where the code page is UTF-8, no locale stands for it.
         const LCID system = GetSystemDefaultLCID();
-        locale = MakeBlock(&system, sizeof system, sizeof system);
+        if (GetACP() != CP_UTF8) locale = MakeBlock(&system, sizeof system, sizeof system);
     }
     // The platform wants an owner for what is emptied and filled. It is gone when the call is over,
-    // so that no program has to wait for an answer of ours.
-    const Owned<HWND, DestroyWindow> owner(
-        CreateHiddenWindow(L"quill.Clipboard", DefWindowProcW, nullptr, true));
+    // so that no program has to wait for our answer.
+    const auto owner = MakeOwner();
+    if (!owner) return;
     const OpenedClipboard clipboard(owner.get());
     if (!clipboard || !EmptyClipboard()) return;
     if (locale) Place(CF_LOCALE, std::move(locale));

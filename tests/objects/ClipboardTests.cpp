@@ -3,6 +3,7 @@
 #include <string>
 #include <thread>
 
+#include "support/Robot.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {
@@ -71,6 +72,22 @@ TEST_F(ClipboardTest, WaitsHalfASecondForAnotherProgram)
                     150);
     }
     EXPECT_EQ(clipboard_.Get(L"Text"), L"new");
+}
+
+LRESULT CALLBACK RefuseOwners(int code, WPARAM wParam, LPARAM lParam)
+{
+    const auto window = reinterpret_cast<HWND>(wParam);
+    const bool owner = code == HCBT_CREATEWND && Desk::ClassOf(window) == L"quill.Clipboard";
+    return owner ? 1 : CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+TEST_F(ClipboardTest, AWriteThatFailsIsQuiet)
+{
+    clipboard_.Put(L"Text", L"old");
+    const HHOOK hook = SetWindowsHookExW(WH_CBT, RefuseOwners, nullptr, GetCurrentThreadId());
+    EXPECT_EQ(ErrorOf([&] { clipboard_.Put(L"Text", L"new"); }), ScriptError{});
+    UnhookWindowsHookEx(hook);
+    EXPECT_EQ(clipboard_.Get(L"Text"), L"old");
 }
 
 TEST_F(ClipboardTest, LeavesWhatOtherProgramsExpect)
