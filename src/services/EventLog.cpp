@@ -37,6 +37,7 @@ void EventLog::SetMode(SHORT mode)
 
 void EventLog::LogEvent(const std::wstring& text, LONG icon)
 {
+    // Kept as published: where the error stays quiet, the empty text is recorded.
     if (text.empty()) Fail(error::kNoLogText);
     const Logging service(file_.empty() ? kDefaultFile : file_, static_cast<LogMode>(mode_));
     service.Log(text, TypeOfIcon(icon));

@@ -23,7 +23,8 @@ private:
     void LogEvent(const std::wstring& text, LONG icon);
 
     std::wstring file_;
-    SHORT mode_ = static_cast<SHORT>(LogMode::Automatic); // the logging service's number
+    // Kept as published: reads as the logging service's number.
+    SHORT mode_ = static_cast<SHORT>(LogMode::Automatic);
 };
 
 } // namespace quill

@@ -48,12 +48,12 @@ std::wstring AsInsertion(std::wstring_view text)
     return shown;
 }
 
-// 0, or why the system's event log refuses an event.
-DWORD LogToSystem(const std::wstring& text, LogEventType type)
+// Records the text from `begin` on, and moves `begin` behind what is recorded. 0, or why the
+// system's event log refuses an event.
+DWORD LogToSystem(const std::wstring& text, LogEventType type, size_t& begin)
 {
     const EventSourceHandle source(RegisterEventSourceW(nullptr, kSource));
     if (!source) return GetLastError();
-    size_t begin = 0;
     do {
         const size_t length = LengthOfPart(text, begin);
         const std::wstring part = AsInsertion(std::wstring_view(text).substr(begin, length));
@@ -175,14 +175,14 @@ void LogToFile(const std::wstring& name, const std::wstring& line)
 
 void Logging::Log(const std::wstring& text, LogEventType type) const
 {
+    size_t recorded = 0; // in the system's event log; the file gets what is left
     if (mode_ != LogMode::File) {
-        const DWORD refusal = LogToSystem(text, type);
+        const DWORD refusal = LogToSystem(text, type, recorded);
         if (refusal == ERROR_SUCCESS) return;
         SetLastError(refusal);
         if (mode_ == LogMode::System) RaiseLastError();
     }
-    const std::wstring file = file_; // a call that comes in meanwhile may set another
-    LogToFile(file, LineOf(text, type));
+    LogToFile(file_, LineOf(text.substr(recorded), type));
 }
 
 } // namespace quill

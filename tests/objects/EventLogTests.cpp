@@ -26,13 +26,14 @@ struct Reported {
 };
 
 thread_local std::vector<Reported> reported;
-thread_local DWORD refusal; // what the system's event log answers; 0: it takes the event
+thread_local DWORD refusal;      // what the system's event log answers; 0: it takes the event
+thread_local size_t takenBefore; // events that it takes before it refuses
 
 BOOL WINAPI RecordEvent(HANDLE, WORD type, WORD category, DWORD id, PSID, WORD count, DWORD,
                         LPCWSTR* texts, void*)
 {
     SetLastError(refusal);
-    if (refusal) return FALSE;
+    if (refusal && reported.size() >= takenBefore) return FALSE;
     reported.push_back({type, category, id, {texts, texts + count}});
     return TRUE;
 }
@@ -79,6 +80,7 @@ protected:
     {
         reported.clear();
         refusal = 0;
+        takenBefore = 0;
         Seam<EventLogFunctions>().report = RecordEvent;
     }
     ~EventLogTest() override { Seam<EventLogFunctions>().report = ReportEventW; }
@@ -229,6 +231,16 @@ TEST_F(EventLogTest, ARefusedEventGoesToTheFileInAutomaticMode)
     log_.Put(L"mode", 1);
     EXPECT_EQ(ErrorOf([&] { log_.Call(L"Report", L"refused"); }).number, 0x80070005u);
     EXPECT_EQ(Contents(path_).find("refused"), std::string::npos);
+}
+
+TEST_F(EventLogTest, WhatTheSystemsLogHasIsNotRecordedAgain)
+{
+    refusal = ERROR_LOG_FILE_FULL;
+    takenBefore = 1;
+    log_.Put(L"File", path_);
+    log_.Call(L"Report", std::wstring(31'839, L'a') + L"rest");
+    EXPECT_EQ(reported.size(), 1U);
+    EXPECT_TRUE(Contents(path_).ends_with("\tInformation\trest\r\n"));
 }
 
 // A lock belongs to a handle, so writers on threads meet as those in other processes do.
