@@ -64,7 +64,11 @@ bool FileExists(std::wstring& path, bool resolve) noexcept
     try {
         if (resolve && !path.empty() && PathIsFileSpecW(path.c_str()))
             path = WithTrailingBackslash(HomeFolder()) + path;
-        return GetFileAttributesA(ToAnsi(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+        const std::string ansi = ToAnsi(path);
+        // Kept as published: no name outside the code page exists. The conversion may have put
+        // similar letters in place of what the code page lacks.
+        return FromAnsi(ansi) == path &&
+               GetFileAttributesA(ansi.c_str()) != INVALID_FILE_ATTRIBUTES;
     } catch (...) {
         return false;
     }

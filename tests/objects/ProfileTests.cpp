@@ -52,6 +52,11 @@ TEST_F(ProfileTest, FileMustExist)
     const wchar_t* name = L"object_tests.exe";
     EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", name); }), NotFound(name));
 
+    // Nor taken for the file with a similar letter.
+    const std::wstring outside = folder_.Write(L"\u0100.ini", "");
+    folder_.Write(L"A.ini", "");
+    EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", outside); }), NotFound(outside));
+
     profile.Put(L"File", folder_.Path(L"")); // a folder counts
     profile.Put(L"File", path_);
     EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", missing); }), NotFound(missing));
