@@ -45,7 +45,7 @@ bool BinFile::Open(const std::wstring& path, bool writeAccess)
     SetLastError(NO_ERROR);
     DWORD high = 0;
     if (GetFileSize(opened, &high) == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
-        // A volume, not a file. It stays held until the server ends, as it always has.
+        // Kept as published: a volume, which is not a file, stays held until the server ends.
         static_cast<void>(file.release());
         return false;
     }

@@ -10,7 +10,8 @@ namespace {
 
 enum Time : SHORT { kCreation = 1, kLastWrite = 2, kLastAccess = 4 };
 
-// Null where the platform refuses. Nobody else may have the file open meanwhile.
+// Null where the platform refuses. Shared with nobody, which opens for attributes alone neither
+// respect nor demand.
 FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags)
 {
     const HANDLE file = CreateFileW(path.c_str(), access, 0, nullptr, disposition, flags, nullptr);
