@@ -26,7 +26,8 @@ SHORT Sum(SHORT left, SHORT right)
     return static_cast<SHORT>(sum);
 }
 
-// As the taskbar takes it: the number as Currency, ten thousand times as large.
+// Kept as published: the number as Currency, ten thousand times as large. The taskbar shows the
+// ratio.
 ULONGLONG AsCurrency(SHORT number) noexcept
 {
     return static_cast<ULONGLONG>(number * 10'000LL);
@@ -349,12 +350,12 @@ void ProgressWindow::PushState(SHORT state) noexcept
         taskbar_->SetProgressState(form_->Window(), static_cast<TBPFLAG>(state));
 }
 
-// A value brings a taskbar without progress, or with one that cycles, to a normal one.
+// Kept as published: the value alone, although it brings a taskbar without progress, or with one
+// that cycles, to the normal state.
 void ProgressWindow::PushValue() noexcept
 {
-    if (tbMode_ == 0 || !Shown()) return;
-    taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
-    if (tbState_ == TBPF_NOPROGRESS || tbState_ == TBPF_INDETERMINATE) PushState(tbState_);
+    if (tbMode_ != 0 && Shown())
+        taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
 }
 
 void ProgressWindow::OnPressed() noexcept

@@ -309,6 +309,9 @@ TEST_F(TaskbarTest, GoesByTheScriptOrNotAtAll)
     window.Call(L"Create");
     window.Put(L"TBProgress", 1);
     EXPECT_EQ(Told(), (Calls{"init", "value 0/1000000", "state 2"}));
+    window.Put(L"TBProState", 0);
+    window.Put(L"TBProValue", 2); // the value alone
+    EXPECT_EQ(Told(), (Calls{"state 0", "value 20000/1000000"}));
     window.Put(L"TBProState", 4);
     window.Put(L"TBProState", 4);
     window.Put(L"TBProValue", 3);
