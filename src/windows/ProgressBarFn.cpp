@@ -8,19 +8,15 @@ namespace {
 
 constexpr LONG kChild = WS_CHILD | WS_VISIBLE;
 
-// Place and size of a new bar, in pixels.
-constexpr int kLeft = 10;
-constexpr int kWidth = 304;
-constexpr int kHeight = 20;
-
 } // namespace
 
-HWND CreateBar(HWND parent, LONG style, int top, bool classic)
+HWND CreateBar(HWND parent, LONG style, const RECT& place, bool classic)
 {
     using SetWindowThemeFunction = HRESULT WINAPI(HWND, LPCWSTR, LPCWSTR);
     const HWND bar =
-        CreateWindowExA(0, PROGRESS_CLASSA, nullptr, static_cast<DWORD>(style | kChild), kLeft, top,
-                        kWidth, kHeight, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+        CreateWindowExA(0, PROGRESS_CLASSA, nullptr, static_cast<DWORD>(style | kChild), place.left,
+                        place.top, place.right - place.left, place.bottom - place.top, parent,
+                        nullptr, GetModuleHandleW(nullptr), nullptr);
     if (!bar) return nullptr;
     ShowWindow(bar, SW_SHOWNORMAL);
     if (classic) {

@@ -6,9 +6,9 @@
 
 namespace quill {
 
-// A bar below the top of its parent, in pixels, with these PBS_ bits; null when the platform
-// refuses. `classic` takes the visual style from it: colours show on a classic bar only.
-HWND CreateBar(HWND parent, LONG style, int top, bool classic);
+// A bar at this place of its parent, in pixels, with these PBS_ bits; null when the platform
+// refuses. `classic` disables theming: colours show on a classic bar only.
+HWND CreateBar(HWND parent, LONG style, const RECT& place, bool classic);
 
 // The PBS_ bits in place of the old ones.
 void SetBarStyle(HWND bar, LONG style);

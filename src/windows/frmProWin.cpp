@@ -9,8 +9,8 @@ namespace quill {
 
 namespace {
 
-constexpr float kBarTop = 1200; // twips
-constexpr int kBarHeight = 20;  // pixels
+constexpr TwipRect kBar{150, 1200, 4560, 300}; // when it is made; 10, 80, 304, 20 pixels of 96
+constexpr float kTwipsPerPixel = 15;           // of 96 an inch
 
 } // namespace
 
@@ -33,20 +33,28 @@ void frmProWin::SetButtonMode(SHORT mode)
     PwButton.SetVisible(shown);
     lblBtnText.SetVisible(shown);
     btnFrame.SetVisible(shown);
-    RECT place{};
-    GetWindowRect(Window(), &place);
-    ResizeWindow(Window(), place.right - place.left, ToPixels(Height()));
+    // One that is minimised takes its height when it is restored.
+    if (!IsIconic(Window())) Resize({OuterSize().width, Height()});
 }
 
 void frmProWin::SetWidth(int pixels)
 {
-    if (ToTwips(pixels) > kWidth) ResizeWindow(Window(), pixels, ToPixels(Height()));
+    Resize({static_cast<float>(pixels) * kTwipsPerPixel, Height()});
+}
+
+// The user may be at work elsewhere, so the window is not activated.
+void frmProWin::Resize(TwipSize outer)
+{
+    SetWindowPos(Window(), nullptr, 0, 0, ToPixels(outer.width), ToPixels(outer.height),
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOOWNERZORDER | SWP_NOACTIVATE);
 }
 
 bool frmProWin::AddBar(LONG style, bool classic)
 {
-    barTop_ = ToPixels(kBarTop);
-    bar_ = CreateBar(Window(), style, barTop_, classic);
+    bar_ = CreateBar(Window(), style,
+                     {ToPixels(kBar.left), ToPixels(kBar.top), ToPixels(kBar.left + kBar.width),
+                      ToPixels(kBar.top + kBar.height)},
+                     classic);
     if (!bar_) return false;
     barPainting_.emplace(bar_);
     // Right behind the main text, which names it for screen readers.
@@ -62,7 +70,13 @@ void frmProWin::ShowAtCentre(bool topmost)
 
 void frmProWin::OnResize(TwipSize outer)
 {
-    const float wider = std::max(0.0F, outer.width - kWidth);
+    // A window manager may ignore the limits of the size.
+    const TwipSize allowed{std::max(outer.width, kWidth), Height()};
+    if (ToPixels(allowed.width) != ToPixels(outer.width) ||
+        ToPixels(allowed.height) != ToPixels(outer.height))
+        Resize(allowed); // comes back here, unless the system allows no other size
+
+    const float wider = std::max(0.0F, OuterSize().width - kWidth);
     const auto widen = [](Control& control, float width) {
         TwipRect place = control.Place();
         place.width = width;
@@ -76,17 +90,13 @@ void frmProWin::OnResize(TwipSize outer)
     button.left = wider + kButtonLeft;
     PwButton.Move(button);
     if (!bar_) return;
-    if (const int top = ToPixels(kBarTop); top != barTop_) { // on a monitor of another resolution
-        POINT corner{};
-        MapWindowPoints(bar_, Window(), &corner, 1);
-        SetWindowPos(bar_, nullptr, corner.x, top, 0, 0,
-                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-        barTop_ = top;
-    }
-    ResizeWindow(bar_, ToPixels(lblMainText.Place().width), kBarHeight);
+    // The monitor may have another resolution than the last one.
+    SetWindowPos(bar_, nullptr, ToPixels(kBar.left), ToPixels(kBar.top), 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    ResizeWindow(bar_, ToPixels(lblMainText.Place().width), ToPixels(kBar.height));
 }
 
-// True when the press was told.
+// True when the press was reported.
 bool frmProWin::Press()
 {
     if (!std::exchange(armed_, false)) return false;
@@ -94,12 +104,11 @@ bool frmProWin::Press()
     return true;
 }
 
-// The close box presses the button. Where that tells nobody, it closes the window.
+// The close box presses a button that is enabled and armed. Otherwise it closes the window, and
+// nothing is reported.
 void frmProWin::OnClose()
 {
-    if (mode_ == 1 && Press()) return;
-    Unload();
-    owner_.OnPressed();
+    if (mode_ != 1 || !Press()) Unload();
 }
 
 void frmProWin::OnMessage(UINT message)

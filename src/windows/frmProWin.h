@@ -14,7 +14,7 @@ public:
     // What the form tells the object that it belongs to, which closes it before it goes.
     class Owner {
     public:
-        // A press of the button that was to be told, or the window was closed by the user.
+        // The button was pressed while it was armed.
         virtual void OnPressed() noexcept = 0;
         // The taskbar has a button for the window, which knows nothing yet.
         virtual void OnTaskbarButton() noexcept = 0;
@@ -27,9 +27,9 @@ public:
 
     // 1: the button can be pressed, 2: it is shown, any other value: there is none.
     void SetButtonMode(SHORT mode);
-    // The next press is told; the ones after it are not.
+    // The next press is reported; the ones after it are not.
     void SetArmed(bool armed) noexcept { armed_ = armed; }
-    // The outer width in pixels, unless it is too small for the controls.
+    // The outer width in pixels of 96 an inch.
     void SetWidth(int pixels);
 
     // Makes the progress bar; false when the platform refuses. Arguments as for CreateBar.
@@ -52,6 +52,7 @@ private:
     void OnMessage(UINT message) override;
 
     float Height() const noexcept { return mode_ == 0 ? kHeight : kHeightWithButton; }
+    void Resize(TwipSize outer);
     bool Press();
 
     Owner& owner_;
@@ -59,7 +60,6 @@ private:
     SHORT mode_ = 0;
     bool armed_ = false;
     HWND bar_ = nullptr; // a child of the window, and goes with it
-    int barTop_ = 0;     // pixels
     std::optional<PacedPainting> barPainting_;
 
 public:

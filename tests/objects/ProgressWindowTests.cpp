@@ -170,6 +170,69 @@ TEST(ProgressWindow, IsAsLargeAsItNeedsToBe)
     }
 }
 
+// Resolutions in pixels an inch; the window is made as on a monitor of the first one.
+TEST(ProgressWindow, FollowsTheResolutionOfItsMonitor)
+{
+    struct : frmProWin::Owner {
+        void OnPressed() noexcept override {}
+        void OnTaskbarButton() noexcept override {}
+    } owner;
+    const auto form = std::make_shared<frmProWin>(owner);
+    const auto moveToMonitor = [&](int resolution) {
+        RECT suggested{0, 0, 500 * resolution / 96, 263 * resolution / 96};
+        SendMessageW(form->Window(), WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
+                     reinterpret_cast<LPARAM>(&suggested));
+    };
+    const auto expectScaled = [&](int times) {
+        RECT bar = Desk::PlaceOf(form->Bar());
+        RECT button = Desk::PlaceOf(form->PwButton.Window());
+        MapWindowPoints(nullptr, form->Window(), reinterpret_cast<POINT*>(&bar), 2);
+        MapWindowPoints(nullptr, form->Window(), reinterpret_cast<POINT*>(&button), 2);
+        EXPECT_EQ(Desk::SizeOf(form->Window()).cx, 500 * times);
+        EXPECT_EQ(Desk::SizeOf(form->Window()).cy, 263 * times);
+        EXPECT_EQ(bar.left, 10 * times);
+        EXPECT_EQ(bar.top, 80 * times);
+        EXPECT_EQ(bar.bottom - bar.top, 20 * times);
+        EXPECT_NEAR(bar.right, button.right, 1);
+    };
+    moveToMonitor(192);
+    form->SetButtonMode(1);
+    form->SetWidth(500);
+    ASSERT_TRUE(form->AddBar(0, false));
+    form->ShowAtCentre(false);
+    expectScaled(2);
+    moveToMonitor(96);
+    expectScaled(1);
+    moveToMonitor(192);
+    expectScaled(2);
+}
+
+// The user works elsewhere, or has put the window away.
+TEST(ProgressWindow, LeavesTheKeyboardWhereItIs)
+{
+    ScriptObject window = ScriptObject::Make(L"ProgressWindow");
+    window.Put(L"Button", 1);
+    window.Call(L"Create");
+    EXPECT_EQ(GetFocus(), Child(L"Button", L"Stop"));
+    const HWND elsewhere =
+        CreateWindowExW(0, WC_STATICW, L"elsewhere", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 600, 400,
+                        200, 100, nullptr, nullptr, nullptr, nullptr);
+    SetForegroundWindow(elsewhere);
+    for (const bool minimised : {false, true}) {
+        if (minimised) ShowWindow(Find(), SW_SHOWMINNOACTIVE);
+        for (const int button : {0, 2, 1}) {
+            window.Put(L"Button", button);
+            EXPECT_EQ(GetForegroundWindow(), elsewhere);
+            EXPECT_EQ(IsIconic(Find()) != FALSE, minimised);
+        }
+        window.Put(L"Button", minimised ? 0 : 1);
+        if (minimised) ShowWindow(Find(), SW_SHOWNOACTIVATE);
+        EXPECT_EQ(Desk::SizeOf(Find()).cy, minimised ? 200 : 263);
+        EXPECT_EQ(Desk::SizeOf(Find()).cx, 340);
+    }
+    DestroyWindow(elsewhere);
+}
+
 TEST(ProgressWindow, EachArmingGivesOneNotification)
 {
     ScriptObject window = ScriptObject::Make(L"ProgressWindow");
@@ -188,6 +251,19 @@ TEST(ProgressWindow, EachArmingGivesOneNotification)
     window.Put(L"BtnPressed", 32767); // no further
     EXPECT_EQ(press(2), 32767);
     EXPECT_EQ(listener.Count(), 1U);
+
+    // The close box is no press where the button cannot be pressed, and leaves it armed.
+    for (const int button : {0, 2, 1}) {
+        window.Put(L"Button", button);
+        window.Put(L"BtnPressed", 0);
+        window.Put(L"BtnNotifier", 2);
+        SendMessageW(Find(), WM_CLOSE, 0, 0);
+        EXPECT_EQ(Find() != nullptr, button == 1);
+        EXPECT_EQ(window.Get(L"BtnPressed"), button == 1 ? 1 : 0);
+        EXPECT_EQ(window.Get(L"BtnNotifier"), button == 1 ? 0 : 2);
+        window.Call(L"Create");
+    }
+    EXPECT_EQ(listener.Count(), 2U);
 
     SendMessageW(Find(), WM_CLOSE, 0, 0); // nobody would hear of the button
     EXPECT_EQ(Find(), nullptr);
