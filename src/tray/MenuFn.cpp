@@ -1,22 +1,8 @@
 #include "tray/MenuFn.h"
 
-#include "core/Apartment.h"
-#include "core/Text.h"
 #include "gui/windowfn.h"
 
 namespace quill {
-
-namespace {
-
-constexpr size_t kTextLimit = 100; // a longer text would put the menu beyond the screen
-
-std::wstring ShownText(const std::wstring& text)
-{
-    if (text.size() <= kTextLimit) return text;
-    return std::wstring(CutForDisplay(text, kTextLimit)) + L"...";
-}
-
-} // namespace
 
 int ChooseFromMenu(HWND owner, const std::vector<std::wstring>& texts, POINT screen)
 {
@@ -27,7 +13,7 @@ int ChooseFromMenu(HWND owner, const std::vector<std::wstring>& texts, POINT scr
         if (text == L"-")
             AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
         else
-            AppendMenuW(menu.get(), MF_STRING, ++items, ShownText(text).c_str());
+            AppendMenuW(menu.get(), MF_STRING, ++items, text.c_str());
     }
     // A menu closes by a click elsewhere only while its owner is the foreground window; the empty
     // messages make the switch to and from it take place at once.

@@ -1,5 +1,7 @@
 #include "tray/Notice.h"
 
+#include <algorithm>
+#include <new>
 #include <utility>
 
 #include "core/Apartment.h"
@@ -35,19 +37,30 @@ UINT IconNumber()
     return (now.wHour * 3600U + now.wMinute * 60U + now.wSecond) % 1000;
 }
 
-// Up to the limit; none for what is not a zero-based list.
+std::wstring TextOrNone(const VARIANT& element)
+{
+    try {
+        return ToText(element);
+    } catch (const AutomationError&) {
+        return {};
+    }
+}
+
+// Up to the limit; none for what is not a zero-based array. What cannot be converted leaves its
+// place empty, so that the others keep their number.
 std::vector<std::wstring> MenuTexts(const VARIANT& menu)
 {
     const SAFEARRAY* array = ArrayOf(menu);
-    if (!array || array->cDims != 1 || array->rgsabound[0].lLbound != 0) return {};
-    std::vector<std::wstring> texts;
-    for (const Variant& element : ElementsOf(*array, kMenuLimit)) {
-        texts.emplace_back();
-        try {
-            texts.back() = ToText(element);
-        } catch (const AutomationError&) {
-            // what is no text keeps its place in the menu, so that the others keep their number
-        }
+    if (!array || array->cDims == 0) return {};
+    // Kept as published: of several dimensions the first one counts, which the platform stores
+    // last, and all texts are empty.
+    const SAFEARRAYBOUND& bound = array->rgsabound[array->cDims - 1];
+    if (bound.lLbound != 0) return {};
+    std::vector<std::wstring> texts(std::min<size_t>(bound.cElements, kMenuLimit));
+    try {
+        std::ranges::transform(ElementsOf(*array, texts.size()), texts.begin(), TextOrNone);
+    } catch (const AutomationError&) {
+        // several dimensions, or records
     }
     return texts;
 }
@@ -62,7 +75,7 @@ IDispatch* Create<::Notice>()
 
 Notice::Notice() : place_{form_.Window(), IconNumber()}
 {
-    InstallNoticeHook(form_.Window(), *this);
+    if (!InstallNoticeHook(form_.Window(), *this)) throw std::bad_alloc();
 }
 
 Notice::~Notice()
@@ -165,12 +178,7 @@ void Notice::SetTipText(const std::wstring& text)
 void Notice::SetContextMenu(Variant menu)
 {
     if (!IsVistaOrLater()) return;
-    std::vector<std::wstring> texts;
-    try {
-        texts = MenuTexts(menu);
-    } catch (const AutomationError&) {
-        // no list that a script could have made
-    }
+    std::vector<std::wstring> texts = MenuTexts(menu);
     contextMenu_ = std::move(menu);
     menuTexts_ = std::move(texts);
 }
@@ -186,8 +194,7 @@ void Notice::OnIcon(UINT code, POINT screen)
 {
     switch (code) {
     case WM_CONTEXTMENU:
-        // No second menu over the first, and none whose choice would be dropped.
-        if (busy_ || menuOpen_) break;
+        if (menuOpen_) break; // no second one over the first
         ReportClick(menuTexts_.empty() ? kMenuRequested
                                        : static_cast<SHORT>(kMenuClosed + ShowMenu(screen)));
         break;
