@@ -41,9 +41,10 @@ float DialogForm::InfoSurplus() const noexcept
     return std::max(0.0F, infoHeight_ - kInfoHeight);
 }
 
-void DialogForm::OnKeyDown(WPARAM key)
+bool DialogForm::OnKeyDown(WPARAM key)
 {
     if (key == VK_ESCAPE) Unload();
+    return key == VK_ESCAPE;
 }
 
 } // namespace quill

@@ -70,7 +70,7 @@ protected:
     float InfoSurplus() const noexcept;
 
     // Esc, where the settings let it cancel.
-    void OnKeyDown(WPARAM key) override;
+    bool OnKeyDown(WPARAM key) override;
 
 private:
     float infoHeight_ = 0;

@@ -14,6 +14,14 @@ constexpr float kPickerLeft = 450;
 constexpr float kPickerWidth = 2100;
 constexpr float kPickerHeight = 390;
 
+// Before the dialog gives up.
+constexpr size_t kMostRefused = 20;
+
+UINT_PTR HandleOf(const DateTimePicker* picker)
+{
+    return picker ? reinterpret_cast<UINT_PTR>(picker->Window()) : 0;
+}
+
 // The parts of a time as automation dates: whole days, and the fraction of one.
 DATE DayOf(SYSTEMTIME time)
 {
@@ -29,9 +37,9 @@ DATE TimeOfDay(const SYSTEMTIME& time)
 } // namespace
 
 frmDTPick::frmDTPick(const DialogSettings& settings, PickMode mode)
-    : DialogForm(L"Date/Time Picker", kDesignSize, kDialogStyle), settings_(settings),
+    : DialogForm(L"Date/Time Picker", kDesignSize, kDialogStyle), settings_(settings), mode_(mode),
       date_(mode != PickMode::Time ? MakePicker(DateTimePicker::Kind::Date) : nullptr),
-      time_(mode != PickMode::Date ? MakePicker(DateTimePicker::Kind::Time) : nullptr)
+      time_(mode != PickMode::Date ? MakeTimePicker() : nullptr)
 {
 }
 
@@ -41,9 +49,23 @@ std::unique_ptr<DateTimePicker> frmDTPick::MakePicker(DateTimePicker::Kind kind)
         *this, TwipRect{kPickerLeft, 0, kPickerWidth, kPickerHeight}, kind);
 }
 
+// Handles may have no bit in common by chance; another one is asked for then.
+std::unique_ptr<DateTimePicker> frmDTPick::MakeTimePicker()
+{
+    std::vector<std::unique_ptr<DateTimePicker>> refused; // they keep their handles meanwhile
+    for (;;) {
+        auto picker = MakePicker(DateTimePicker::Kind::Time);
+        if (PickersMade(mode_, HandleOf(date_.get()), HandleOf(picker.get())) ||
+            refused.size() == kMostRefused)
+            return picker;
+        refused.push_back(std::move(picker));
+    }
+}
+
 std::optional<DATE> frmDTPick::Pick(const SYSTEMTIME& start, const std::wstring& title,
                                     const std::function<bool()>& abandoned)
 {
+    if (!PickersMade(mode_, HandleOf(date_.get()), HandleOf(time_.get()))) return std::nullopt;
     if (date_) date_->Pick(start);
     if (time_) time_->Pick(start);
     if (date_) date_->SetAccessibleName(L"Date");
@@ -63,15 +85,24 @@ float frmDTPick::ButtonTop() const
                              : (both ? 2760.0F : 2360.0F) + InfoSurplus();
 }
 
+// Enter takes the day of an open calendar. False when none is open.
+bool frmDTPick::SendEnterToCalendar()
+{
+    const DateTimePicker& first = date_ ? *date_ : *time_;
+    if (!first.DroppedDown()) return false;
+    SendMessageW(first.Window(), WM_KEYDOWN, VK_RETURN, 0);
+    return true;
+}
+
+void frmDTPick::AcceptUnlessCalendar()
+{
+    if (!SendEnterToCalendar()) Accept();
+}
+
 void frmDTPick::Accept()
 {
-    DateTimePicker& first = date_ ? *date_ : *time_;
-    if (first.DroppedDown()) { // Enter takes the day of the open calendar
-        SendMessageW(first.Window(), WM_KEYDOWN, VK_RETURN, 0);
-        return;
-    }
-    // The parts are added as numbers. Before the year 1900 days count down, and so the sum goes
-    // astray; a script that cares takes both parts by themselves.
+    // Kept as published: the parts are added as numbers. Before the year 1900 days count down, and
+    // the sum is wrong; a script that cares takes both parts by themselves.
     if (date_) result_ += DayOf(date_->Picked());
     if (time_) result_ += TimeOfDay(time_->Picked());
     accepted_ = true;
@@ -80,15 +111,14 @@ void frmDTPick::Accept()
 
 // Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own
 // keys.
-void frmDTPick::OnKeyDown(WPARAM key)
+bool frmDTPick::OnKeyDown(WPARAM key)
 {
-    if (key == VK_RETURN)
-        Accept();
-    else
-        DialogForm::OnKeyDown(key);
+    if (key != VK_RETURN) return DialogForm::OnKeyDown(key);
+    AcceptUnlessCalendar();
+    return true; // the default button must not see it too
 }
 
-// The button answers when it goes down, not when it comes up.
+// The button answers when it goes down, not when it comes up, also while a calendar is open.
 void frmDTPick::OnMouseDown(HWND target)
 {
     if (target == OKButton.Window()) Accept();

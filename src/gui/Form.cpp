@@ -176,7 +176,10 @@ void Form::OnActivate()
     if (const Control* control = FindControl(lastFocus_)) ScrollIntoView(*control);
 }
 
-void Form::OnKeyDown(WPARAM) {}
+bool Form::OnKeyDown(WPARAM)
+{
+    return false;
+}
 
 void Form::OnMouseDown(HWND) {}
 
@@ -216,8 +219,8 @@ bool Form::PreviewMessage(MSG& message)
     if (!form) return false;
     const std::shared_ptr<Form> alive = form->weak_from_this().lock();
     if (message.message == WM_KEYDOWN && form->keyPreview_) {
-        form->OnKeyDown(message.wParam);
-        if (form->Closed()) return true; // the key is used up, and so is the window
+        const bool usedUp = form->OnKeyDown(message.wParam);
+        if (usedUp || form->Closed()) return true;
     }
     if (message.message == WM_LBUTTONDOWN) {
         form->OnMouseDown(message.hwnd);

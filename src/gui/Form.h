@@ -106,8 +106,8 @@ protected:
 
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
-    // A key went down, with key preview on.
-    virtual void OnKeyDown(WPARAM key);
+    // A key went down, with key preview on; true when it is used up.
+    virtual bool OnKeyDown(WPARAM key);
     // A mouse button went down on the window or on one of its controls.
     virtual void OnMouseDown(HWND target);
     // A key has moved the focus to this control.
