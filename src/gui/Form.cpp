@@ -157,7 +157,10 @@ void Form::ShowModeless(bool topmost)
 
 void Form::Unload() noexcept
 {
-    if (window_) DestroyWindow(window_);
+    if (!window_) return;
+    // Now, while it is there to give; the end of the window takes it away.
+    if (ForegroundOfThread().get() == window_) HandForegroundOn();
+    DestroyWindow(window_);
 }
 
 void Form::WaitUntilClosed(const std::function<bool()>& abandoned)

@@ -88,7 +88,7 @@ public:
     // Shows the window as one that stays open; it takes the foreground only where it may.
     void ShowModeless(bool topmost);
 
-    // Destroys the window; the form is closed then.
+    // Destroys the window, and hands the foreground on if it has that; the form is closed then.
     void Unload() noexcept;
 
     // Waits until the form is closed, serving messages and calls. Closes it when the thread is to

@@ -52,6 +52,7 @@ ModalDialog::~ModalDialog()
 {
     innermost = outer_;
     StopTimer(timer_);
+    HandForegroundOn(); // the last input was the dialog's
 }
 
 void CALLBACK ModalDialog::OnTimer(HWND, UINT, UINT_PTR, DWORD) noexcept

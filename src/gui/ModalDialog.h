@@ -9,7 +9,8 @@
 namespace quill {
 
 // While it lives, the dialog that the calling thread shows comes to the front as soon as it is
-// visible, and is ended when `abandoned` says that nobody waits for its answer any more.
+// visible, and is ended when `abandoned` says that nobody waits for its answer any more. At its end
+// the foreground is handed on.
 class ModalDialog {
 public:
     enum class Front { Bring, Leave };

@@ -4,11 +4,25 @@
 
 namespace quill {
 
+namespace {
+
+// Places the window above all that are not topmost. The way through the topmost ones needs neither
+// the foreground nor an activation.
+void RaiseInactive(HWND window)
+{
+    constexpr UINT flags = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE;
+    const bool stays = (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+    SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, flags);
+    if (!stays) SetWindowPos(window, HWND_NOTOPMOST, 0, 0, 0, 0, flags);
+}
+
+} // namespace
+
 void BringToFront(HWND window, bool topmost)
 {
     const Foreground& foreground = Seam<Foreground>();
     const HWND front = foreground.get();
-    if (front == window) return;
+    if (front == window) return; // Kept as published: not made topmost either.
 
     const DWORD frontThread = GetWindowThreadProcessId(front, nullptr);
     const DWORD ownThread = GetWindowThreadProcessId(window, nullptr);
@@ -21,11 +35,18 @@ void BringToFront(HWND window, bool topmost)
     if (attach) AttachThreadInput(frontThread, ownThread, FALSE);
 
     ShowWindow(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
-    if (granted)
+    if (granted) {
         SetWindowPos(window, topmost ? HWND_TOPMOST : HWND_TOP, 0, 0, 0, 0,
                      SWP_NOSIZE | SWP_NOMOVE);
-    else
+    } else {
+        RaiseInactive(window);
         FlashCaption(window, 10);
+    }
+}
+
+void HandForegroundOn()
+{
+    Seam<Foreground>().allow(ASFW_ANY);
 }
 
 void SetTopmost(HWND window, bool topmost)

@@ -13,8 +13,13 @@ inline constexpr size_t kTitleLimit = 256;
 
 // Shows the window and makes it the foreground window although its server is in the background,
 // then places it topmost or on top of the others. Where the platform refuses the foreground, the
-// caption flashes until the user turns to it. Does nothing when the window has the foreground.
+// window comes above the others without being active or topmost, and its caption flashes until the
+// user turns to it. Does nothing when the window has the foreground.
 void BringToFront(HWND window, bool topmost);
+
+// Lets any process take the foreground until the next input (AllowSetForegroundWindow): after a
+// dialog, the next window is the script's. The platform ignores who has no foreground to give.
+void HandForegroundOn();
 
 // Places the window among the topmost ones, or among the others.
 void SetTopmost(HWND window, bool topmost);
@@ -47,10 +52,11 @@ UINT HearShell(HWND window, const wchar_t* name);
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
 
-// A seam: the foreground, and the way to ask for attention.
+// A seam: the foreground, and the ways to ask for attention.
 struct Foreground {
     std::function<HWND()> get = GetForegroundWindow;
     std::function<BOOL(HWND)> set = SetForegroundWindow;
+    std::function<BOOL(DWORD)> allow = AllowSetForegroundWindow; // a process
     std::function<BOOL(FLASHWINFO*)> flash = FlashWindowEx;
 };
 

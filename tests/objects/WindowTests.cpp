@@ -3,6 +3,7 @@
 #include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "gui/Controls.h"
+#include "gui/ModalDialog.h"
 #include "gui/guifn.h"
 #include "gui/windowfn.h"
 #include "support/Robot.h"
@@ -21,6 +22,13 @@ public:
 bool IsTopmost(HWND window)
 {
     return GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST;
+}
+
+bool IsAbove(HWND window, HWND other)
+{
+    while (window && window != other)
+        window = GetWindow(window, GW_HWNDNEXT);
+    return window != nullptr;
 }
 
 // Stands for what the platform answers; Wine always grants the foreground.
@@ -49,7 +57,7 @@ TEST_F(ForegroundTest, AGrantedForegroundPlacesTheWindow)
     EXPECT_TRUE(flashes_.empty());
 }
 
-TEST_F(ForegroundTest, ARefusedForegroundFlashes)
+TEST_F(ForegroundTest, ARefusedForegroundRaisesAndFlashes)
 {
     Seam<Foreground>().set = [](HWND) { return FALSE; };
     form_.Show(true);
@@ -57,6 +65,39 @@ TEST_F(ForegroundTest, ARefusedForegroundFlashes)
     ASSERT_EQ(flashes_.size(), 1U);
     EXPECT_EQ(flashes_[0].hwnd, form_.Window());
     EXPECT_EQ(flashes_[0].dwFlags, DWORD{FLASHW_ALL | FLASHW_TIMERNOFG});
+
+    BareForm other;
+    other.ShowModeless(false);
+    ASSERT_TRUE(IsAbove(other.Window(), form_.Window()));
+    BringToFront(form_.Window(), true);
+    EXPECT_TRUE(IsAbove(form_.Window(), other.Window()));
+    EXPECT_FALSE(IsTopmost(form_.Window()));
+    EXPECT_EQ(GetActiveWindow(), other.Window());
+    SetTopmost(form_.Window(), true); // a message box may be so by its style
+    BringToFront(form_.Window(), false);
+    EXPECT_TRUE(IsTopmost(form_.Window()));
+}
+
+TEST_F(ForegroundTest, IsHandedOnAfterADialog)
+{
+    std::vector<DWORD> allowed;
+    ForegroundOfThread().allow = [&](DWORD process) {
+        allowed.push_back(process);
+        return TRUE;
+    };
+    const HWND window = form_.Window();
+    BareForm behind;
+    ForegroundOfThread().get = [window] { return window; };
+    behind.Unload();
+    EXPECT_TRUE(allowed.empty()) << "not its to give";
+    form_.Unload();
+    EXPECT_EQ(allowed, std::vector{ASFW_ANY});
+    { // the platform's own dialogs
+        const ModalDialog dialog([] { return false; });
+        EXPECT_EQ(allowed.size(), 1U);
+    }
+    EXPECT_EQ(allowed, std::vector(2, ASFW_ANY));
+    ForegroundOfThread() = Foreground();
 }
 
 TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
