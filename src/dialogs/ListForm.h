@@ -14,8 +14,11 @@ protected:
     // The settings stay where they are as long as the form.
     ListForm(const wchar_t* caption, const DialogSettings& settings);
 
+    // Gives the form its texts, fonts and size. What is selected afterwards comes into view.
+    void Prepare(const std::wstring& title);
+
     // Shows the form with its list filled, and waits for the user.
-    void Ask(const std::wstring& title, const std::function<bool()>& abandoned);
+    void Ask(const std::function<bool()>& abandoned);
 
     // The controls that the derived form has: the list that is shown, the button below it.
     virtual Control& ShownList() = 0;

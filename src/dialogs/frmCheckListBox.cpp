@@ -15,10 +15,12 @@ LONG frmCheckListBox::CLBox(const std::vector<std::wstring>& lines, LONG checked
     ChkList.Fill(shown);
     shown_ = static_cast<int>(shown.size());
     for (int line = 0; line < shown_; ++line) {
+        // Kept as published: states count by position, with the empty lines; entries are checked.
         const bool named = !lines[static_cast<size_t>(line)].empty();
         if (named && (checked & 1L << line)) ChkList.SetChecked(line, true);
     }
-    Ask(title, abandoned);
+    Prepare(title);
+    Ask(abandoned);
     return result_;
 }
 

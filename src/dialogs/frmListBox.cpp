@@ -17,9 +17,10 @@ std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
     lines_ = SplitLines(items);
     std::erase_if(lines_, [](const std::wstring& line) { return line.empty(); });
     ShownList().Fill(lines_);
+    Prepare(title);
     const bool exists = index >= 0 && static_cast<size_t>(index) < lines_.size();
     ShownList().Select(exists ? static_cast<int>(index) : -1);
-    Ask(title, abandoned);
+    Ask(abandoned);
     return std::move(result_);
 }
 

@@ -134,6 +134,12 @@ bool Form::InUse(const FontSpec& font) const noexcept
                        [&font](const Control* control) { return control->CurrentFont() == font; });
 }
 
+void Form::SetOuterSize(TwipSize outer)
+{
+    SetWindowPos(window_, nullptr, 0, 0, ToPixels(outer.width), ToPixels(outer.height),
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 void Form::SetFont(const FontSpec& font)
 {
     font_ = font;

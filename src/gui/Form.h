@@ -104,6 +104,9 @@ protected:
     // than the room there.
     void PlaceAtCentre(TwipSize outer);
 
+    // The place stays; the window is not activated.
+    void SetOuterSize(TwipSize outer);
+
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
     // A key went down, with key preview on; true when it is used up.

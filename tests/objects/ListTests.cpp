@@ -179,15 +179,41 @@ TEST(List, ControlsFollowTheWindow)
             const SIZE size = Desk::SizeOf(window);
             const SIZE box = Desk::SizeOf(Box(desk));
             const SIZE ok = Desk::SizeOf(Ok(desk));
+            const RECT button = Desk::PlaceOf(Ok(desk));
             const long left = Desk::PlaceOf(Ok(desk)).left - before.left;
             desk.Place(window, {10, 10, 610, 710});
             EXPECT_EQ(Desk::SizeOf(Box(desk)).cx, box.cx + 600 - size.cx);
             EXPECT_EQ(Desk::SizeOf(Box(desk)).cy, box.cy + 700 - size.cy);
             EXPECT_EQ(Desk::SizeOf(Ok(desk)).cx, ok.cx);
             EXPECT_EQ(Desk::PlaceOf(Ok(desk)).left - 10, left + 600 - size.cx);
-            desk.Place(window, {10, 10, 110, 110}); // springs back
+            // Smaller than the limits, which a window manager does not ask for: springs back.
+            SetWindowPos(window, nullptr, before.left, before.top, 100, 100,
+                         SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSENDCHANGING);
             expectSmallest();
+            EXPECT_TRUE(EqualRect(&button, std::data({Desk::PlaceOf(Ok(desk))})));
             desk.Close(window);
+        });
+    }
+}
+
+// Whatever the height of a line.
+TEST(List, TheSelectedLineIsInView)
+{
+    std::wstring items;
+    for (int line = 0; line < 100; ++line)
+        items += L"line\r\n";
+    ScriptObject list = ScriptObject::Make(L"List");
+    list.Put(L"FontEnlarge", 2);
+    for (const bool several : {false, true}) {
+        list.Put(L"MultiSel", several);
+        Choose(list, items.c_str(), 60, [](Desk& desk) {
+            const HWND box = Box(desk);
+            RECT line{}, inner{};
+            SendMessageW(box, LB_GETITEMRECT, 60, reinterpret_cast<LPARAM>(&line));
+            GetClientRect(box, &inner);
+            EXPECT_GE(line.top, 0);
+            EXPECT_LE(line.bottom, inner.bottom);
+            desk.Close(desk.Window(kTitle));
         });
     }
 }
