@@ -31,6 +31,13 @@ constexpr SHORT kDigits = 3; // InputField::textStyle
 
 constexpr wchar_t kDigitsOnly[] = L"Only digits can be entered here.";
 
+// What the line of tips says of a field that is too short when a script gives no text for it.
+std::wstring TooShortText(SHORT minLen)
+{
+    return L"At least " + std::to_wstring(minLen) +
+           (minLen == 1 ? L" character is needed here." : L" characters are needed here.");
+}
+
 constexpr DWORD LabelStyle(const InputSettings& input)
 {
     constexpr DWORD alignments[] = {SS_LEFT, SS_RIGHT, SS_CENTER};
@@ -220,6 +227,10 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, const std::wstring& tex
     row.edit.Focus();
     refused_ = false;
     ShowBalloon(row.edit.Window(), title, text);
+    if (text.empty()) ForegroundOfThread().beep(MB_ICONERROR); // there is no balloon to see
+    // The line has the field's tip again when the focus comes back.
+    if (input_.tips == kTipLine)
+        lblTip.SetText(text.empty() ? TooShortText(row.design.minLen) : text);
 }
 
 void frmMIB::Accept()

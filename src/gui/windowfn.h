@@ -58,6 +58,7 @@ struct Foreground {
     std::function<BOOL(HWND)> set = SetForegroundWindow;
     std::function<BOOL(DWORD)> allow = AllowSetForegroundWindow; // a process
     std::function<BOOL(FLASHWINFO*)> flash = FlashWindowEx;
+    std::function<BOOL(UINT)> beep = MessageBeep;
 };
 
 } // namespace quill

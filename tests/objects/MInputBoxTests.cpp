@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "gui/windowfn.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
@@ -171,6 +172,38 @@ TEST_F(MInputBoxTest, FieldsThatAreTooShortKeepTheFocus)
               }),
               L"ab|cd||");
     EXPECT_EQ(balloons.Shown(), std::vector(3, balloon));
+}
+
+// Without a text there is no balloon to see.
+TEST_F(MInputBoxTest, ARefusedFieldIsNeverSilent)
+{
+    static int beeps;
+    beeps = 0;
+    ForegroundOfThread().beep = [](UINT) { return ++beeps; };
+    box_.Put(L"ShowTipControl", 2);
+    box_.Put(L"InpTipText", ScriptArray(L"the tip"));
+    box_.Put(L"InpMinLen", ScriptArray(2));
+    for (const auto& [text, said] : {std::pair{L"", L"At least 2 characters are needed here."},
+                                     {L"Two, please", L"Two, please"}}) {
+        box_.Put(L"MinBalloonText", text);
+        EXPECT_EQ(Ask([&](Desk& desk) {
+                      const HWND field = Fields(desk)[0];
+                      const auto isSaid = [&](const wchar_t* line) {
+                          desk.WaitFor(line, [&] {
+                              return Desk::TextOf(
+                                         desk.Controls(GetParent(field), L"Static").back()) == line;
+                          });
+                      };
+                      isSaid(L"the tip");
+                      desk.Press(VK_RETURN);
+                      isSaid(said);
+                      desk.Type(L"ab");
+                      desk.Press(VK_RETURN);
+                  }),
+                  L"ab|");
+        EXPECT_EQ(beeps, 1) << "the balloon of the second is seen";
+    }
+    ForegroundOfThread() = Foreground();
 }
 
 TEST_F(MInputBoxTest, PastedTextIsCheckedForDigits)
