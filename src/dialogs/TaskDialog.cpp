@@ -22,12 +22,6 @@ PCWSTR NullIfEmpty(const std::wstring& text)
     return text.empty() ? nullptr : text.c_str();
 }
 
-// In place of an empty caption the platform shows the name of the program.
-PCWSTR Caption(const std::wstring& title) noexcept
-{
-    return title.empty() ? L" " : title.c_str();
-}
-
 } // namespace
 
 template <>
@@ -82,16 +76,14 @@ SHORT TaskDialog::ShowFull()
 {
     return Guarded([&] {
         LONG flags = options_;
+        if (customButtonStyle_ == 1) flags |= TDF_USE_COMMAND_LINKS;
+        if (customButtonStyle_ == 2) flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
         if (radioButtonSelected_ == 0) flags |= TDF_NO_DEFAULT_RADIO_BUTTON;
         if (verificationChecked_) flags |= TDF_VERIFICATION_FLAG_CHECKED;
 
         const IconModule module = FindIcons();
         const ButtonList buttons = MakeButtons(customButtons_, kFirstCustomButton);
         const ButtonList radioButtons = MakeButtons(radioButtons_, kFirstRadioButton);
-        // Without buttons of its own the platform refuses a dialog with links.
-        if (!buttons.records.empty() && customButtonStyle_ == 1) flags |= TDF_USE_COMMAND_LINKS;
-        if (!buttons.records.empty() && customButtonStyle_ == 2)
-            flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
         // Calls that come in while the dialog is open may change the properties.
         const std::array<std::wstring, 8> texts{
             title_,         text_,          subText_,    expandText_,
@@ -106,7 +98,7 @@ SHORT TaskDialog::ShowFull()
         config.dwCommonButtons = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(buttons_);
         config.pszMainIcon = mainIcon.Pointer();
         config.pszFooterIcon = footerIcon.Pointer();
-        config.pszWindowTitle = Caption(texts[0]);
+        config.pszWindowTitle = texts[0].c_str();
         config.pszMainInstruction = texts[1].c_str();
         config.pszContent = texts[2].c_str();
         config.pszExpandedInformation = NullIfEmpty(texts[3]);
@@ -149,7 +141,7 @@ IconModule TaskDialog::FindIcon()
     return module;
 }
 
-// Both icons of ShowEx. Only the main icon's name may be a "#" and a number.
+// Both icons of ShowEx.
 IconModule TaskDialog::FindIcons()
 {
     const auto byNumber = [](LONG icon) { return IconName{LOWORD(icon), {}}; };
@@ -159,8 +151,9 @@ IconModule TaskDialog::FindIcons()
         return nullptr;
     }
     IconModule module = LoadIconModule(iconResFile_);
-    if (!module) return nullptr;
+    if (!module) return nullptr; // Kept as published: the icons of the last dialog stay.
     mainIconShown_ = iconResId_.empty() ? byNumber(icon_) : ParseIconName(iconResId_);
+    // Kept as published: a "#" has no meaning here.
     footerIconShown_ =
         footerIconResId_.empty() ? byNumber(footerIcon_) : IconName{0, footerIconResId_};
     // Without a name the numbers are the system's.

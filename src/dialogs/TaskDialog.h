@@ -97,7 +97,7 @@ private:
     std::wstring verificationLabel_;
     bool verificationChecked_ = false;
 
-    // Of the last dialog: a module that cannot be loaded leaves them as they were.
+    // From the last dialog.
     IconName mainIconShown_;
     IconName footerIconShown_;
 };
