@@ -1,7 +1,6 @@
 #include "dialogs/FileSelection.h"
 
 #include <cderr.h>
-#include <commdlg.h>
 
 #include "core/Catalogue.h"
 #include "core/Text.h"
@@ -31,6 +30,24 @@ constexpr DWORD FlagsOf(SHORT mode)
 }
 static_assert(FlagsOf(0) == 0x0210180C && FlagsOf(1) == 0x0210880E && FlagsOf(2) == 0x02181A0C);
 
+// The server's current directory. It belongs to the process, and the platform's dialogs to open
+// change it; nothing else does, so what the first dialog of the process finds is right for all,
+// however many are open at once.
+const std::wstring& HomeFolder()
+{
+    static const std::wstring folder = CurrentFolder();
+    return folder;
+}
+
+// True for what the platform takes for a device wherever it stands, such as "CON". Not every
+// implementation of the dialogs survives one as its folder.
+bool IsDevice(const std::wstring& path)
+{
+    wchar_t full[kPathUnits] = L"";
+    GetFullPathNameW(path.c_str(), kPathUnits, full, nullptr);
+    return std::wstring_view(full).starts_with(L"\\\\.\\");
+}
+
 // A function of the common dialogs. Their library is large, and most scripts do without it.
 template <class Function>
 Function* CommonDialog(const char* name)
@@ -46,6 +63,12 @@ template <>
 IDispatch* Create<::FileSelection>()
 {
     return new FileSelection;
+}
+
+decltype(GetOpenFileNameW)*& FileDialogOfThread() noexcept
+{
+    thread_local decltype(GetOpenFileNameW)* dialog = nullptr;
+    return dialog;
 }
 
 void FileSelection::SetFilterText(const std::wstring& text)
@@ -90,11 +113,8 @@ LONG FileSelection::ShowDialog(SHORT mode)
     // Calls that come in while the dialog is open may change the properties. A filter that was not
     // ended is ended here.
     const std::wstring filter = filter_ + std::wstring(2, L'\0');
-    // Not every implementation of the dialog survives a folder that is none, such as "CON", or an
-    // extension that is longer than a path.
-    const bool isFolder = PathIsDirectoryW(directory_.c_str()) != FALSE;
-    const std::wstring directory = isFolder ? directory_ : L"";
-    const std::wstring extension = fileExtension_.size() < kPathUnits ? fileExtension_ : L"";
+    const std::wstring directory = IsDevice(directory_) ? L"" : directory_;
+    const std::wstring extension = fileExtension_;
     const std::wstring title = dlgTitle_;
 
     OPENFILENAMEW dialog{};
@@ -110,12 +130,14 @@ LONG FileSelection::ShowDialog(SHORT mode)
     dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
 
-    const auto show = CommonDialog<decltype(GetOpenFileNameW)>(mode == kSave ? "GetSaveFileNameW"
-                                                                             : "GetOpenFileNameW");
+    auto* show = FileDialogOfThread();
+    if (!show)
+        show = CommonDialog<decltype(GetOpenFileNameW)>(mode == kSave ? "GetSaveFileNameW"
+                                                                      : "GetOpenFileNameW");
     const ModalDialog company([this] { return ClientsGone(); });
-    const std::wstring folder = CurrentFolder();
+    const std::wstring& home = HomeFolder(); // before the dialog changes it
     const BOOL chosen = show(&dialog);
-    SetCurrentDirectoryW(folder.c_str()); // the platform's dialogs to open leave another
+    SetCurrentDirectoryW(home.c_str());
     if (!chosen) {
         const auto code = static_cast<LONG>(
             CommonDialog<decltype(CommDlgExtendedError)>("CommDlgExtendedError")());

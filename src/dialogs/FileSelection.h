@@ -4,6 +4,8 @@
 #include "core/Automation.h"
 #include "core/ErrorLevel.h"
 
+#include <commdlg.h> // needs the platform's main header before it
+
 namespace quill {
 
 // An invalid mode raises as ErrorLevel says; what goes wrong in the dialog is told by ErrorCode.
@@ -45,5 +47,8 @@ private:
     bool convert_ = false;
     LONG errorCode_ = 0;
 };
+
+// Stands for the platform's dialogs unless it is null; tests set it.
+decltype(GetOpenFileNameW)*& FileDialogOfThread() noexcept;
 
 } // namespace quill

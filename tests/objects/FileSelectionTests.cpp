@@ -2,6 +2,8 @@
 
 #include <cderr.h>
 
+#include "core/quillfn.h"
+#include "dialogs/FileSelection.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
@@ -97,6 +99,53 @@ TEST_F(FileSelectionTest, FiltersFromArraysAndText)
     EXPECT_EQ(files_.Get(L"Filter"), list.substr(0, 11));
     files_.Put(L"Filter", L"Text\r\n*.txt\r\n");
     EXPECT_EQ(files_.Get(L"Filter"), list);
+}
+
+// What the platform's dialog is asked for. It leaves another current directory.
+class FileSelectionRequestTest : public FileSelectionTest {
+protected:
+    FileSelectionRequestTest() { FileDialogOfThread() = Ask; }
+    ~FileSelectionRequestTest() override { FileDialogOfThread() = nullptr; }
+
+    static BOOL WINAPI Ask(OPENFILENAMEW* dialog)
+    {
+        shownFolder_ = dialog->lpstrInitialDir;
+        shownExtension_ = dialog->lpstrDefExt ? dialog->lpstrDefExt : L"(none)";
+        return !SetCurrentDirectoryW(L"C:\\windows");
+    }
+
+    static inline std::wstring shownFolder_, shownExtension_;
+};
+
+TEST_F(FileSelectionRequestTest, FolderAndExtensionAreThoseGiven)
+{
+    for (const wchar_t* given : {L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", L"\\\\server\\share",
+                                 L"C:\\not there", L"", L"CONtent"}) {
+        files_.Put(L"Directory", given);
+        files_.Call(L"Dialog", 0);
+        EXPECT_EQ(shownFolder_, given);
+    }
+    for (const wchar_t* device : {L"CON", L"\\\\.\\pipe\\x"}) {
+        files_.Put(L"Directory", device);
+        files_.Call(L"Dialog", 0);
+        EXPECT_EQ(shownFolder_, L"");
+    }
+    EXPECT_EQ(shownExtension_, L"(none)");
+    const std::wstring extension(1000, L'x');
+    files_.Put(L"FileExtension", extension);
+    files_.Call(L"Dialog", 1);
+    EXPECT_EQ(shownExtension_, extension);
+}
+
+// It belongs to the process: a dialog of another apartment may have changed it when one opens.
+TEST_F(FileSelectionRequestTest, TheCurrentDirectoryComesBack)
+{
+    files_.Call(L"Dialog", 0);
+    const std::wstring home = CurrentFolder();
+    ASSERT_NE(home, L"C:\\windows");
+    SetCurrentDirectoryW(L"C:\\windows");
+    files_.Call(L"Dialog", 0);
+    EXPECT_EQ(CurrentFolder(), home);
 }
 
 // The filter decides what is shown, also where it has no end or no pattern.
