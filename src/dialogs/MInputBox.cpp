@@ -87,7 +87,7 @@ bool MInputBox::AskSeveral(VARIANT& texts)
     const std::vector<InputField> fields = Fields();
     const bool convert = convertArr_;
     Assign(texts, Variant());
-    // The interval is a 16-bit number of milliseconds.
+    // Kept as published: the interval is a 16-bit number of milliseconds.
     const LONG interval = cancelSeconds_ * 1000L;
     if (interval > SHRT_MAX) RaiseRuntimeError(RuntimeError::Overflow);
     InputSettings input = input_;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr LONG kPropertyMode = -1; // the style that stands for the properties
 
-// Comes before everything else. Both kinds of modality are set on purpose.
+// Comes before everything else. Kept as published: both kinds of modality are set.
 constexpr LONG kPrecedence = MB_TOPMOST | MB_SETFOREGROUND | MB_TASKMODAL | MB_SYSTEMMODAL;
 
 // Identifiers of the system's own icons: IDI_APPLICATION to IDI_SHIELD.
