@@ -31,17 +31,24 @@ void ListForm::OnActivate()
 
 void ListForm::OnResize(TwipSize outer)
 {
-    // Window managers, and callers that skip the question for it, ignore the tracking limits.
+    // Window managers ignore the tracking limits. They are answered later, since they hear nothing
+    // from inside their own change, and once: one that insists has its way.
     const TwipSize smallest = MinimumSize();
-    if (ToPixels(outer.width) < ToPixels(smallest.width) ||
-        ToPixels(outer.height) < ToPixels(smallest.height)) {
-        outer = {std::max(outer.width, smallest.width), std::max(outer.height, smallest.height)};
-        SetOuterSize(outer);
-    }
+    const bool tooSmall = ToPixels(outer.width) < ToPixels(smallest.width) ||
+                          ToPixels(outer.height) < ToPixels(smallest.height);
+    if (tooSmall && !settingBack_) PostTo(Window(), 0);
+    settingBack_ = tooSmall;
     const ListLayout layout = LayOutList(outer, InfoHeight(), ButtonWidth());
     lblText.Move(layout.label);
     ShownList().Move(layout.list);
     Accepting().Move(layout.button);
+}
+
+void ListForm::OnPosted(WPARAM)
+{
+    const TwipSize outer = OuterSize();
+    const TwipSize smallest = MinimumSize();
+    SetOuterSize({std::max(outer.width, smallest.width), std::max(outer.height, smallest.height)});
 }
 
 TwipSize ListForm::MinimumSize() const

@@ -26,10 +26,13 @@ protected:
 
 private:
     void OnActivate() override;
+    void OnPosted(WPARAM) override; // to set the size back
     void OnResize(TwipSize outer) override;
     TwipSize MinimumSize() const override;
+    bool SetsSizeBack() const override { return true; }
 
     const DialogSettings& settings_;
+    bool settingBack_ = false; // to the smallest size
 
     Label lblText{*this, kDesign.label};
 };

@@ -301,6 +301,8 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         ScrollTo(scrolled_ - GET_WHEEL_DELTA_WPARAM(wParam) * 3 * kScrollLine / WHEEL_DELTA);
         return 0;
     case kPosted: OnPosted(wParam); return 0;
+    case WM_WINDOWPOSCHANGING: // the platform would keep to the limits
+        return SetsSizeBack() ? 0 : DefWindowProcW(window_, message, wParam, lParam);
     case WM_GETMINMAXINFO: LimitSize(*reinterpret_cast<MINMAXINFO*>(lParam)); return 0;
     case WM_DPICHANGED:
         ChangeResolution(LOWORD(wParam), *reinterpret_cast<const RECT*>(lParam));

@@ -123,6 +123,9 @@ protected:
     virtual TwipSize MinimumSize() const;
     // Nor larger; 0 is no limit.
     virtual TwipSize MaximumSize() const;
+    // True: the limits are for the user's mouse only, and OnResize sets other sizes back. A window
+    // manager has changed the size already when it is heard of.
+    virtual bool SetsSizeBack() const { return false; }
     // The close box was used.
     virtual void OnClose();
     // Any other message; the platform handles it afterwards.

@@ -186,9 +186,10 @@ TEST(List, ControlsFollowTheWindow)
             EXPECT_EQ(Desk::SizeOf(Box(desk)).cy, box.cy + 700 - size.cy);
             EXPECT_EQ(Desk::SizeOf(Ok(desk)).cx, ok.cx);
             EXPECT_EQ(Desk::PlaceOf(Ok(desk)).left - 10, left + 600 - size.cx);
-            // Smaller than the limits, which a window manager does not ask for: springs back.
-            SetWindowPos(window, nullptr, before.left, before.top, 100, 100,
-                         SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSENDCHANGING);
+            desk.Place(window, {before.left, before.top, before.left + 100, before.top + 100});
+            desk.WaitFor(L"the list to spring back", [&] {
+                return Desk::SizeOf(window).cx == size.cx && Desk::SizeOf(window).cy == size.cy;
+            });
             expectSmallest();
             EXPECT_TRUE(EqualRect(&button, std::data({Desk::PlaceOf(Ok(desk))})));
             desk.Close(window);
