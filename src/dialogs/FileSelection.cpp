@@ -114,7 +114,8 @@ LONG FileSelection::ShowDialog(SHORT mode)
     // ended is ended here.
     const std::wstring filter = filter_ + std::wstring(2, L'\0');
     const std::wstring directory = IsDevice(directory_) ? L"" : directory_;
-    const std::wstring extension = fileExtension_;
+    // One that is longer than a path fits no name, and Wine's dialog overruns its buffer with it.
+    const std::wstring extension = fileExtension_.size() < kPathUnits ? fileExtension_ : L"";
     const std::wstring title = dlgTitle_;
 
     OPENFILENAMEW dialog{};

@@ -131,7 +131,7 @@ TEST_F(FileSelectionRequestTest, FolderAndExtensionAreThoseGiven)
         EXPECT_EQ(shownFolder_, L"");
     }
     EXPECT_EQ(shownExtension_, L"(none)");
-    const std::wstring extension(1000, L'x');
+    const std::wstring extension(259, L'x');
     files_.Put(L"FileExtension", extension);
     files_.Call(L"Dialog", 1);
     EXPECT_EQ(shownExtension_, extension);
