@@ -2,6 +2,7 @@
 
 #include <cderr.h>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
@@ -65,10 +66,10 @@ IDispatch* Create<::FileSelection>()
     return new FileSelection;
 }
 
-decltype(GetOpenFileNameW)*& FileDialogOfThread() noexcept
+BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save)
 {
-    thread_local decltype(GetOpenFileNameW)* dialog = nullptr;
-    return dialog;
+    return CommonDialog<decltype(GetOpenFileNameW)>(save ? "GetSaveFileNameW"
+                                                         : "GetOpenFileNameW")(dialog);
 }
 
 void FileSelection::SetFilterText(const std::wstring& text)
@@ -131,13 +132,9 @@ LONG FileSelection::ShowDialog(SHORT mode)
     dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
 
-    auto* show = FileDialogOfThread();
-    if (!show)
-        show = CommonDialog<decltype(GetOpenFileNameW)>(mode == kSave ? "GetSaveFileNameW"
-                                                                      : "GetOpenFileNameW");
     const ModalDialog company([this] { return ClientsGone(); });
     const std::wstring& home = HomeFolder(); // before the dialog changes it
-    const BOOL chosen = show(&dialog);
+    const BOOL chosen = Seam<FileDialogs>().show(&dialog, mode == kSave);
     SetCurrentDirectoryW(home.c_str());
     if (!chosen) {
         const auto code = static_cast<LONG>(

@@ -48,7 +48,12 @@ private:
     LONG errorCode_ = 0;
 };
 
-// Stands for the platform's dialogs unless it is null; tests set it.
-decltype(GetOpenFileNameW)*& FileDialogOfThread() noexcept;
+// The platform's dialog to save one file, or to open files. Raises an error where it is missing.
+BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save);
+
+// A seam: the platform's dialogs.
+struct FileDialogs {
+    std::function<BOOL(OPENFILENAMEW* dialog, bool save)> show = ShowFileDialog;
+};
 
 } // namespace quill

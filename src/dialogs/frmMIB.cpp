@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/Apartment.h"
 #include "gui/TimerFn.h"
 #include "gui/guifn.h"
 #include "gui/windowfn.h"
@@ -227,7 +228,7 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, const std::wstring& tex
     row.edit.Focus();
     refused_ = false;
     ShowBalloon(row.edit.Window(), title, text);
-    if (text.empty()) ForegroundOfThread().beep(MB_ICONERROR); // there is no balloon to see
+    if (text.empty()) Seam<Foreground>().beep(MB_ICONERROR); // there is no balloon to see
     // The line has the field's tip again when the focus comes back.
     if (input_.tips == kTipLine)
         lblTip.SetText(text.empty() ? TooShortText(row.design.minLen) : text);

@@ -165,7 +165,7 @@ void Form::Unload() noexcept
 {
     if (!window_) return;
     // Now, while it is there to give; the end of the window takes it away.
-    if (ForegroundOfThread().get() == window_) HandForegroundOn();
+    if (Seam<Foreground>().get() == window_) HandForegroundOn();
     DestroyWindow(window_);
 }
 

@@ -1,5 +1,6 @@
 #include "tray/MenuFn.h"
 
+#include "core/Apartment.h"
 #include "gui/windowfn.h"
 
 namespace quill {

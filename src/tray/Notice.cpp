@@ -231,7 +231,8 @@ void Notice::ReportClick(SHORT code)
 {
     Report([&] {
         trayClicked_ = code;
-        if (std::exchange(triggerEvent_, false)) Fire(kTrayClick, code);
+        // Stays armed when the client was too busy.
+        if (std::exchange(triggerEvent_, false) && !Fire(kTrayClick, code)) triggerEvent_ = true;
     });
 }
 
@@ -239,7 +240,7 @@ void Notice::ReportBalloonClick()
 {
     Report([&] {
         balloonClicked_ = true;
-        if (std::exchange(triggerEvent_, false)) Fire(kBalloonClick);
+        if (std::exchange(triggerEvent_, false) && !Fire(kBalloonClick)) triggerEvent_ = true;
     });
 }
 

@@ -362,14 +362,15 @@ void ProgressWindow::OnPressed() noexcept
 {
     const ComPtr<_ProgressWindow> alive(this); // the handler may release the object
     try {
-        pressed_ = Sum(pressed_, 1); // one more than fits is not told
+        pressed_ = Sum(pressed_, 1); // an overflow is not reported
         if (std::exchange(notifier_, SHORT{0}) != 2) return;
-        Fire(kButtonPressed);
+        // A client that was too busy hears of the next press.
+        if (!Fire(kButtonPressed) && notifier_ == 0) SetNotifier(2);
         if (pumping_) return; // a press that came in while the last one's messages ran
         const FlagScope pumping(pumping_);
         DispatchPending();
     } catch (...) {
-        // nobody waits for the outcome
+        // There is no caller to report to.
     }
 }
 

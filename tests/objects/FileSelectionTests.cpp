@@ -2,6 +2,7 @@
 
 #include <cderr.h>
 
+#include "core/Apartment.h"
 #include "core/quillfn.h"
 #include "dialogs/FileSelection.h"
 #include "support/Robot.h"
@@ -104,10 +105,10 @@ TEST_F(FileSelectionTest, FiltersFromArraysAndText)
 // What the platform's dialog is asked for. It leaves another current directory.
 class FileSelectionRequestTest : public FileSelectionTest {
 protected:
-    FileSelectionRequestTest() { FileDialogOfThread() = Ask; }
-    ~FileSelectionRequestTest() override { FileDialogOfThread() = nullptr; }
+    FileSelectionRequestTest() { Seam<FileDialogs>().show = Ask; }
+    ~FileSelectionRequestTest() override { Seam<FileDialogs>() = {}; }
 
-    static BOOL WINAPI Ask(OPENFILENAMEW* dialog)
+    static BOOL Ask(OPENFILENAMEW* dialog, bool)
     {
         shownFolder_ = dialog->lpstrInitialDir;
         shownExtension_ = dialog->lpstrDefExt ? dialog->lpstrDefExt : L"(none)";

@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "core/Apartment.h"
 #include "gui/windowfn.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
@@ -179,7 +180,7 @@ TEST_F(MInputBoxTest, ARefusedFieldIsNeverSilent)
 {
     static int beeps;
     beeps = 0;
-    ForegroundOfThread().beep = [](UINT) { return ++beeps; };
+    Seam<Foreground>().beep = [](UINT) { return ++beeps; };
     box_.Put(L"ShowTipControl", 2);
     box_.Put(L"InpTipText", ScriptArray(L"the tip"));
     box_.Put(L"InpMinLen", ScriptArray(2));
@@ -203,7 +204,7 @@ TEST_F(MInputBoxTest, ARefusedFieldIsNeverSilent)
                   L"ab|");
         EXPECT_EQ(beeps, 1) << "the balloon of the second is seen";
     }
-    ForegroundOfThread() = Foreground();
+    Seam<Foreground>() = Foreground();
 }
 
 TEST_F(MInputBoxTest, PastedTextIsCheckedForDigits)

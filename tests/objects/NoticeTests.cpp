@@ -273,6 +273,22 @@ TEST_F(NoticeTest, ClicksBecomePropertiesAndEvents)
     EXPECT_FALSE(notice_.Get(L"BalloonClicked").Truth());
 }
 
+TEST_F(NoticeTest, AnEventThatItsClientIsTooBusyForStaysArmed)
+{
+    Try(L"Add");
+    Reaction reaction([] {});
+    DWORD cookie = 0;
+    ASSERT_HRESULT_SUCCEEDED(PointOf(notice_.Dispatch())->Advise(&reaction, &cookie));
+    notice_.Put(L"TriggerEvent", true);
+    for (const HRESULT busy : {RPC_E_CALL_REJECTED, RPC_E_SERVERCALL_RETRYLATER, S_OK}) {
+        EXPECT_TRUE(notice_.Get(L"TriggerEvent").Truth());
+        reaction.result = busy;
+        Report(NIN_SELECT);
+    }
+    EXPECT_EQ(reaction.calls, 3);
+    EXPECT_FALSE(notice_.Get(L"TriggerEvent").Truth());
+}
+
 // A click during a handler is dropped, what waits in the queue afterwards too, and what is chosen
 // from a menu; the handler may take the icon away and release the object.
 TEST_F(NoticeTest, HandlersMayDoAnything)

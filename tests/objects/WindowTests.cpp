@@ -81,13 +81,13 @@ TEST_F(ForegroundTest, ARefusedForegroundRaisesAndFlashes)
 TEST_F(ForegroundTest, IsHandedOnAfterADialog)
 {
     std::vector<DWORD> allowed;
-    ForegroundOfThread().allow = [&](DWORD process) {
+    Seam<Foreground>().allow = [&](DWORD process) {
         allowed.push_back(process);
         return TRUE;
     };
     const HWND window = form_.Window();
     BareForm behind;
-    ForegroundOfThread().get = [window] { return window; };
+    Seam<Foreground>().get = [window] { return window; };
     behind.Unload();
     EXPECT_TRUE(allowed.empty()) << "not its to give";
     form_.Unload();
@@ -97,7 +97,7 @@ TEST_F(ForegroundTest, IsHandedOnAfterADialog)
         EXPECT_EQ(allowed.size(), 1U);
     }
     EXPECT_EQ(allowed, std::vector(2, ASFW_ANY));
-    ForegroundOfThread() = Foreground();
+    Seam<Foreground>() = Foreground();
 }
 
 TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
