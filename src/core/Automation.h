@@ -4,17 +4,15 @@
 //     public:
 //         STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
 //         PROPERTY_SET_BY(BSTR, File, file_, Profile::SetFile)
-//         STDMETHODIMP GetSectionNames(VARIANT_BOOL cvt, BSTR* result) noexcept override
-//         {
-//             return Call(result, &Profile::ReadSectionNames, cvt);
-//         }
+//         METHOD(BSTR, GetSection, (BSTR section, VARIANT_BOOL cvt), section, cvt)
 //     private:
+//         std::wstring GetSection(const std::wstring& section, bool cvt) const;
 //         void SetFile(const std::wstring& path);
 //         std::wstring file_;
 //     };
 //
-// A published method is one line that names the plain method behind it. The plain method takes and
-// returns the types of Conversions.h and throws AutomationError; nothing thrown gets further.
+// A published method is one line; the method that does the work has the same name, takes and
+// returns the types of Conversions.h and throws AutomationError. Nothing thrown gets further.
 #pragma once
 
 #include <functional>
@@ -56,6 +54,49 @@
     {                                                                                              \
         return this->Put(field, value);                                                            \
     }
+
+// A published method with a result: the result's published type, the name, the published parameters
+// in parentheses, and their names again. It calls the method of this name that takes plain types.
+#define METHOD(type, name, parameters, ...)                                                        \
+    STDMETHODIMP name(UNPACKED parameters __VA_OPT__(, ) type* result) noexcept override           \
+    {                                                                                              \
+        return this->Call(result, [this](auto... plain) {                                          \
+            return this->name(plain...);                                                           \
+        } __VA_OPT__(, ) __VA_ARGS__);                                                             \
+    }
+
+// The same without a result. Where the plain types are the published ones, the two methods would be
+// one: such a method is written out, with its body given to Run.
+#define ACTION(name, parameters, ...)                                                              \
+    STDMETHODIMP name(UNPACKED parameters) noexcept override                                       \
+    {                                                                                              \
+        return this->Run([this](auto... plain) { this->name(plain...); } __VA_OPT__(, )            \
+                             __VA_ARGS__);                                                         \
+    }
+
+// A published method that is a routine and needs nothing of the object.
+#define ROUTINE(type, name, routine, parameters, ...)                                              \
+    STDMETHODIMP name(UNPACKED parameters __VA_OPT__(, ) type* result) noexcept override           \
+    {                                                                                              \
+        return this->Call(result, [](auto... plain) { return routine(plain...); } __VA_OPT__(, )   \
+                                      __VA_ARGS__);                                                \
+    }
+
+// A property that scripts can only read, and that the method of its name finds out.
+#define COMPUTED_PROPERTY(type, name)                                                              \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Call(value, [this] { return this->name(); });                                 \
+    }
+
+// A property that scripts can only read: a field.
+#define READ_ONLY_PROPERTY(type, name, field)                                                      \
+    STDMETHODIMP get_##name(type* value) noexcept override                                         \
+    {                                                                                              \
+        return this->Get(value, field);                                                            \
+    }
+
+#define UNPACKED(...) __VA_ARGS__
 
 namespace quill {
 
@@ -156,29 +197,34 @@ protected:
         return nullptr;
     }
 
-    // A published method: runs the plain method, with its result converted into `out`.
+    // A published method: runs the body, a lambda or a routine, on the converted arguments, and
+    // converts its result into `out`.
+    template <class Out, class Body, class... Arguments>
+    HRESULT Call(Out* out, Body&& body, Arguments... arguments) noexcept
+    {
+        if (!out) return E_POINTER;
+        *out = Out{};
+        return Guarded([&] { Return(out, body(Argument<Arguments>{arguments}...)); });
+    }
+
+    // The same for a method of the object.
     template <class Out, class Class, class Method, class... Arguments>
     HRESULT Call(Out* out, Method Class::*method, Arguments... arguments) noexcept
     {
-        if (!out) return E_POINTER;
-        *out = Out{};
-        return Guarded([&] {
-            Return(out, std::invoke(method, static_cast<Class&>(*this),
-                                    Argument<Arguments>{arguments}...));
-        });
+        const auto body = [&](auto... plain) {
+            return std::invoke(method, static_cast<Class&>(*this), plain...);
+        };
+        return Call(out, body, arguments...);
     }
 
-    // The same for a routine that needs nothing of the object.
-    template <class Out, class Result, class... Parameters, class... Arguments>
-    HRESULT Call(Out* out, Result (*routine)(Parameters...), Arguments... arguments) noexcept
+    // A published method without a result, and the put of a property that is more than stored.
+    template <class Body, class... Arguments>
+    HRESULT Run(Body&& body, Arguments... arguments) noexcept
     {
-        if (!out) return E_POINTER;
-        *out = Out{};
-        return Guarded([&] { Return(out, routine(Argument<Arguments>{arguments}...)); });
+        return Guarded([&] { body(Argument<Arguments>{arguments}...); });
     }
 
-    // The same for a method without a result, and for the put of a property that is more than
-    // stored.
+    // The same for a method of the object.
     template <class Class, class Method, class... Arguments>
     HRESULT Call(Method Class::*method, Arguments... arguments) noexcept
     {

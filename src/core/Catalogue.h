@@ -16,9 +16,17 @@ struct CatalogueRow {
     IDispatch* (*create)(); // a new object with no reference yet; throws
 };
 
-// Each class defines this for itself, beside its methods, for its published name.
+// Makes an object of the class with this published name.
 template <class PublishedName>
 IDispatch* Create();
+
+// Defines that for a class; stands in its .cpp.
+#define CREATABLE(name)                                                                            \
+    template <>                                                                                    \
+    IDispatch* Create<::name>()                                                                    \
+    {                                                                                              \
+        return new name;                                                                           \
+    }
 
 struct Catalogue {
     const CatalogueRow* begin() const noexcept;

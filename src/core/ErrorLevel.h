@@ -15,7 +15,7 @@ public:
 
 protected:
     // Raises an entry of the error table, or returns for the method to go on with its quiet result.
-    void Fail(const ErrorEntry& entry, const std::wstring& value = {}) const
+    void RaiseUnlessQuiet(const PublishedError& entry, const std::wstring& value = {}) const
     {
         if (errorLevel_ >= 1) Raise(entry, value);
     }

@@ -38,9 +38,9 @@ void Raise(HRESULT number, const std::wstring& source, const std::wstring& descr
     throw AutomationError{number, source, description};
 }
 
-void Raise(const ErrorEntry& entry, const std::wstring& value)
+void Raise(const PublishedError& entry, const std::wstring& value)
 {
-    Raise(entry.number, entry.source, entry.description + value);
+    throw AutomationError{entry.number, {}, entry.description + value};
 }
 
 short ElementCount(const VARIANT& array)

@@ -13,7 +13,7 @@ namespace quill {
                         const std::wstring& description);
 
 // Raises an entry of the error table, followed by the value at fault where its text asks for one.
-[[noreturn]] void Raise(const ErrorEntry& entry, const std::wstring& value = {});
+[[noreturn]] void Raise(const PublishedError& entry, const std::wstring& value = {});
 
 // Elements of a zero-based array of any type: 0 for anything else and for other lower bounds.
 // Only dimension 1 counts. Raises overflow beyond 32767.

@@ -46,20 +46,16 @@ bool IsChecked(const VARIANT& state)
 
 } // namespace
 
-template <>
-IDispatch* Create<::CheckList>()
-{
-    return new CheckList;
-}
+CREATABLE(CheckList)
 
-LONG CheckList::ChooseFromText(const std::wstring& items, LONG checked, const std::wstring& title)
+LONG CheckList::Selection(const std::wstring& items, LONG checked, const std::wstring& title)
 {
     if (items.empty()) return 0;
     const std::vector<std::wstring> lines = SplitLines(items);
     return lines.size() > kMostLines ? 0 : Choose(lines, checked, title);
 }
 
-LONG CheckList::ChooseFromArray(VARIANT& items, VARIANT& indices, const std::wstring& title)
+LONG CheckList::SelectionA(VARIANT& items, VARIANT& indices, const std::wstring& title)
 {
     const auto values = LineArray(items);
     if (!values || values->empty()) return 0;

@@ -10,19 +10,12 @@ namespace quill {
 // Raises no errors of its own.
 class CheckList final : public WithCancelEsc<WithFonts<Dialog<_CheckList, 256>>> {
 public:
-    STDMETHODIMP Selection(BSTR items, LONG Index, BSTR Title, LONG* result) noexcept override
-    {
-        return Call(result, &CheckList::ChooseFromText, items, Index, Title);
-    }
-    STDMETHODIMP SelectionA(VARIANT* items, VARIANT* indices, BSTR Title,
-                            LONG* result) noexcept override
-    {
-        return Call(result, &CheckList::ChooseFromArray, items, indices, Title);
-    }
+    METHOD(LONG, Selection, (BSTR items, LONG Index, BSTR Title), items, Index, Title)
+    METHOD(LONG, SelectionA, (VARIANT * items, VARIANT* indices, BSTR Title), items, indices, Title)
 
 private:
-    LONG ChooseFromText(const std::wstring& items, LONG checked, const std::wstring& title);
-    LONG ChooseFromArray(VARIANT& items, VARIANT& indices, const std::wstring& title);
+    LONG Selection(const std::wstring& items, LONG checked, const std::wstring& title);
+    LONG SelectionA(VARIANT& items, VARIANT& indices, const std::wstring& title);
     LONG Choose(const std::vector<std::wstring>& lines, LONG checked, const std::wstring& title);
 };
 

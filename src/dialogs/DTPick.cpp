@@ -21,13 +21,9 @@ SYSTEMTIME StartTime(const VARIANT& given)
 
 } // namespace
 
-template <>
-IDispatch* Create<::DTPick>()
-{
-    return new DTPick;
-}
+CREATABLE(DTPick)
 
-bool DTPick::Choose(VARIANT& date)
+bool DTPick::Selection(VARIANT& date)
 {
     if (open_ || IsArrayByReference(date)) return false;
     const FlagScope open(open_);

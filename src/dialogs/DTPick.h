@@ -11,13 +11,10 @@ class DTPick final : public Dialog<_DTPick, 128> {
 public:
     STORED_PROPERTY(SHORT, ControlMode, mode_, Within<0, 2>)
     STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
-    STDMETHODIMP Selection(VARIANT* vdt, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &DTPick::Choose, vdt);
-    }
+    METHOD(VARIANT_BOOL, Selection, (VARIANT * vdt), vdt)
 
 private:
-    bool Choose(VARIANT& date);
+    bool Selection(VARIANT& date);
 
     SHORT mode_ = 2;
     std::wstring title_;

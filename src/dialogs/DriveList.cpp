@@ -24,13 +24,9 @@ std::wstring DriveOf(const std::wstring& path)
 
 } // namespace
 
-template <>
-IDispatch* Create<::DriveList>()
-{
-    return new DriveList;
-}
+CREATABLE(DriveList)
 
-std::wstring DriveList::Choose(const std::wstring& preselected, const std::wstring& title)
+std::wstring DriveList::Selection(const std::wstring& preselected, const std::wstring& title)
 {
     if (open_) return {};
     const FlagScope open(open_);

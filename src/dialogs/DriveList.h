@@ -9,13 +9,10 @@ namespace quill {
 class DriveList final : public WithFonts<Dialog<_DriveList, 128>> {
 public:
     STORED_PROPERTY(VARIANT_BOOL, Crop, crop_)
-    STDMETHODIMP Selection(BSTR Default, BSTR Title, BSTR* result) noexcept override
-    {
-        return Call(result, &DriveList::Choose, Default, Title);
-    }
+    METHOD(BSTR, Selection, (BSTR Default, BSTR Title), Default, Title)
 
 private:
-    std::wstring Choose(const std::wstring& preselected, const std::wstring& title);
+    std::wstring Selection(const std::wstring& preselected, const std::wstring& title);
 
     bool crop_ = false;
     bool open_ = false;

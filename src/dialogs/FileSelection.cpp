@@ -12,6 +12,9 @@ namespace quill {
 
 namespace {
 
+constexpr PublishedError kInvalidDialogMode{ErrorNumber(0x80040353),
+                                            L"Mode parameter: Invalid argument."};
+
 constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
 // Behind the room that the dialog is told of: not every implementation keeps to it.
 constexpr size_t kSpareUnits = 65536;
@@ -60,11 +63,7 @@ Function* CommonDialog(const char* name)
 
 } // namespace
 
-template <>
-IDispatch* Create<::FileSelection>()
-{
-    return new FileSelection;
-}
+CREATABLE(FileSelection)
 
 BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save)
 {
@@ -77,7 +76,7 @@ void FileSelection::SetFilterText(const std::wstring& text)
     filter_ = convert_ ? LineBreaksToNuls(text) + L'\0' : text;
 }
 
-void FileSelection::SetFilterFrom(VARIANT& filter)
+void FileSelection::SetFilter(VARIANT& filter)
 {
     const SAFEARRAY* array = ArrayOf(filter);
     if (array && SafeArrayGetDim(const_cast<SAFEARRAY*>(array)) == 1 &&
@@ -100,10 +99,10 @@ size_t FileSelection::BufferUnits(SHORT mode) const
     return static_cast<size_t>(names) * kPathUnits;
 }
 
-LONG FileSelection::ShowDialog(SHORT mode)
+LONG FileSelection::Dialog(SHORT mode)
 {
     if (!InRange(mode, kOpen, kOpenSeveral)) {
-        Fail(error::kInvalidDialogMode);
+        RaiseUnlessQuiet(kInvalidDialogMode);
         return 0;
     }
     const size_t units = BufferUnits(mode);

@@ -18,22 +18,16 @@ public:
     PROPERTY_SET_BY(BSTR, Filter, filter_, FileSelection::SetFilterText)
     STORED_PROPERTY(LONG, FileNumber, fileNumber_)
     STORED_PROPERTY(VARIANT_BOOL, Convert, convert_)
-    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
-    STDMETHODIMP Dialog(SHORT mode, LONG* result) noexcept override
-    {
-        return Call(result, &FileSelection::ShowDialog, mode);
-    }
-    STDMETHODIMP SetFilter(VARIANT* f) noexcept override
-    {
-        return Call(&FileSelection::SetFilterFrom, f);
-    }
+    READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
+    METHOD(LONG, Dialog, (SHORT mode), mode)
+    ACTION(SetFilter, (VARIANT * f), f)
 
 private:
     enum Mode : SHORT { kOpen, kSave, kOpenSeveral };
 
-    LONG ShowDialog(SHORT mode);
+    LONG Dialog(SHORT mode);
     void SetFilterText(const std::wstring& text);
-    void SetFilterFrom(VARIANT& filter);
+    void SetFilter(VARIANT& filter);
     size_t BufferUnits(SHORT mode) const;
     LONG TakeOne(const std::wstring& path, size_t nameOffset);
     LONG TakeSeveral(const std::wstring& buffer, size_t nameOffset);

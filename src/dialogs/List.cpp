@@ -5,13 +5,9 @@
 
 namespace quill {
 
-template <>
-IDispatch* Create<::List>()
-{
-    return new List;
-}
+CREATABLE(List)
 
-std::wstring List::Choose(const std::wstring& items, LONG index, const std::wstring& title)
+std::wstring List::Selection(const std::wstring& items, LONG index, const std::wstring& title)
 {
     if (items.empty()) return {};
     const DialogSettings settings = settings_; // a call that comes in meanwhile may change them

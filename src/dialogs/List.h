@@ -9,13 +9,10 @@ namespace quill {
 class List final : public WithCancelEsc<WithFonts<Dialog<_List, 256>>> {
 public:
     STORED_PROPERTY(VARIANT_BOOL, MultiSel, multiSel_)
-    STDMETHODIMP Selection(BSTR items, LONG Index, BSTR Title, BSTR* result) noexcept override
-    {
-        return Call(result, &List::Choose, items, Index, Title);
-    }
+    METHOD(BSTR, Selection, (BSTR items, LONG Index, BSTR Title), items, Index, Title)
 
 private:
-    std::wstring Choose(const std::wstring& items, LONG index, const std::wstring& title);
+    std::wstring Selection(const std::wstring& items, LONG index, const std::wstring& title);
 
     bool multiSel_ = false;
 };

@@ -56,11 +56,7 @@ void Distribute(std::vector<InputField>& fields, const VARIANT& given, Value Inp
 
 } // namespace
 
-template <>
-IDispatch* Create<::MInputBox>()
-{
-    return new MInputBox;
-}
+CREATABLE(MInputBox)
 
 MInputBox::MInputBox()
 {
@@ -68,7 +64,7 @@ MInputBox::MInputBox()
     settings_.dlgCancelEsc = true;
 }
 
-std::wstring MInputBox::AskOne(const std::wstring& prompt, const std::wstring& title,
+std::wstring MInputBox::InputS(const std::wstring& prompt, const std::wstring& title,
                                const std::wstring& text)
 {
     InputSettings input;
@@ -81,7 +77,7 @@ std::wstring MInputBox::AskOne(const std::wstring& prompt, const std::wstring& t
     return accepted ? form->Texts().front() : std::wstring();
 }
 
-bool MInputBox::AskSeveral(VARIANT& texts)
+bool MInputBox::InputM(VARIANT& texts)
 {
     if (IsArrayByReference(texts)) return false;
     const std::vector<InputField> fields = Fields();

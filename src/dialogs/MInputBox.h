@@ -50,19 +50,13 @@ public:
     STORED_VARIANT(InpLabelColor, inpLabelColor_)
     STORED_VARIANT(InpTextColor, inpTextColor_)
 
-    STDMETHODIMP InputS(BSTR prompt, BSTR Title, BSTR Default, BSTR* result) noexcept override
-    {
-        return Call(result, &MInputBox::AskOne, prompt, Title, Default);
-    }
-    STDMETHODIMP InputM(VARIANT* vinp, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &MInputBox::AskSeveral, vinp);
-    }
+    METHOD(BSTR, InputS, (BSTR prompt, BSTR Title, BSTR Default), prompt, Title, Default)
+    METHOD(VARIANT_BOOL, InputM, (VARIANT * vinp), vinp)
 
 private:
-    std::wstring AskOne(const std::wstring& prompt, const std::wstring& title,
+    std::wstring InputS(const std::wstring& prompt, const std::wstring& title,
                         const std::wstring& text);
-    bool AskSeveral(VARIANT& texts);
+    bool InputM(VARIANT& texts);
     std::vector<InputField> Fields() const;
 
     InputSettings input_;

@@ -27,13 +27,9 @@ bool IsStandardIcon(LONG icon)
 
 } // namespace
 
-template <>
-IDispatch* Create<::MessageBox>()
-{
-    return new MessageBox;
-}
+CREATABLE(MessageBox)
 
-SHORT MessageBox::ShowBox(const std::wstring& message, LONG style, const std::wstring& title)
+SHORT MessageBox::Show(const std::wstring& message, LONG style, const std::wstring& title)
 {
     Appearance appearance;
     if (style == kPropertyMode)

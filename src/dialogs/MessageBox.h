@@ -22,10 +22,7 @@ public:
     STORED_PROPERTY(VARIANT_BOOL, Precedence, precedence_)
     STORED_PROPERTY(BSTR, Text, text_)
     STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
-    STDMETHODIMP Show(BSTR msg, LONG style, BSTR Title, SHORT* result) noexcept override
-    {
-        return Call(result, &MessageBox::ShowBox, msg, style, Title);
-    }
+    METHOD(SHORT, Show, (BSTR msg, LONG style, BSTR Title), msg, style, Title)
 
 private:
     // Modality and placement; the help button, which nobody would answer, is not among them.
@@ -51,7 +48,7 @@ private:
         IconName icon;
     };
 
-    SHORT ShowBox(const std::wstring& message, LONG style, const std::wstring& title);
+    SHORT Show(const std::wstring& message, LONG style, const std::wstring& title);
     Appearance FromProperties() const;
     bool FindIcon(Appearance& appearance) const;
 

@@ -24,11 +24,7 @@ PCWSTR NullIfEmpty(const std::wstring& text)
 
 } // namespace
 
-template <>
-IDispatch* Create<::TaskDialog>()
-{
-    return new TaskDialog;
-}
+CREATABLE(TaskDialog)
 
 // Runs a dialog; a run-time error on the way to it becomes the ErrorCode.
 template <class Body>
@@ -49,7 +45,7 @@ SHORT TaskDialog::Finish(HRESULT result, int pressed)
     return result == S_OK ? static_cast<SHORT>(pressed) : SHORT{0};
 }
 
-SHORT TaskDialog::ShowSimple(const std::wstring& prompt, LONG buttons, const std::wstring& title)
+SHORT TaskDialog::Show(const std::wstring& prompt, LONG buttons, const std::wstring& title)
 {
     return Guarded([&] {
         // One argument can carry both texts, with a NUL between them.
@@ -72,7 +68,7 @@ SHORT TaskDialog::ShowSimple(const std::wstring& prompt, LONG buttons, const std
     });
 }
 
-SHORT TaskDialog::ShowFull()
+SHORT TaskDialog::ShowEx()
 {
     return Guarded([&] {
         LONG flags = options_;

@@ -13,7 +13,7 @@ namespace quill {
 // Raises no errors of its own: ErrorCode tells what failed, and the result is 0.
 class TaskDialog final : public Automation<_TaskDialog> {
 public:
-    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
+    READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     STORED_PROPERTY(LONG, Buttons, buttons_)
     STORED_PROPERTY(LONG, Icon, icon_, StockIcon)
     STORED_PROPERTY(BSTR, IconResFile, iconResFile_)
@@ -35,14 +35,8 @@ public:
     STORED_PROPERTY(LONG, RadioButtonSelected, radioButtonSelected_)
     STORED_PROPERTY(BSTR, VerificationLabel, verificationLabel_)
     STORED_PROPERTY(VARIANT_BOOL, VerificationChecked, verificationChecked_)
-    STDMETHODIMP Show(BSTR prompt, LONG Buttons, BSTR Title, SHORT* result) noexcept override
-    {
-        return Call(result, &TaskDialog::ShowSimple, prompt, Buttons, Title);
-    }
-    STDMETHODIMP ShowEx(SHORT* result) noexcept override
-    {
-        return Call(result, &TaskDialog::ShowFull);
-    }
+    METHOD(SHORT, Show, (BSTR prompt, LONG Buttons, BSTR Title), prompt, Buttons, Title)
+    METHOD(SHORT, ShowEx, ())
 
 private:
     // Cancellation, where the expanded text goes, right-to-left, minimising. What would need a
@@ -65,8 +59,8 @@ private:
         std::vector<TASKDIALOG_BUTTON> records;
     };
 
-    SHORT ShowSimple(const std::wstring& prompt, LONG buttons, const std::wstring& title);
-    SHORT ShowFull();
+    SHORT Show(const std::wstring& prompt, LONG buttons, const std::wstring& title);
+    SHORT ShowEx();
     template <class Body>
     SHORT Guarded(Body&& body);
     SHORT Finish(HRESULT result, int pressed);

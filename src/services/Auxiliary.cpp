@@ -5,18 +5,14 @@
 
 namespace quill {
 
-template <>
-IDispatch* Create<::Aux>()
-{
-    return new Aux;
-}
+CREATABLE(Aux)
 
-std::wstring Aux::HexOfBits(CURRENCY amount) const
+std::wstring Aux::Hex64(CURRENCY amount) const
 {
     return quill::Hex64(amount.Lo, static_cast<std::uint32_t>(amount.Hi));
 }
 
-std::wstring Aux::SizeText(CURRENCY bytes) const
+std::wstring Aux::FormatByteSize(CURRENCY bytes) const
 {
     wchar_t text[64];
     if (bytes.int64 < 0 || !StrFormatByteSizeW(CurrencyToCount(bytes), text, std::size(text)))

@@ -11,6 +11,26 @@ namespace quill {
 
 namespace {
 
+constexpr PublishedError kFileNotOpen{ErrorNumber(0x8004034A), L"File is not open: "};
+constexpr PublishedError kNoWriteAccess{ErrorNumber(0x8004034C), L"Write access not permitted."};
+constexpr PublishedError kReadSizeUndefined{ErrorNumber(0x8004034D),
+                                            L"Number of bytes to read is undefined."};
+constexpr PublishedError kWriteSizeMismatch{
+    ErrorNumber(0x8004034E), L"Write data do not match the requested number of bytes."};
+constexpr PublishedError kWriteDataUnusable{ErrorNumber(0x8004034E),
+                                            L"Could not prepare write data."};
+constexpr PublishedError kNoFileSize{ErrorNumber(0x80040350),
+                                     L"API function failed to return the file size."};
+constexpr PublishedError kNoFilePointer{ErrorNumber(0x80040350),
+                                        L"API function failed to return the file pointer."};
+constexpr PublishedError kFilePointerNotSet{ErrorNumber(0x80040350),
+                                            L"API function failed to set the file pointer."};
+constexpr PublishedError kLocationNotSet{ErrorNumber(0x80040350),
+                                         L"Could not set the assigned file pointer."};
+constexpr PublishedError kWrongVariantType{ErrorNumber(0x80040360),
+                                           L"Wrong argument (wrong Variant type)"};
+constexpr PublishedError kWrongPropertyValue{ErrorNumber(0x80040361), L"Wrong property value: "};
+
 // No call carries more into a 32-bit process; a script that asks for it gets "out of memory" before
 // any is taken.
 constexpr LONG kLargestRead = 0x20000000; // bytes
@@ -53,14 +73,14 @@ bool BinFile::Open(const std::wstring& path, bool writeAccess)
     return true;
 }
 
-bool BinFile::Read(VARIANT& variable, LONG count, LONG type)
+bool BinFile::BRead(VARIANT& variable, LONG count, LONG type)
 {
     if (!file_) {
-        Fail(error::kFileNotOpen, kOfFile, path_);
+        RaiseUnlessQuiet(kFileNotOpen, kOfFile, path_);
         return false;
     }
     if (IsArrayByReference(variable)) {
-        Fail(error::kWrongVariantType, kOfArgument);
+        RaiseUnlessQuiet(kWrongVariantType, kOfArgument);
         return false;
     }
     Assign(variable, {});
@@ -73,7 +93,7 @@ bool BinFile::Read(VARIANT& variable, LONG count, LONG type)
     case VT_CY: return ReadNumber(variable, VT_CY, 8);
     }
     if (count <= 0) {
-        Fail(error::kReadSizeUndefined, kOfArgument);
+        RaiseUnlessQuiet(kReadSizeUndefined, kOfArgument);
         return false;
     }
     if (count >= kLargestRead) throw std::bad_alloc();
@@ -130,18 +150,18 @@ bool BinFile::ReadInto(void* buffer, LONG count)
     return true;
 }
 
-bool BinFile::Write(VARIANT& data, LONG count)
+bool BinFile::BWrite(VARIANT& data, LONG count)
 {
     byteCount_ = 0;
-    if (!MayWrite()) return false;
+    if (!RequireWriteAccess()) return false;
     std::vector<BYTE> storage;
     const auto bytes = BytesOf(data, form_, storage);
     if (!bytes) {
-        Fail(error::kWriteDataUnusable, kOfArgument);
+        RaiseUnlessQuiet(kWriteDataUnusable, kOfArgument);
         return false;
     }
     if (count < 0 || static_cast<size_t>(count) > bytes->size()) {
-        Fail(error::kWriteSizeMismatch, kOfArgument);
+        RaiseUnlessQuiet(kWriteSizeMismatch, kOfArgument);
         return false;
     }
     const DWORD wanted = static_cast<DWORD>(count == 0 ? bytes->size() : count);
@@ -153,59 +173,63 @@ bool BinFile::Write(VARIANT& data, LONG count)
     return true;
 }
 
-bool BinFile::Trim()
+bool BinFile::BTrim()
 {
-    if (!MayWrite() || !SetEndOfFile(file_.get())) return false;
+    if (!RequireWriteAccess() || !SetEndOfFile(file_.get())) return false;
     byteCount_ = 0;
     halvesAreStale_ = true;
     return true;
 }
 
-void BinFile::Flush() const
+HRESULT BinFile::BFlush() noexcept
 {
-    if (MayWrite()) FlushFileBuffers(file_.get());
+    return Run([&] {
+        if (RequireWriteAccess()) FlushFileBuffers(file_.get());
+    });
 }
 
-void BinFile::Close()
+HRESULT BinFile::BClose() noexcept
 {
-    if (!file_) return;
-    FlushFileBuffers(file_.get());
-    file_.reset();
+    return Run([&] {
+        if (!file_) return;
+        FlushFileBuffers(file_.get());
+        file_.reset();
+    });
 }
 
-LONG BinFile::HandleNumber() const
+LONG BinFile::handle() const
 {
     return static_cast<LONG>(reinterpret_cast<LONG_PTR>(file_.get()));
 }
 
-LONG BinFile::LengthLow() const
+LONG BinFile::Length() const
 {
     return Low(Size());
 }
 
-LONG BinFile::LengthHigh() const
+LONG BinFile::Length2() const
 {
     return High(Size());
 }
 
-CURRENCY BinFile::LengthCount() const
+CURRENCY BinFile::LOF() const
 {
     return AsCurrency(Size(), L"LOF");
 }
 
-LONG BinFile::LocationLow()
+LONG BinFile::Location()
 {
     RefreshHalves();
     return file_ ? locationLow_ : 0;
 }
 
-LONG BinFile::LocationHigh()
+LONG BinFile::Location2()
 {
     RefreshHalves();
     return file_ ? locationHigh_ : 0;
 }
 
-CURRENCY BinFile::LocationCount() const
+CURRENCY BinFile::LOC() const
 {
     return AsCurrency(Position(), L"LOC");
 }
@@ -214,7 +238,7 @@ void BinFile::SetLocationLow(LONG low)
 {
     if (!file_) return;
     if (!MoveTo(Joined(low, locationHigh_))) {
-        Fail(error::kLocationNotSet, kOfFile);
+        RaiseUnlessQuiet(kLocationNotSet, kOfFile);
         return;
     }
     locationLow_ = low;
@@ -224,7 +248,7 @@ void BinFile::SetLocationHigh(LONG high)
 {
     if (!file_) return;
     if (high < 0) {
-        Fail(error::kWrongPropertyValue, kOfFile, L"Location2");
+        RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, L"Location2");
         return;
     }
     locationHigh_ = high;
@@ -234,10 +258,10 @@ void BinFile::SetLocationCount(CURRENCY amount)
 {
     if (!file_) return;
     if (!IsCountInRange(amount)) {
-        Fail(error::kWrongPropertyValue, kOfFile, L"LOC");
+        RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, L"LOC");
         return;
     }
-    if (!MoveTo(CurrencyToCount(amount))) Fail(error::kFilePointerNotSet, kOfFile);
+    if (!MoveTo(CurrencyToCount(amount))) RaiseUnlessQuiet(kFilePointerNotSet, kOfFile);
 }
 
 // In bytes; 0 when the file is closed.
@@ -246,7 +270,7 @@ std::int64_t BinFile::Size() const
     if (!file_) return 0;
     LARGE_INTEGER size;
     if (GetFileSizeEx(file_.get(), &size)) return size.QuadPart;
-    Fail(error::kNoFileSize, kOfFile);
+    RaiseUnlessQuiet(kNoFileSize, kOfFile);
     return 0;
 }
 
@@ -257,7 +281,7 @@ std::int64_t BinFile::Position() const
     LARGE_INTEGER position;
     if (SetFilePointerEx(file_.get(), LARGE_INTEGER{}, &position, FILE_CURRENT))
         return position.QuadPart;
-    Fail(error::kNoFilePointer, kOfFile);
+    RaiseUnlessQuiet(kNoFilePointer, kOfFile);
     return 0;
 }
 
@@ -283,20 +307,21 @@ void BinFile::RefreshHalves()
 CURRENCY BinFile::AsCurrency(std::int64_t count, const wchar_t* property) const
 {
     if (IsCountInRange(count)) return CountToCurrency(count);
-    Fail(error::kWrongPropertyValue, kOfFile, property);
+    RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, property);
     return {};
 }
 
-bool BinFile::MayWrite() const
+bool BinFile::RequireWriteAccess() const
 {
     if (!file_)
-        Fail(error::kFileNotOpen, kOfFile, path_);
+        RaiseUnlessQuiet(kFileNotOpen, kOfFile, path_);
     else if (!writeAccess_)
-        Fail(error::kNoWriteAccess, kOfFile);
+        RaiseUnlessQuiet(kNoWriteAccess, kOfFile);
     return file_ && writeAccess_;
 }
 
-void BinFile::Fail(const ErrorEntry& entry, Severity severity, const std::wstring& value) const
+void BinFile::RaiseUnlessQuiet(const PublishedError& entry, Severity severity,
+                               const std::wstring& value) const
 {
     if (errorLevel_ >= severity) Raise(entry, value);
 }

@@ -13,90 +13,59 @@ public:
     // False when the path does not name a file that can be opened so.
     bool Open(const std::wstring& path, bool writeAccess);
 
-    STDMETHODIMP BRead(VARIANT* vdata, LONG numbytes, LONG vtype,
-                       VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &BinFile::Read, vdata, numbytes, vtype);
-    }
-    STDMETHODIMP BWrite(VARIANT* vdata, LONG numbytes, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &BinFile::Write, vdata, numbytes);
-    }
-    STDMETHODIMP BTrim(VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &BinFile::Trim);
-    }
-    STDMETHODIMP BFlush() noexcept override { return Call(&BinFile::Flush); }
-    STDMETHODIMP BClose() noexcept override { return Call(&BinFile::Close); }
-    STDMETHODIMP get_ByteCount(LONG* value) noexcept override { return Get(value, byteCount_); }
-    STDMETHODIMP get_EOF(VARIANT_BOOL* value) noexcept override { return Get(value, eof_); }
+    METHOD(VARIANT_BOOL, BRead, (VARIANT * vdata, LONG numbytes, LONG vtype), vdata, numbytes,
+           vtype)
+    METHOD(VARIANT_BOOL, BWrite, (VARIANT * vdata, LONG numbytes), vdata, numbytes)
+    METHOD(VARIANT_BOOL, BTrim, ())
+    STDMETHODIMP BFlush() noexcept override;
+    STDMETHODIMP BClose() noexcept override;
+    READ_ONLY_PROPERTY(LONG, ByteCount, byteCount_)
+    READ_ONLY_PROPERTY(VARIANT_BOOL, EOF, eof_)
     STORED_PROPERTY(LONG, ErrorLevel, errorLevel_, Within<0, 2>)
     STORED_PROPERTY(VARIANT_BOOL, ConvertAnsi, convertAnsi_)
     STORED_PROPERTY(VARIANT_BOOL, UseUnicode, form_.useUnicode)
     STORED_PROPERTY(VARIANT_BOOL, UseHexstring, form_.useHexstring)
     STORED_PROPERTY(VARIANT_BOOL, TwistEndian, form_.twistEndian)
-    STDMETHODIMP get_handle(LONG* value) noexcept override
-    {
-        return Call(value, &BinFile::HandleNumber);
-    }
-    STDMETHODIMP get_Length(LONG* value) noexcept override
-    {
-        return Call(value, &BinFile::LengthLow);
-    }
-    STDMETHODIMP get_Length2(LONG* value) noexcept override
-    {
-        return Call(value, &BinFile::LengthHigh);
-    }
-    STDMETHODIMP get_Location(LONG* value) noexcept override
-    {
-        return Call(value, &BinFile::LocationLow);
-    }
+    COMPUTED_PROPERTY(LONG, handle)
+    COMPUTED_PROPERTY(LONG, Length)
+    COMPUTED_PROPERTY(LONG, Length2)
+    COMPUTED_PROPERTY(LONG, Location)
     STDMETHODIMP put_Location(LONG value) noexcept override
     {
         return Call(&BinFile::SetLocationLow, value);
     }
-    STDMETHODIMP get_Location2(LONG* value) noexcept override
-    {
-        return Call(value, &BinFile::LocationHigh);
-    }
+    COMPUTED_PROPERTY(LONG, Location2)
     STDMETHODIMP put_Location2(LONG value) noexcept override
     {
         return Call(&BinFile::SetLocationHigh, value);
     }
-    STDMETHODIMP get_LOC(CURRENCY* value) noexcept override
-    {
-        return Call(value, &BinFile::LocationCount);
-    }
+    COMPUTED_PROPERTY(CURRENCY, LOC)
     STDMETHODIMP put_LOC(CURRENCY value) noexcept override
     {
         return Call(&BinFile::SetLocationCount, value);
     }
-    STDMETHODIMP get_LOF(CURRENCY* value) noexcept override
-    {
-        return Call(value, &BinFile::LengthCount);
-    }
+    COMPUTED_PROPERTY(CURRENCY, LOF)
 
 private:
     // An error is raised when ErrorLevel is at least its severity.
     enum Severity : LONG { kOfFile = 1, kOfArgument = 2 };
 
-    bool Read(VARIANT& variable, LONG count, LONG type);
+    bool BRead(VARIANT& variable, LONG count, LONG type);
     bool ReadNumber(VARIANT& variable, VARTYPE type, LONG size);
     bool ReadText(VARIANT& variable, LONG count);
     bool ReadArray(VARIANT& variable, LONG count);
     bool ReadInto(void* buffer, LONG count);
-    bool Write(VARIANT& data, LONG count);
-    bool Trim();
+    bool BWrite(VARIANT& data, LONG count);
+    bool BTrim();
     void Flush() const;
-    void Close();
 
-    LONG HandleNumber() const;
-    LONG LengthLow() const;
-    LONG LengthHigh() const;
-    CURRENCY LengthCount() const;
-    LONG LocationLow();
-    LONG LocationHigh();
-    CURRENCY LocationCount() const;
+    LONG handle() const;
+    LONG Length() const;
+    LONG Length2() const;
+    CURRENCY LOF() const;
+    LONG Location();
+    LONG Location2();
+    CURRENCY LOC() const;
     void SetLocationLow(LONG low);
     void SetLocationHigh(LONG high);
     void SetLocationCount(CURRENCY amount);
@@ -107,8 +76,9 @@ private:
     void RefreshHalves();
     CURRENCY AsCurrency(std::int64_t count, const wchar_t* property) const;
 
-    bool MayWrite() const;
-    void Fail(const ErrorEntry& entry, Severity severity, const std::wstring& value = {}) const;
+    bool RequireWriteAccess() const;
+    void RaiseUnlessQuiet(const PublishedError& entry, Severity severity,
+                          const std::wstring& value = {}) const;
 
     FileHandle file_; // null when closed
     std::wstring path_;

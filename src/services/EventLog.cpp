@@ -6,6 +6,9 @@ namespace quill {
 
 namespace {
 
+constexpr PublishedError kNoLogText{ErrorNumber(0x80040335), L"Missing event log string."};
+constexpr PublishedError kInvalidLogMode{ErrorNumber(0x80040336), L"Invalid log mode."};
+
 constexpr wchar_t kDefaultFile[] = L"quill.log";
 
 LogEventType TypeOfIcon(LONG icon) noexcept
@@ -20,11 +23,7 @@ LogEventType TypeOfIcon(LONG icon) noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::EventLog>()
-{
-    return new EventLog;
-}
+CREATABLE(EventLog)
 
 void EventLog::SetMode(SHORT mode)
 {
@@ -32,13 +31,13 @@ void EventLog::SetMode(SHORT mode)
     if (InRange(mode, 0, 2))
         mode_ = static_cast<SHORT>(kModes[mode]);
     else
-        Fail(error::kInvalidLogMode);
+        RaiseUnlessQuiet(kInvalidLogMode);
 }
 
-void EventLog::LogEvent(const std::wstring& text, LONG icon)
+void EventLog::Report(const std::wstring& text, LONG icon)
 {
     // Kept as published: where the error stays quiet, the empty text is recorded.
-    if (text.empty()) Fail(error::kNoLogText);
+    if (text.empty()) RaiseUnlessQuiet(kNoLogText);
     const Logging service(file_.empty() ? kDefaultFile : file_, static_cast<LogMode>(mode_));
     service.Log(text, TypeOfIcon(icon));
 }

@@ -13,14 +13,11 @@ class EventLog final : public WithErrorLevel<Automation<_EventLog>> {
 public:
     STORED_PROPERTY(BSTR, File, file_)
     PROPERTY_SET_BY(SHORT, mode, mode_, EventLog::SetMode)
-    STDMETHODIMP Report(BSTR estring, LONG etype) noexcept override
-    {
-        return Call(&EventLog::LogEvent, estring, etype);
-    }
+    ACTION(Report, (BSTR estring, LONG etype), estring, etype)
 
 private:
     void SetMode(SHORT mode);
-    void LogEvent(const std::wstring& text, LONG icon);
+    void Report(const std::wstring& text, LONG icon);
 
     std::wstring file_;
     // Kept as published: reads as the logging service's number.

@@ -50,13 +50,9 @@ DWORD ShellExeType(const std::wstring& path)
 
 } // namespace
 
-template <>
-IDispatch* Create<::File>()
-{
-    return new File;
-}
+CREATABLE(File)
 
-std::wstring File::FindApplication(const std::wstring& path) const
+std::wstring File::Application(const std::wstring& path) const
 {
     if (!FitsTheShell(path)) return {};
     std::wstring program(8192, L'\0');
@@ -65,26 +61,26 @@ std::wstring File::FindApplication(const std::wstring& path) const
     return found > 32 ? program.c_str() : std::wstring();
 }
 
-bool File::CreateEmpty(const std::wstring& path, bool overwrite) const
+bool File::Create(const std::wstring& path, bool overwrite) const
 {
     return OpenFile(path, GENERIC_WRITE, overwrite ? CREATE_ALWAYS : CREATE_NEW, 0) != nullptr;
 }
 
-LONG File::BinaryType(const std::wstring& path) const
+LONG File::ExeType(const std::wstring& path) const
 {
     DWORD type;
     return GetBinaryTypeW(path.c_str(), &type) ? static_cast<LONG>(type) : -1;
 }
 
-LONG File::ProgramType(const std::wstring& path) const
+LONG File::ExeType2(const std::wstring& path) const
 {
-    const LONG type = BinaryType(path);
+    const LONG type = ExeType(path);
     const bool shellKnows = type == SCS_32BIT_BINARY || type == SCS_DOS_BINARY ||
                             type == SCS_WOW_BINARY || type == SCS_64BIT_BINARY;
     return shellKnows && ShellExeType(path) == 0 ? -1 : type;
 }
 
-SHORT File::ShellType(const std::wstring& path, bool version) const
+SHORT File::ExeType3(const std::wstring& path, bool version) const
 {
     const DWORD type = ShellExeType(path);
     const WORD expected = HIWORD(type);
@@ -97,7 +93,7 @@ SHORT File::ShellType(const std::wstring& path, bool version) const
     }
 }
 
-bool File::IsFound(const std::wstring& pattern) const
+bool File::Exists(const std::wstring& pattern) const
 {
     WIN32_FIND_DATAW data;
     const HANDLE search = FindFirstFileW(pattern.c_str(), &data);
@@ -106,8 +102,8 @@ bool File::IsFound(const std::wstring& pattern) const
     return true;
 }
 
-bool File::ReplaceBy(const std::wstring& path, const std::wstring& replacement,
-                     const std::wstring& backup) const
+bool File::Replace(const std::wstring& path, const std::wstring& replacement,
+                   const std::wstring& backup) const
 {
     return ReplaceFileW(path.c_str(), replacement.c_str(),
                         backup.empty() ? nullptr : backup.c_str(),
@@ -115,14 +111,14 @@ bool File::ReplaceBy(const std::wstring& path, const std::wstring& replacement,
                         nullptr) != FALSE;
 }
 
-ComPtr<_BinFile> File::Open(const std::wstring& path, bool writeAccess) const
+ComPtr<_BinFile> File::OpenBinary(const std::wstring& path, bool writeAccess) const
 {
     const ComPtr<BinFile> file(new BinFile);
     if (!file->Open(path, writeAccess)) return nullptr;
     return file.Get();
 }
 
-bool File::SetTimes(const std::wstring& path, DATE date, SHORT which) const
+bool File::TimeSet(const std::wstring& path, DATE date, SHORT which) const
 {
     const FileHandle file = OpenForTimes(path, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES);
     const std::optional<SYSTEMTIME> parts = PartsOf(date);
@@ -135,7 +131,7 @@ bool File::SetTimes(const std::wstring& path, DATE date, SHORT which) const
     return done != FALSE;
 }
 
-DATE File::ReadTime(const std::wstring& path, SHORT which) const
+DATE File::TimeGet(const std::wstring& path, SHORT which) const
 {
     const FileHandle file = OpenForTimes(path, FILE_READ_ATTRIBUTES);
     FILETIME time;
@@ -144,7 +140,7 @@ DATE File::ReadTime(const std::wstring& path, SHORT which) const
     return DateOf(parts);
 }
 
-SHORT File::CompareTimes(const std::wstring& first, const std::wstring& second, SHORT which) const
+SHORT File::TimeCompare(const std::wstring& first, const std::wstring& second, SHORT which) const
 {
     const FileHandle firstFile = OpenForTimes(first, FILE_READ_ATTRIBUTES);
     if (!firstFile) return -1;

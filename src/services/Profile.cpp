@@ -7,6 +7,13 @@ namespace quill {
 
 namespace {
 
+constexpr PublishedError kProfileNotFound{ErrorNumber(0x8004033F), L"Profile not found: "};
+constexpr PublishedError kNoProfile{ErrorNumber(0x80040340), L"No Profile defined."};
+constexpr PublishedError kValueTooLong{ErrorNumber(0x80040341),
+                                       L"Key value length is beyond maximum (0x2000)."};
+constexpr PublishedError kSectionTooLong{ErrorNumber(0x80040341),
+                                         L"Section entries beyond maximum (0x8000)."};
+
 // Buffer sizes and limits, in UTF-16 units.
 constexpr size_t kValueLimit = 8192;
 constexpr size_t kSectionLimit = 32768;
@@ -20,11 +27,7 @@ std::wstring Filled(std::wstring buffer, DWORD count)
 
 } // namespace
 
-template <>
-IDispatch* Create<::Profile>()
-{
-    return new Profile;
-}
+CREATABLE(Profile)
 
 void Profile::SetFile(const std::wstring& path)
 {
@@ -32,21 +35,21 @@ void Profile::SetFile(const std::wstring& path)
     if (FileExists(tested, false))
         file_ = path;
     else
-        Fail(error::kProfileNotFound, path);
+        RaiseUnlessQuiet(kProfileNotFound, path);
 }
 
-std::wstring Profile::ReadValue(const std::wstring& section, const std::wstring& key) const
+std::wstring Profile::GetValue(const std::wstring& section, const std::wstring& key) const
 {
-    if (!HasFile()) return {};
+    if (!RequireFile()) return {};
     std::wstring buffer(kValueLimit, L'\0');
     const DWORD count = GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", buffer.data(),
                                                  kValueLimit, file_.c_str());
     return Filled(std::move(buffer), count);
 }
 
-std::wstring Profile::ReadSection(const std::wstring& section, bool convert) const
+std::wstring Profile::GetSection(const std::wstring& section, bool convert) const
 {
-    if (!HasFile()) return {};
+    if (!RequireFile()) return {};
     std::wstring buffer(kSectionLimit, L'\0');
     const DWORD count =
         GetPrivateProfileSectionW(section.c_str(), buffer.data(), kSectionLimit, file_.c_str());
@@ -54,21 +57,21 @@ std::wstring Profile::ReadSection(const std::wstring& section, bool convert) con
     return convert ? NulsToLineBreaks(entries) : entries;
 }
 
-std::wstring Profile::ReadSectionNames(bool convert) const
+std::wstring Profile::GetSectionNames(bool convert) const
 {
-    if (!HasFile()) return {};
+    if (!RequireFile()) return {};
     std::wstring buffer(kSectionLimit, L'\0');
     const DWORD count = GetPrivateProfileSectionNamesW(buffer.data(), kSectionLimit, file_.c_str());
     const std::wstring names = Filled(std::move(buffer), count);
     return convert ? NulsToLineBreaks(names) : names;
 }
 
-bool Profile::WriteValue(const std::wstring& section, const std::wstring& key,
-                         const std::wstring& entry)
+bool Profile::SetValue(const std::wstring& section, const std::wstring& key,
+                       const std::wstring& entry)
 {
-    if (!HasFile()) return false;
+    if (!RequireFile()) return false;
     if (entry.size() > kValueLimit) {
-        Fail(error::kValueTooLong);
+        RaiseUnlessQuiet(kValueTooLong);
         return false;
     }
     // No key: the whole section goes. No entry: the key goes.
@@ -77,11 +80,11 @@ bool Profile::WriteValue(const std::wstring& section, const std::wstring& key,
     return WritePrivateProfileStringW(section.c_str(), keyText, entryText, file_.c_str()) != FALSE;
 }
 
-bool Profile::WriteSection(const std::wstring& section, const std::wstring& entries, bool convert)
+bool Profile::SetSection(const std::wstring& section, const std::wstring& entries, bool convert)
 {
-    if (!HasFile()) return false;
+    if (!RequireFile()) return false;
     if (entries.size() > kSectionLimit) {
-        Fail(error::kSectionTooLong);
+        RaiseUnlessQuiet(kSectionTooLong);
         return false;
     }
     // With two more at the end the list is ended, even where the script forgot it.
@@ -89,9 +92,9 @@ bool Profile::WriteSection(const std::wstring& section, const std::wstring& entr
     return WritePrivateProfileSectionW(section.c_str(), list.c_str(), file_.c_str()) != FALSE;
 }
 
-bool Profile::HasFile() const
+bool Profile::RequireFile() const
 {
-    if (file_.empty()) Fail(error::kNoProfile);
+    if (file_.empty()) RaiseUnlessQuiet(kNoProfile);
     return !file_.empty();
 }
 

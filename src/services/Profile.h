@@ -10,39 +10,22 @@ namespace quill {
 class Profile final : public WithErrorLevel<Automation<_Profile>> {
 public:
     PROPERTY_SET_BY(BSTR, File, file_, Profile::SetFile)
-    STDMETHODIMP GetValue(BSTR section, BSTR key, BSTR* result) noexcept override
-    {
-        return Call(result, &Profile::ReadValue, section, key);
-    }
-    STDMETHODIMP GetSection(BSTR section, VARIANT_BOOL cvt, BSTR* result) noexcept override
-    {
-        return Call(result, &Profile::ReadSection, section, cvt);
-    }
-    STDMETHODIMP GetSectionNames(VARIANT_BOOL cvt, BSTR* result) noexcept override
-    {
-        return Call(result, &Profile::ReadSectionNames, cvt);
-    }
-    STDMETHODIMP SetValue(BSTR section, BSTR key, BSTR entry,
-                          VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Profile::WriteValue, section, key, entry);
-    }
-    STDMETHODIMP SetSection(BSTR section, BSTR entries, VARIANT_BOOL cvt,
-                            VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Profile::WriteSection, section, entries, cvt);
-    }
+    METHOD(BSTR, GetValue, (BSTR section, BSTR key), section, key)
+    METHOD(BSTR, GetSection, (BSTR section, VARIANT_BOOL cvt), section, cvt)
+    METHOD(BSTR, GetSectionNames, (VARIANT_BOOL cvt), cvt)
+    METHOD(VARIANT_BOOL, SetValue, (BSTR section, BSTR key, BSTR entry), section, key, entry)
+    METHOD(VARIANT_BOOL, SetSection, (BSTR section, BSTR entries, VARIANT_BOOL cvt), section,
+           entries, cvt)
 
 private:
     void SetFile(const std::wstring& path);
-    std::wstring ReadValue(const std::wstring& section, const std::wstring& key) const;
-    std::wstring ReadSection(const std::wstring& section, bool convert) const;
-    std::wstring ReadSectionNames(bool convert) const;
-    bool WriteValue(const std::wstring& section, const std::wstring& key,
-                    const std::wstring& entry);
-    bool WriteSection(const std::wstring& section, const std::wstring& entries, bool convert);
+    std::wstring GetValue(const std::wstring& section, const std::wstring& key) const;
+    std::wstring GetSection(const std::wstring& section, bool convert) const;
+    std::wstring GetSectionNames(bool convert) const;
+    bool SetValue(const std::wstring& section, const std::wstring& key, const std::wstring& entry);
+    bool SetSection(const std::wstring& section, const std::wstring& entries, bool convert);
 
-    bool HasFile() const;
+    bool RequireFile() const;
 
     std::wstring file_;
 };

@@ -52,13 +52,9 @@ std::vector<std::wstring> SplitAtNuls(const std::wstring& text)
 
 } // namespace
 
-template <>
-IDispatch* Create<::Registry>()
-{
-    return new Registry;
-}
+CREATABLE(Registry)
 
-LONG Registry::ListItems(const std::wstring& path, VARIANT& items)
+LONG Registry::GetItems(const std::wstring& path, VARIANT& items)
 {
     errorCode_ = kInvalidPath;
     if (IsArrayByReference(items)) return 0;
@@ -87,7 +83,7 @@ LONG Registry::ListItems(const std::wstring& path, VARIANT& items)
     return static_cast<LONG>(names.size());
 }
 
-std::wstring Registry::FindItem(const std::wstring& item, const std::wstring& path)
+std::wstring Registry::Search(const std::wstring& item, const std::wstring& path)
 {
     errorCode_ = kInvalidPath;
     const std::wstring start = WithoutTrailingBackslash(path);
@@ -102,7 +98,7 @@ std::wstring Registry::FindItem(const std::wstring& item, const std::wstring& pa
     return found.value_or(std::wstring());
 }
 
-Variant Registry::Read(const std::wstring& item, const std::wstring& valueName)
+Variant Registry::RegRead(const std::wstring& item, const std::wstring& valueName)
 {
     errorCode_ = kInvalidPath;
     auto place = PlaceOf(item);
@@ -123,7 +119,7 @@ Variant Registry::Read(const std::wstring& item, const std::wstring& valueName)
     return value;
 }
 
-LONG Registry::KindOfEntry(const std::wstring& item)
+LONG Registry::RegEntryExists(const std::wstring& item)
 {
     errorCode_ = kInvalidPath;
     const auto place = PlaceOf(item);
@@ -146,7 +142,7 @@ LONG Registry::KindOfEntry(const std::wstring& item)
     return kNothing;
 }
 
-LONG Registry::KindOfPlainEntry(const std::wstring& item)
+LONG Registry::RegEntryExists1(const std::wstring& item)
 {
     errorCode_ = kInvalidPath;
     const auto place = PlaceOf(item);

@@ -14,33 +14,15 @@ public:
     STORED_PROPERTY(LONG, Continue, continue_, Within<0, 64>)
     STORED_PROPERTY(VARIANT_BOOL, ConvertArr, convertArr_)
     STORED_PROPERTY(VARIANT_BOOL, ConvertStr, convertStr_)
-    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
+    READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     STORED_PROPERTY(LONG, ItemType, itemType_, Within<0, 2>)
     STORED_PROPERTY(LONG, KeyLevels, keyLevels_, Within<1, 64>)
-    STDMETHODIMP GetItems(BSTR sPath, VARIANT* vItems, LONG* result) noexcept override
-    {
-        return Call(result, &Registry::ListItems, sPath, vItems);
-    }
-    STDMETHODIMP Search(BSTR sItem, BSTR sPath, BSTR* result) noexcept override
-    {
-        return Call(result, &Registry::FindItem, sItem, sPath);
-    }
-    STDMETHODIMP RegRead(BSTR sItem, BSTR sVal, VARIANT* result) noexcept override
-    {
-        return Call(result, &Registry::Read, sItem, sVal);
-    }
-    STDMETHODIMP RegRead1(BSTR sItem, BSTR, VARIANT* result) noexcept override
-    {
-        return Call(result, &Registry::Read, sItem, BSTR{});
-    }
-    STDMETHODIMP RegEntryExists(BSTR sItem, LONG* result) noexcept override
-    {
-        return Call(result, &Registry::KindOfEntry, sItem);
-    }
-    STDMETHODIMP RegEntryExists1(BSTR sItem, LONG* result) noexcept override
-    {
-        return Call(result, &Registry::KindOfPlainEntry, sItem);
-    }
+    METHOD(LONG, GetItems, (BSTR sPath, VARIANT* vItems), sPath, vItems)
+    METHOD(BSTR, Search, (BSTR sItem, BSTR sPath), sItem, sPath)
+    METHOD(VARIANT, RegRead, (BSTR sItem, BSTR sVal), sItem, sVal)
+    METHOD(VARIANT, RegRead1, (BSTR sItem, BSTR), sItem)
+    METHOD(LONG, RegEntryExists, (BSTR sItem), sItem)
+    METHOD(LONG, RegEntryExists1, (BSTR sItem), sItem)
 
 private:
     enum Code : LONG { kInvalidPath = 801, kNothingThere = 802 };
@@ -51,11 +33,12 @@ private:
         std::wstring path; // below the root
     };
 
-    LONG ListItems(const std::wstring& path, VARIANT& items);
-    std::wstring FindItem(const std::wstring& item, const std::wstring& path);
-    Variant Read(const std::wstring& item, const std::wstring& valueName);
-    LONG KindOfEntry(const std::wstring& item);
-    LONG KindOfPlainEntry(const std::wstring& item);
+    LONG GetItems(const std::wstring& path, VARIANT& items);
+    std::wstring Search(const std::wstring& item, const std::wstring& path);
+    Variant RegRead(const std::wstring& item, const std::wstring& valueName);
+    Variant RegRead1(const std::wstring& item) { return RegRead(item, {}); }
+    LONG RegEntryExists(const std::wstring& item);
+    LONG RegEntryExists1(const std::wstring& item);
 
     static std::optional<Place> PlaceOf(const std::wstring& path);
     REGSAM Access() const;

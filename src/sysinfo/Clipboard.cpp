@@ -74,13 +74,9 @@ void Place(UINT format, GlobalBlock block) noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::Clipboard>()
-{
-    return new Clipboard;
-}
+CREATABLE(Clipboard)
 
-std::wstring Clipboard::ReadText() const
+std::wstring Clipboard::Text() const
 {
     const UINT format = unicode_ ? CF_UNICODETEXT : CF_TEXT;
     if (!IsClipboardFormatAvailable(format)) return {};

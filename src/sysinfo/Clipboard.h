@@ -9,10 +9,7 @@ namespace quill {
 // is an empty string, and what cannot be written is dropped.
 class Clipboard final : public Automation<_Clipboard> {
 public:
-    STDMETHODIMP get_Text(BSTR* value) noexcept override
-    {
-        return Call(value, &Clipboard::ReadText);
-    }
+    COMPUTED_PROPERTY(BSTR, Text)
     STDMETHODIMP put_Text(BSTR value) noexcept override
     {
         return Call(&Clipboard::WriteText, value);
@@ -20,7 +17,7 @@ public:
     STORED_PROPERTY(VARIANT_BOOL, UseUnicode, unicode_)
 
 private:
-    std::wstring ReadText() const;
+    std::wstring Text() const;
     void WriteText(const std::wstring& text) const;
 
     bool unicode_ = false;

@@ -16,11 +16,7 @@ SYSTEMTIME UtcNow() noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::DateTime>()
-{
-    return new DateTime;
-}
+CREATABLE(DateTime)
 
 TimeZone TimeZone::Current() noexcept
 {
@@ -47,7 +43,7 @@ LONG TimeZone::DaylightBias() const noexcept
     return kind == -1 ? 0 : settings.Bias + settings.DaylightBias;
 }
 
-DATE DateTime::Convert(DATE date, bool fromUtc)
+DATE DateTime::ConvertTime(DATE date, bool fromUtc)
 {
     const std::optional<SYSTEMTIME> given = PartsOf(date);
     if (!given) return 0;
@@ -57,14 +53,14 @@ DATE DateTime::Convert(DATE date, bool fromUtc)
     return done ? DateOf(converted) : 0;
 }
 
-DATE DateTime::Date()
+DATE DateTime::SysDate()
 {
     SYSTEMTIME now = UtcNow();
     now.wHour = now.wMinute = now.wSecond = 0;
     return DateOf(now);
 }
 
-DATE DateTime::Time()
+DATE DateTime::SysTime()
 {
     SYSTEMTIME now = UtcNow();
     now.wYear = 1899; // the day that counts as none
@@ -73,11 +69,11 @@ DATE DateTime::Time()
     return DateOf(now);
 }
 
-DATE DateTime::Now()
+DATE DateTime::SysNow()
 {
     // Kept as published: the clock is read twice, the time first.
-    const DATE time = Time();
-    return time + Date();
+    const DATE time = SysTime();
+    return time + SysDate();
 }
 
 } // namespace quill

@@ -22,16 +22,10 @@ struct TimeZone {
 // The time zone is read when the object is made, and by TimeInfoRefresh. Raises no errors.
 class DateTime final : public Automation<_DateTime> {
 public:
-    STDMETHODIMP ConvertTime(DATE dt, VARIANT_BOOL IsUTC, DATE* result) noexcept override
-    {
-        return Call(result, &DateTime::Convert, dt, IsUTC);
-    }
+    METHOD(DATE, ConvertTime, (DATE dt, VARIANT_BOOL IsUTC), dt, IsUTC)
     STDMETHODIMP TimeInfoRefresh() noexcept override { return Call(&DateTime::Refresh); }
     STDMETHODIMP get_TimeZoneType(LONG* value) noexcept override { return Get(value, zone_.kind); }
-    STDMETHODIMP get_TimeZoneName(BSTR* value) noexcept override
-    {
-        return Call(value, &DateTime::ZoneName);
-    }
+    COMPUTED_PROPERTY(BSTR, TimeZoneName)
     STDMETHODIMP get_TimeBias(LONG* value) noexcept override
     {
         return Get(value, zone_.StandardBias());
@@ -40,17 +34,17 @@ public:
     {
         return Get(value, zone_.DaylightBias());
     }
-    STDMETHODIMP get_SysDate(DATE* value) noexcept override { return Call(value, &DateTime::Date); }
-    STDMETHODIMP get_SysTime(DATE* value) noexcept override { return Call(value, &DateTime::Time); }
-    STDMETHODIMP get_SysNow(DATE* value) noexcept override { return Call(value, &DateTime::Now); }
+    COMPUTED_PROPERTY(DATE, SysDate)
+    COMPUTED_PROPERTY(DATE, SysTime)
+    COMPUTED_PROPERTY(DATE, SysNow)
 
 private:
-    static DATE Convert(DATE date, bool fromUtc);
+    static DATE ConvertTime(DATE date, bool fromUtc);
     void Refresh() noexcept { zone_ = TimeZone::Current(); }
-    std::wstring ZoneName() const { return zone_.Name(); }
-    static DATE Date();
-    static DATE Time();
-    static DATE Now();
+    std::wstring TimeZoneName() const { return zone_.Name(); }
+    static DATE SysDate();
+    static DATE SysTime();
+    static DATE SysNow();
 
     TimeZone zone_ = TimeZone::Current();
 };

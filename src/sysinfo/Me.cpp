@@ -56,11 +56,7 @@ private:
 
 } // namespace
 
-template <>
-IDispatch* Create<::Me>()
-{
-    return new Me;
-}
+CREATABLE(Me)
 
 std::wstring Me::About()
 {
@@ -69,12 +65,12 @@ std::wstring Me::About()
            version.Text(L"LegalCopyright");
 }
 
-LONG Me::Instance()
+LONG Me::hInstance()
 {
     return static_cast<LONG>(reinterpret_cast<LONG_PTR>(GetModuleHandleW(nullptr)));
 }
 
-std::wstring Me::Folder()
+std::wstring Me::Path()
 {
     return FolderOf(ThisApartment().programPath);
 }
@@ -85,7 +81,7 @@ std::wstring Me::Version()
     return std::to_wstring(HIWORD(version)) + L'.' + std::to_wstring(LOWORD(version));
 }
 
-LONG Me::ParentProcess()
+LONG Me::ParentProcessID()
 {
     const HANDLE taken = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
     if (taken == INVALID_HANDLE_VALUE) return 0;
@@ -99,7 +95,7 @@ LONG Me::ParentProcess()
     return static_cast<LONG>(parent);
 }
 
-LONG Me::CallerThread()
+LONG Me::CallerTID()
 {
     DWORD thread = 0;
     // S_FALSE: the caller is in another process.

@@ -8,9 +8,9 @@ namespace quill {
 // Lives on the server's main thread. Keeps nothing and raises no errors.
 class Me final : public Automation<_Me> {
 public:
-    STDMETHODIMP get_About(BSTR* value) noexcept override { return Call(value, &Me::About); }
-    STDMETHODIMP get_hInstance(LONG* value) noexcept override { return Call(value, &Me::Instance); }
-    STDMETHODIMP get_Path(BSTR* value) noexcept override { return Call(value, &Me::Folder); }
+    COMPUTED_PROPERTY(BSTR, About)
+    COMPUTED_PROPERTY(LONG, hInstance)
+    COMPUTED_PROPERTY(BSTR, Path)
     STDMETHODIMP get_ProcessID(LONG* value) noexcept override
     {
         return Get(value, static_cast<LONG>(GetCurrentProcessId()));
@@ -19,23 +19,17 @@ public:
     {
         return Get(value, static_cast<LONG>(GetCurrentThreadId()));
     }
-    STDMETHODIMP get_Version(BSTR* value) noexcept override { return Call(value, &Me::Version); }
-    STDMETHODIMP get_ParentProcessID(LONG* value) noexcept override
-    {
-        return Call(value, &Me::ParentProcess);
-    }
-    STDMETHODIMP get_CallerTID(LONG* value) noexcept override
-    {
-        return Call(value, &Me::CallerThread);
-    }
+    COMPUTED_PROPERTY(BSTR, Version)
+    COMPUTED_PROPERTY(LONG, ParentProcessID)
+    COMPUTED_PROPERTY(LONG, CallerTID)
 
 private:
     static std::wstring About();
-    static LONG Instance();
-    static std::wstring Folder();
+    static LONG hInstance();
+    static std::wstring Path();
     static std::wstring Version();
-    static LONG ParentProcess();
-    static LONG CallerThread();
+    static LONG ParentProcessID();
+    static LONG CallerTID();
 };
 
 // A seam: who called.

@@ -27,11 +27,7 @@ bool IsModule(HMODULE module) noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::Noise>()
-{
-    return new Noise;
-}
+CREATABLE(Noise)
 
 BOOL WINAPI PlaySystemSound(LPCWSTR sound, HMODULE module, DWORD flags) noexcept
 {
@@ -56,30 +52,34 @@ void Noise::UntilItEnds(std::function<void()> sound)
         if (!WaitForMessages(kRoundMilliseconds, thread.get())) break;
 }
 
-void Noise::PlayTone(LONG frequency, LONG milliseconds)
+HRESULT Noise::Ring(LONG frequency, LONG milliseconds) noexcept
 {
-    UntilItEnds([beep = Seam<SoundFunctions>().beep,
-                 hertz = static_cast<DWORD>(std::clamp<LONG>(frequency, 37, 32'767)),
-                 length = static_cast<DWORD>(std::clamp<LONG>(milliseconds, 10, 10'000))] {
-        beep(hertz, length);
+    return Run([&] {
+        UntilItEnds([beep = Seam<SoundFunctions>().beep,
+                     hertz = static_cast<DWORD>(std::clamp<LONG>(frequency, 37, 32'767)),
+                     length = static_cast<DWORD>(std::clamp<LONG>(milliseconds, 10, 10'000))] {
+            beep(hertz, length);
+        });
     });
 }
 
-void Noise::PlayBeep(LONG type)
+HRESULT Noise::MsgBeep(LONG type) noexcept
 {
-    switch (type) {
-    case -1:
-    case MB_OK:
-    case MB_ICONERROR:
-    case MB_ICONQUESTION:
-    case MB_ICONWARNING:
-    case MB_ICONINFORMATION: break;
-    default: type = MB_OK;
-    }
-    Seam<SoundFunctions>().messageBeep(static_cast<UINT>(type));
+    return Run([&] {
+        switch (type) {
+        case -1:
+        case MB_OK:
+        case MB_ICONERROR:
+        case MB_ICONQUESTION:
+        case MB_ICONWARNING:
+        case MB_ICONINFORMATION: break;
+        default: type = MB_OK;
+        }
+        Seam<SoundFunctions>().messageBeep(static_cast<UINT>(type));
+    });
 }
 
-void Noise::PlaySoundOf(const std::wstring& sound, LONG module, LONG flags)
+void Noise::Play(const std::wstring& sound, LONG module, LONG flags)
 {
     if (sound.size() > kLongestName) return;
     const auto handle = reinterpret_cast<HMODULE>(static_cast<LONG_PTR>(module));

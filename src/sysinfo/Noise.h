@@ -11,28 +11,19 @@ namespace quill {
 // meanwhile.
 class Noise final : public Automation<_Noise> {
 public:
-    STDMETHODIMP Ring(LONG freq, LONG dura) noexcept override
-    {
-        return Call(&Noise::PlayTone, freq, dura);
-    }
-    STDMETHODIMP MsgBeep(LONG mtype) noexcept override { return Call(&Noise::PlayBeep, mtype); }
-    STDMETHODIMP Play(BSTR sound, LONG hmod, LONG flags) noexcept override
-    {
-        return Call(&Noise::PlaySoundOf, sound, hmod, flags);
-    }
-    STDMETHODIMP PlayFile(BSTR sound, LONG flags) noexcept override
-    {
-        return Call(&Noise::PlaySoundOf, sound, LONG{0}, flags | SND_FILENAME | SND_NODEFAULT);
-    }
-    STDMETHODIMP PlayEvent(BSTR sound, LONG flags) noexcept override
-    {
-        return Call(&Noise::PlaySoundOf, sound, LONG{0}, flags | SND_ALIAS);
-    }
+    STDMETHODIMP Ring(LONG freq, LONG dura) noexcept override;
+    STDMETHODIMP MsgBeep(LONG mtype) noexcept override;
+    ACTION(Play, (BSTR sound, LONG hmod, LONG flags), sound, hmod, flags)
+    ACTION(PlayFile, (BSTR sound, LONG flags), sound, flags)
+    ACTION(PlayEvent, (BSTR sound, LONG flags), sound, flags)
 
 private:
-    void PlayTone(LONG frequency, LONG milliseconds);
-    void PlayBeep(LONG type);
-    void PlaySoundOf(const std::wstring& sound, LONG module, LONG flags);
+    void Play(const std::wstring& sound, LONG module, LONG flags);
+    void PlayFile(const std::wstring& path, LONG flags)
+    {
+        Play(path, 0, flags | SND_FILENAME | SND_NODEFAULT);
+    }
+    void PlayEvent(const std::wstring& alias, LONG flags) { Play(alias, 0, flags | SND_ALIAS); }
 
     void UntilItEnds(std::function<void()> sound);
 };

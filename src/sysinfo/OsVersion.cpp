@@ -18,11 +18,7 @@ bool RunsUnderWow64() noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::OsVersion>()
-{
-    return new OsVersion;
-}
+CREATABLE(OsVersion)
 
 OsVersion::OsVersion() noexcept
 {

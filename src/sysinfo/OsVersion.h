@@ -10,25 +10,16 @@ class OsVersion final : public Automation<_OsVersion> {
 public:
     OsVersion() noexcept;
 
-    STDMETHODIMP get_Number(SHORT* value) noexcept override
-    {
-        return Call(value, &OsVersion::Number);
-    }
-    STDMETHODIMP get_Major(LONG* value) noexcept override { return Get(value, major_); }
-    STDMETHODIMP get_Minor(LONG* value) noexcept override { return Get(value, minor_); }
-    STDMETHODIMP get_Build(LONG* value) noexcept override { return Get(value, build_); }
-    STDMETHODIMP get_SPMajor(LONG* value) noexcept override
-    {
-        return Get(value, servicePackMajor_);
-    }
-    STDMETHODIMP get_SPMinor(LONG* value) noexcept override
-    {
-        return Get(value, servicePackMinor_);
-    }
-    STDMETHODIMP get_Suite(SHORT* value) noexcept override { return Get(value, suite_); }
-    STDMETHODIMP get_Product(SHORT* value) noexcept override { return Get(value, product_); }
-    STDMETHODIMP get_Product2(LONG* value) noexcept override { return Get(value, edition_); }
-    STDMETHODIMP get_Bitness(SHORT* value) noexcept override { return Get(value, bitness_); }
+    COMPUTED_PROPERTY(SHORT, Number)
+    READ_ONLY_PROPERTY(LONG, Major, major_)
+    READ_ONLY_PROPERTY(LONG, Minor, minor_)
+    READ_ONLY_PROPERTY(LONG, Build, build_)
+    READ_ONLY_PROPERTY(LONG, SPMajor, servicePackMajor_)
+    READ_ONLY_PROPERTY(LONG, SPMinor, servicePackMinor_)
+    READ_ONLY_PROPERTY(SHORT, Suite, suite_)
+    READ_ONLY_PROPERTY(SHORT, Product, product_)
+    READ_ONLY_PROPERTY(LONG, Product2, edition_)
+    READ_ONLY_PROPERTY(SHORT, Bitness, bitness_)
 
 private:
     static SHORT Number();

@@ -60,13 +60,9 @@ std::wstring CurrentRoot()
 
 } // namespace
 
-template <>
-IDispatch* Create<::System>()
-{
-    return new System;
-}
+CREATABLE(System)
 
-std::wstring System::NameOfUser()
+std::wstring System::UserName()
 {
     std::wstring name(kUserNameSize, L'\0');
     DWORD size = kUserNameSize;
@@ -75,7 +71,7 @@ std::wstring System::NameOfUser()
     return name;
 }
 
-std::wstring System::NameOfComputer(LONG format)
+std::wstring System::ComputerName(LONG format)
 {
     const auto kind = static_cast<COMPUTER_NAME_FORMAT>(format);
     DWORD size = 0;
@@ -87,32 +83,32 @@ std::wstring System::NameOfComputer(LONG format)
     return name;
 }
 
-std::wstring System::NameOfNetwork()
+std::wstring System::NetworkName()
 {
     return QueryNetwork().name;
 }
 
-LONG System::TypeOfNetwork()
+LONG System::NetworkType()
 {
     return QueryNetwork().type;
 }
 
-LONG System::SerialOfVolume(const std::wstring& drive)
+LONG System::VolumeGetSN(const std::wstring& drive)
 {
     return static_cast<LONG>(QueryVolume(drive).serial);
 }
 
-std::wstring System::NameOfVolume(const std::wstring& drive)
+std::wstring System::VolumeGetName(const std::wstring& drive)
 {
     return QueryVolume(drive).name;
 }
 
-std::wstring System::FileSystemOfVolume(const std::wstring& drive)
+std::wstring System::VolumeGetFileSys(const std::wstring& drive)
 {
     return QueryVolume(drive).fileSystem;
 }
 
-std::wstring System::GuidOfVolume(const std::wstring& drive)
+std::wstring System::VolumeGetGUID(const std::wstring& drive)
 {
     const std::wstring mountPoint = drive.empty() ? CurrentRoot() : WithTrailingBackslash(drive);
     std::wstring guid(kVolumeGuidSize, L'\0');
@@ -121,7 +117,7 @@ std::wstring System::GuidOfVolume(const std::wstring& drive)
     return guid.c_str();
 }
 
-SHORT System::ModeOfBios(SHORT alternative)
+SHORT System::BiosMode(SHORT alternative)
 {
     const MachineFunctions& machine = Seam<MachineFunctions>();
     if (alternative == 0) {

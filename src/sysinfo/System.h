@@ -13,22 +13,10 @@ class System final : public Automation<_System> {
 public:
     System() noexcept { GetNativeSystemInfo(&processor_); }
 
-    STDMETHODIMP get_UserName(BSTR* value) noexcept override
-    {
-        return Call(value, &System::NameOfUser);
-    }
-    STDMETHODIMP ComputerName(ComputerNameFormat f, BSTR* result) noexcept override
-    {
-        return Call(result, &System::NameOfComputer, f);
-    }
-    STDMETHODIMP get_NetworkName(BSTR* value) noexcept override
-    {
-        return Call(value, &System::NameOfNetwork);
-    }
-    STDMETHODIMP get_NetworkType(LONG* value) noexcept override
-    {
-        return Call(value, &System::TypeOfNetwork);
-    }
+    COMPUTED_PROPERTY(BSTR, UserName)
+    METHOD(BSTR, ComputerName, (ComputerNameFormat f), f)
+    COMPUTED_PROPERTY(BSTR, NetworkName)
+    COMPUTED_PROPERTY(LONG, NetworkType)
     STDMETHODIMP get_ProcessorArchitecture(LONG* value) noexcept override
     {
         return Get(value, LONG{static_cast<SHORT>(processor_.wProcessorArchitecture)});
@@ -41,41 +29,26 @@ public:
     {
         return Get(result, static_cast<LONG>(GetSystemMetrics(n)));
     }
-    STDMETHODIMP VolumeGetSN(BSTR drv, LONG* result) noexcept override
-    {
-        return Call(result, &System::SerialOfVolume, drv);
-    }
-    STDMETHODIMP VolumeGetName(BSTR drv, BSTR* result) noexcept override
-    {
-        return Call(result, &System::NameOfVolume, drv);
-    }
-    STDMETHODIMP VolumeGetFileSys(BSTR drv, BSTR* result) noexcept override
-    {
-        return Call(result, &System::FileSystemOfVolume, drv);
-    }
-    STDMETHODIMP VolumeGetGUID(BSTR drv, BSTR* result) noexcept override
-    {
-        return Call(result, &System::GuidOfVolume, drv);
-    }
+    METHOD(LONG, VolumeGetSN, (BSTR drv), drv)
+    METHOD(BSTR, VolumeGetName, (BSTR drv), drv)
+    METHOD(BSTR, VolumeGetFileSys, (BSTR drv), drv)
+    METHOD(BSTR, VolumeGetGUID, (BSTR drv), drv)
     STDMETHODIMP get_CurrentCodePage(LONG* value) noexcept override
     {
         return Get(value, static_cast<LONG>(GetACP()));
     }
-    STDMETHODIMP BiosMode(SHORT fAlt, SHORT* result) noexcept override
-    {
-        return Call(result, &System::ModeOfBios, fAlt);
-    }
+    METHOD(SHORT, BiosMode, (SHORT fAlt), fAlt)
 
 private:
-    static std::wstring NameOfUser();
-    static std::wstring NameOfComputer(LONG format);
-    static std::wstring NameOfNetwork();
-    static LONG TypeOfNetwork();
-    static LONG SerialOfVolume(const std::wstring& drive);
-    static std::wstring NameOfVolume(const std::wstring& drive);
-    static std::wstring FileSystemOfVolume(const std::wstring& drive);
-    static std::wstring GuidOfVolume(const std::wstring& drive);
-    static SHORT ModeOfBios(SHORT alternative);
+    static std::wstring UserName();
+    static std::wstring ComputerName(LONG format);
+    static std::wstring NetworkName();
+    static LONG NetworkType();
+    static LONG VolumeGetSN(const std::wstring& drive);
+    static std::wstring VolumeGetName(const std::wstring& drive);
+    static std::wstring VolumeGetFileSys(const std::wstring& drive);
+    static std::wstring VolumeGetGUID(const std::wstring& drive);
+    static SHORT BiosMode(SHORT alternative);
 
     SYSTEM_INFO processor_{};
 };

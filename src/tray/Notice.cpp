@@ -67,11 +67,7 @@ std::vector<std::wstring> MenuTexts(const VARIANT& menu)
 
 } // namespace
 
-template <>
-IDispatch* Create<::Notice>()
-{
-    return new Notice;
-}
+CREATABLE(Notice)
 
 Notice::Notice() : place_{form_.Window(), IconNumber()}
 {
@@ -85,7 +81,7 @@ Notice::~Notice()
     DeleteTrayIcon(place_);
 }
 
-bool Notice::AddIcon()
+bool Notice::Add()
 {
     if (added_) {
         errorCode_ = kWrongState;
@@ -100,7 +96,7 @@ bool Notice::AddIcon()
     return added_;
 }
 
-bool Notice::LoadOtherIcon()
+bool Notice::ChangeIcon()
 {
     if (!added_) {
         errorCode_ = kWrongState;
@@ -119,13 +115,15 @@ void Notice::OnNewTaskbar()
     added_ = added_ && ChangeTrayIcon(place_, trayIcon_.get());
 }
 
-void Notice::TakeAway()
+HRESULT Notice::Remove() noexcept
 {
-    SendMessageW(form_.Window(), WM_CANCELMODE, 0, 0); // an open menu goes too
-    DeleteTrayIcon(place_);
-    balloonIcon_.reset();
-    trayIcon_.reset();
-    added_ = false;
+    return Run([&] {
+        SendMessageW(form_.Window(), WM_CANCELMODE, 0, 0); // an open menu goes too
+        DeleteTrayIcon(place_);
+        balloonIcon_.reset();
+        trayIcon_.reset();
+        added_ = false;
+    });
 }
 
 // The icon of a balloon without a standard one; null, with an error code, where there is none.
@@ -144,7 +142,7 @@ HICON Notice::FindBalloonIcon(bool& large)
     return balloonIcon_.get();
 }
 
-bool Notice::Announce()
+bool Notice::ShowBalloon()
 {
     if (!added_) {
         errorCode_ = kWrongState;

@@ -14,20 +14,11 @@ public:
     Notice();
     ~Notice() override;
 
-    STDMETHODIMP Add(VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Notice::AddIcon);
-    }
-    STDMETHODIMP ChangeIcon(VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Notice::LoadOtherIcon);
-    }
-    STDMETHODIMP Remove() noexcept override { return Call(&Notice::TakeAway); }
-    STDMETHODIMP ShowBalloon(VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Notice::Announce);
-    }
-    STDMETHODIMP get_ErrorCode(LONG* value) noexcept override { return Get(value, errorCode_); }
+    METHOD(VARIANT_BOOL, Add, ())
+    METHOD(VARIANT_BOOL, ChangeIcon, ())
+    STDMETHODIMP Remove() noexcept override;
+    METHOD(VARIANT_BOOL, ShowBalloon, ())
+    READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     PROPERTY_SET_BY(BSTR, TipText, tipText_, Notice::SetTipText)
     STORED_PROPERTY(BSTR, BalloonText, balloonText_, CutTo<255>)
     STORED_PROPERTY(BSTR, BalloonTitle, balloonTitle_, CutTo<63>)
@@ -44,28 +35,19 @@ public:
     STORED_PROPERTY(VARIANT_BOOL, UseLoadImageAPI, useLoadImage_)
     STORED_PROPERTY(VARIANT_BOOL, TriggerEvent, triggerEvent_)
     // The puts acknowledge what has come; the value does not matter.
-    STDMETHODIMP get_BalloonClicked(VARIANT_BOOL* value) noexcept override
-    {
-        return Get(value, balloonClicked_);
-    }
+    READ_ONLY_PROPERTY(VARIANT_BOOL, BalloonClicked, balloonClicked_)
     STDMETHODIMP put_BalloonClicked(VARIANT_BOOL) noexcept override
     {
         balloonClicked_ = false;
         return S_OK;
     }
-    STDMETHODIMP get_TrayClicked(SHORT* value) noexcept override
-    {
-        return Get(value, trayClicked_);
-    }
+    READ_ONLY_PROPERTY(SHORT, TrayClicked, trayClicked_)
     STDMETHODIMP put_TrayClicked(SHORT) noexcept override
     {
         trayClicked_ = 0;
         return S_OK;
     }
-    STDMETHODIMP get_ContextMenu(VARIANT* value) noexcept override
-    {
-        return Get(value, contextMenu_);
-    }
+    READ_ONLY_PROPERTY(VARIANT, ContextMenu, contextMenu_)
     STDMETHODIMP put_ContextMenu(VARIANT* value) noexcept override
     {
         return Call(&Notice::SetContextMenu, value);
@@ -84,15 +66,13 @@ public:
     void OnIcon(UINT code, POINT screen);
     void OnNewTaskbar();
 
-    void TakeAway();
-
 private:
     static constexpr SHORT kCustomIcon = 0; // values of BalloonIcon
     static constexpr SHORT kTrayIcon = 5;
 
-    bool AddIcon();
-    bool LoadOtherIcon();
-    bool Announce();
+    bool Add();
+    bool ChangeIcon();
+    bool ShowBalloon();
     HICON FindBalloonIcon(bool& large);
     void SetTipText(const std::wstring& text);
     void SetContextMenu(Variant menu);

@@ -25,10 +25,10 @@ LRESULT CALLBACK NoticeHook(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         } else if (message == taskbarCreated) {
             notice->OnNewTaskbar();
         } else if (message == WM_ENDSESSION && wParam) {
-            notice->TakeAway();
+            notice->Remove();
         }
     } catch (...) {
-        // nobody waits for the outcome
+        // There is no caller to report to.
     }
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message == WM_NCDESTROY) RemoveHook(window, notice, NoticeHook);

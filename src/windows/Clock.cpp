@@ -12,13 +12,9 @@ constexpr DISPID kBuzz = 1;
 
 } // namespace
 
-template <>
-IDispatch* Create<::Clock>()
-{
-    return new Clock;
-}
+CREATABLE(Clock)
 
-bool Clock::Start(LONG milliseconds)
+bool Clock::SetTimer(LONG milliseconds)
 {
     Stop();
     if (milliseconds == 0) return false;
@@ -33,7 +29,7 @@ void Clock::Stop() noexcept
     timer_ = 0;
 }
 
-bool Clock::WaitForBuzz(LONG timeout) const
+bool Clock::Wait(LONG timeout) const
 {
     const long before = buzzes_;
     const ULONGLONG begin = GetTickCount64();

@@ -11,24 +11,18 @@ class Clock final : public EventSource<_Clock>, public ExecutableObject {
 public:
     ~Clock() override { Stop(); }
 
-    STDMETHODIMP SetTimer(LONG milliseconds, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Clock::Start, milliseconds);
-    }
+    METHOD(VARIANT_BOOL, SetTimer, (LONG milliseconds), milliseconds)
     STDMETHODIMP RemoveTimer() noexcept override { return Call(&Clock::Stop); }
     STDMETHODIMP get_Running(VARIANT_BOOL* value) noexcept override
     {
         return Get(value, timer_ != 0);
     }
-    STDMETHODIMP Wait(LONG timeout, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &Clock::WaitForBuzz, timeout);
-    }
+    METHOD(VARIANT_BOOL, Wait, (LONG timeout), timeout)
 
 private:
-    bool Start(LONG milliseconds);
+    bool SetTimer(LONG milliseconds);
     void Stop() noexcept;
-    bool WaitForBuzz(LONG timeout) const;
+    bool Wait(LONG timeout) const;
 
     static void CALLBACK OnTimer(Clock* self, HWND window, UINT message, UINT_PTR timer,
                                  DWORD time) noexcept;

@@ -19,10 +19,10 @@ class OutputWindow : public Automation<Interface> {
 public:
     ~OutputWindow() override { Close(); }
 
-    STDMETHODIMP Create(BSTR t) noexcept override { return this->Call(&OutputWindow::Open, t); }
+    ACTION(Create, (BSTR t), t)
     STDMETHODIMP Remove() noexcept override { return this->Call(&OutputWindow::Close); }
     STDMETHODIMP Cls() noexcept override { return this->Call(&OutputWindow::Clear); }
-    STDMETHODIMP WriteLine(BSTR s) noexcept override { return this->Call(&OutputWindow::Write, s); }
+    ACTION(WriteLine, (BSTR s), s)
     STDMETHODIMP Flash(LONG num) noexcept override
     {
         return this->Call(&OutputWindow::FlashWindow, num);
@@ -50,7 +50,7 @@ protected:
 private:
     static constexpr size_t kLineLimit = 4096; // UTF-16 units
 
-    void Open(const std::wstring& title)
+    void Create(const std::wstring& title)
     {
         if (Shown()) return;
         const auto form = std::make_shared<FormType>();
@@ -71,7 +71,7 @@ private:
         if (FormType* form = Shown()) form->text.Clear();
     }
 
-    void Write(const std::wstring& line)
+    void WriteLine(const std::wstring& line)
     {
         FormType* form = Shown();
         if (!form) return;

@@ -21,11 +21,7 @@ constexpr LONG kAllowedFlags = PROGDLG_AUTOTIME | PROGDLG_NOTIME | PROGDLG_NOMIN
 
 } // namespace
 
-template <>
-IDispatch* Create<::ProgressDialog>()
-{
-    return new ProgressDialog;
-}
+CREATABLE(ProgressDialog)
 
 ComPtr<IProgressDialog> CreateShellDialog()
 {
@@ -42,48 +38,58 @@ ProgressDialog::~ProgressDialog()
     if (started_) dialog_->StopProgressDialog();
 }
 
-void ProgressDialog::Start(LONG flags)
+HRESULT ProgressDialog::StartDlg(LONG flags) noexcept
 {
-    if (started_) return;
-    const LONG allowed = flags & kAllowedFlags;
-    lastLine_ = allowed & PROGDLG_AUTOTIME ? 2 : 3;
-    Check(dialog_->StartProgressDialog(nullptr, nullptr, static_cast<DWORD>(allowed), nullptr));
-    started_ = true; // even where the title is refused, it is to be stopped
-    Check(dialog_->SetTitle(title_.c_str()));
+    return Run([&] {
+        if (started_) return;
+        const LONG allowed = flags & kAllowedFlags;
+        lastLine_ = allowed & PROGDLG_AUTOTIME ? 2 : 3;
+        Check(dialog_->StartProgressDialog(nullptr, nullptr, static_cast<DWORD>(allowed), nullptr));
+        started_ = true; // even where the title is refused, it is to be stopped
+        Check(dialog_->SetTitle(title_.c_str()));
+    });
 }
 
-void ProgressDialog::Stop()
+HRESULT ProgressDialog::StopDlg() noexcept
 {
-    if (!std::exchange(started_, false)) return;
-    Check(dialog_->StopProgressDialog());
+    return Run([&] {
+        if (!std::exchange(started_, false)) return;
+        Check(dialog_->StopProgressDialog());
+    });
 }
 
-void ProgressDialog::Show(LONG completed, LONG total)
+HRESULT ProgressDialog::SetProgress(LONG completed, LONG total) noexcept
 {
-    if (started_)
-        Check(dialog_->SetProgress(static_cast<DWORD>(completed), static_cast<DWORD>(total)));
+    return Run([&] {
+        if (started_)
+            Check(dialog_->SetProgress(static_cast<DWORD>(completed), static_cast<DWORD>(total)));
+    });
 }
 
-void ProgressDialog::Show64(CURRENCY completed, CURRENCY total)
+HRESULT ProgressDialog::SetProgress64(CURRENCY completed, CURRENCY total) noexcept
 {
-    if (started_)
-        Check(dialog_->SetProgress64(static_cast<ULONGLONG>(completed.int64),
-                                     static_cast<ULONGLONG>(total.int64)));
+    return Run([&] {
+        if (started_)
+            Check(dialog_->SetProgress64(static_cast<ULONGLONG>(completed.int64),
+                                         static_cast<ULONGLONG>(total.int64)));
+    });
 }
 
-void ProgressDialog::SetLine(const std::wstring& text, SHORT line, bool compact)
+void ProgressDialog::SetText(const std::wstring& text, SHORT line, bool compact)
 {
     if (started_ && InRange(line, 1, lastLine_))
         Check(dialog_->SetLine(static_cast<DWORD>(line), text.c_str(), compact, nullptr));
 }
 
-void ProgressDialog::Time(LONG action) noexcept
+HRESULT ProgressDialog::SetTimer(LONG action) noexcept
 {
-    if (started_ && InRange(action, PDTIMER_RESET, PDTIMER_RESUME))
-        dialog_->Timer(static_cast<DWORD>(action), nullptr);
+    return Run([&] {
+        if (started_ && InRange(action, PDTIMER_RESET, PDTIMER_RESUME))
+            dialog_->Timer(static_cast<DWORD>(action), nullptr);
+    });
 }
 
-bool ProgressDialog::Cancelled() const
+bool ProgressDialog::Cancellation() const
 {
     return started_ && dialog_->HasUserCancelled() > 0;
 }

@@ -21,42 +21,20 @@ public:
     ProgressDialog();
     ~ProgressDialog() override;
 
-    STDMETHODIMP StartDlg(LONG flags) noexcept override
-    {
-        return Call(&ProgressDialog::Start, flags);
-    }
-    STDMETHODIMP StopDlg() noexcept override { return Call(&ProgressDialog::Stop); }
-    STDMETHODIMP SetProgress(LONG dwCompleted, LONG dwTotal) noexcept override
-    {
-        return Call(&ProgressDialog::Show, dwCompleted, dwTotal);
-    }
-    STDMETHODIMP SetProgress64(CURRENCY dwCompleted, CURRENCY dwTotal) noexcept override
-    {
-        return Call(&ProgressDialog::Show64, dwCompleted, dwTotal);
-    }
-    STDMETHODIMP SetText(BSTR txt, SHORT line, VARIANT_BOOL cp) noexcept override
-    {
-        return Call(&ProgressDialog::SetLine, txt, line, cp);
-    }
-    STDMETHODIMP SetTimer(LONG action) noexcept override
-    {
-        return Call(&ProgressDialog::Time, action);
-    }
-    STDMETHODIMP get_Cancellation(VARIANT_BOOL* value) noexcept override
-    {
-        return Call(value, &ProgressDialog::Cancelled);
-    }
+    STDMETHODIMP StartDlg(LONG flags) noexcept override;
+    STDMETHODIMP StopDlg() noexcept override;
+    STDMETHODIMP SetProgress(LONG dwCompleted, LONG dwTotal) noexcept override;
+    STDMETHODIMP SetProgress64(CURRENCY dwCompleted, CURRENCY dwTotal) noexcept override;
+    ACTION(SetText, (BSTR txt, SHORT line, VARIANT_BOOL cp), txt, line, cp)
+    STDMETHODIMP SetTimer(LONG action) noexcept override;
+    COMPUTED_PROPERTY(VARIANT_BOOL, Cancellation)
     PROPERTY_SET_BY(BSTR, CancelMsg, cancelMsg_, ProgressDialog::SetCancelMsg)
     PROPERTY_SET_BY(BSTR, Title, title_, ProgressDialog::SetTitle)
 
 private:
-    void Start(LONG flags);
-    void Stop();
-    void Show(LONG completed, LONG total);
-    void Show64(CURRENCY completed, CURRENCY total);
-    void SetLine(const std::wstring& text, SHORT line, bool compact);
+    void SetText(const std::wstring& text, SHORT line, bool compact);
     void Time(LONG action) noexcept;
-    bool Cancelled() const;
+    bool Cancellation() const;
     void SetCancelMsg(const std::wstring& text);
     void SetTitle(const std::wstring& title);
 

@@ -12,6 +12,8 @@ namespace quill {
 
 namespace {
 
+constexpr PublishedError kControlCreation{ErrorNumber(0x80040357), L"Control creation error."};
+
 constexpr DISPID kButtonPressed = 1;
 constexpr int kWindows7 = 601;
 constexpr size_t kTextLimit = 1024; // UTF-16 units
@@ -35,11 +37,7 @@ ULONGLONG AsCurrency(SHORT number) noexcept
 
 } // namespace
 
-template <>
-IDispatch* Create<::ProgressWindow>()
-{
-    return new ProgressWindow;
-}
+CREATABLE(ProgressWindow)
 
 ComPtr<ITaskbarList3> CreateTaskbar()
 {
@@ -59,7 +57,7 @@ ProgressWindow::ProgressWindow()
     if (taskbar_ && FAILED(taskbar_->HrInit())) taskbar_.Reset();
 }
 
-void ProgressWindow::Open(const std::wstring& title, SHORT width, SHORT classic)
+void ProgressWindow::Create(const std::wstring& title, SHORT width, SHORT classic)
 {
     if (Shown()) return;
     const auto form = std::make_shared<frmProWin>(static_cast<frmProWin::Owner&>(*this));
@@ -75,7 +73,7 @@ void ProgressWindow::Open(const std::wstring& title, SHORT width, SHORT classic)
     form->lblBtnText.SetText(buttonLabel_);
     if (!form->AddBar(style_, classic != 0)) {
         form->Unload();
-        Fail(error::kControlCreation);
+        RaiseUnlessQuiet(kControlCreation);
         return;
     }
     form_ = form;
@@ -89,9 +87,11 @@ void ProgressWindow::Close() noexcept
     if (const auto form = std::exchange(form_, nullptr)) form->Unload();
 }
 
-void ProgressWindow::Blink(LONG count)
+HRESULT ProgressWindow::Flash(LONG count) noexcept
 {
-    if (frmProWin* form = Shown()) FlashCaption(form->Window(), count);
+    return Run([&] {
+        if (frmProWin* form = Shown()) FlashCaption(form->Window(), count);
+    });
 }
 
 // All settings of the bar, to a new one.
@@ -113,21 +113,25 @@ void ProgressWindow::ApplyMarquee()
     if (IsMarquee()) SetBarMarquee(Bar(), marquee_, marqueeTime_);
 }
 
-void ProgressWindow::Add(SHORT increment)
+HRESULT ProgressWindow::ProgressAdd(SHORT increment) noexcept
 {
-    if (!Bar()) return;
-    if (!IsMarquee()) MoveBarBy(Bar(), increment);
-    AddToTaskbar(increment);
+    return Run([&] {
+        if (!Bar()) return;
+        if (!IsMarquee()) MoveBarBy(Bar(), increment);
+        AddToTaskbar(increment);
+    });
 }
 
-void ProgressWindow::Step()
+HRESULT ProgressWindow::ProgressStep() noexcept
 {
-    if (!Bar()) return;
-    StepBar(Bar());
-    AddToTaskbar(step_);
+    return Run([&] {
+        if (!Bar()) return;
+        StepBar(Bar());
+        AddToTaskbar(step_);
+    });
 }
 
-bool ProgressWindow::SetRange(SHORT minimum, SHORT maximum)
+bool ProgressWindow::SetProgressRange(SHORT minimum, SHORT maximum)
 {
     if (minimum < 0 || maximum < minimum) return false;
     minimum_ = minimum;
@@ -140,10 +144,12 @@ bool ProgressWindow::SetRange(SHORT minimum, SHORT maximum)
     return true;
 }
 
-void ProgressWindow::SetStep(SHORT step)
+HRESULT ProgressWindow::SetProgressStep(SHORT step) noexcept
 {
-    step_ = step;
-    SetBarStep(Bar(), step);
+    return Run([&] {
+        step_ = step;
+        SetBarStep(Bar(), step);
+    });
 }
 
 void ProgressWindow::SetStyle(LONG style)
@@ -153,7 +159,7 @@ void ProgressWindow::SetStyle(LONG style)
     FollowState();
 }
 
-SHORT ProgressWindow::Position()
+SHORT ProgressWindow::Progress()
 {
     if (Bar()) position_ = BarPosition(Bar());
     return position_;
@@ -269,19 +275,24 @@ void ProgressWindow::PutTopmost(bool topmost)
     if (frmProWin* form = Shown()) SetTopmost(form->Window(), topmost);
 }
 
-void ProgressWindow::SetTaskbarState(LONG window, LONG flags)
+HRESULT ProgressWindow::TB_SetProgressState(LONG window, LONG flags) noexcept
 {
-    if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
-    Check(taskbar_->SetProgressState(static_cast<HWND>(LongToHandle(window)),
-                                     static_cast<TBPFLAG>(flags)));
+    return Run([&] {
+        if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+        Check(taskbar_->SetProgressState(static_cast<HWND>(LongToHandle(window)),
+                                         static_cast<TBPFLAG>(flags)));
+    });
 }
 
-void ProgressWindow::SetTaskbarValue(LONG window, CURRENCY completed, CURRENCY total)
+HRESULT ProgressWindow::TB_SetProgressValue(LONG window, CURRENCY completed,
+                                            CURRENCY total) noexcept
 {
-    if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
-    Check(taskbar_->SetProgressValue(static_cast<HWND>(LongToHandle(window)),
-                                     static_cast<ULONGLONG>(completed.int64),
-                                     static_cast<ULONGLONG>(total.int64)));
+    return Run([&] {
+        if (!taskbar_) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+        Check(taskbar_->SetProgressValue(static_cast<HWND>(LongToHandle(window)),
+                                         static_cast<ULONGLONG>(completed.int64),
+                                         static_cast<ULONGLONG>(total.int64)));
+    });
 }
 
 void ProgressWindow::SetTaskbarMode(SHORT mode)
@@ -319,7 +330,7 @@ void ProgressWindow::SetOwnTaskbarTotal(SHORT total)
 
 void ProgressWindow::TakeBarOver()
 {
-    tbValue_ = Position();
+    tbValue_ = Progress();
     tbTotal_ = static_cast<SHORT>(maximum_ - minimum_);
 }
 

@@ -25,40 +25,19 @@ public:
     ProgressWindow();
     ~ProgressWindow() override { Close(); }
 
-    STDMETHODIMP Create(BSTR tt, SHORT wd, SHORT fx) noexcept override
-    {
-        return Call(&ProgressWindow::Open, tt, wd, fx);
-    }
+    ACTION(Create, (BSTR tt, SHORT wd, SHORT fx), tt, wd, fx)
     STDMETHODIMP Remove() noexcept override { return Call(&ProgressWindow::Close); }
-    STDMETHODIMP Flash(LONG num) noexcept override { return Call(&ProgressWindow::Blink, num); }
-    STDMETHODIMP ProgressAdd(SHORT padd) noexcept override
-    {
-        return Call(&ProgressWindow::Add, padd);
-    }
-    STDMETHODIMP ProgressStep() noexcept override { return Call(&ProgressWindow::Step); }
-    STDMETHODIMP SetProgressRange(SHORT pmin, SHORT pmax, VARIANT_BOOL* result) noexcept override
-    {
-        return Call(result, &ProgressWindow::SetRange, pmin, pmax);
-    }
-    STDMETHODIMP SetProgressStep(SHORT i) noexcept override
-    {
-        return Call(&ProgressWindow::SetStep, i);
-    }
-    STDMETHODIMP TB_SetProgressState(LONG hWnd, LONG tbpFlag) noexcept override
-    {
-        return Call(&ProgressWindow::SetTaskbarState, hWnd, tbpFlag);
-    }
+    STDMETHODIMP Flash(LONG num) noexcept override;
+    STDMETHODIMP ProgressAdd(SHORT padd) noexcept override;
+    STDMETHODIMP ProgressStep() noexcept override;
+    METHOD(VARIANT_BOOL, SetProgressRange, (SHORT pmin, SHORT pmax), pmin, pmax)
+    STDMETHODIMP SetProgressStep(SHORT i) noexcept override;
+    STDMETHODIMP TB_SetProgressState(LONG hWnd, LONG tbpFlag) noexcept override;
     STDMETHODIMP TB_SetProgressValue(LONG hWnd, CURRENCY ullCompleted,
-                                     CURRENCY ullTotal) noexcept override
-    {
-        return Call(&ProgressWindow::SetTaskbarValue, hWnd, ullCompleted, ullTotal);
-    }
+                                     CURRENCY ullTotal) noexcept override;
 
     PROPERTY_SET_BY(LONG, ProgressStyle, style_, ProgressWindow::SetStyle)
-    STDMETHODIMP get_Progress(SHORT* value) noexcept override
-    {
-        return Call(value, &ProgressWindow::Position);
-    }
+    COMPUTED_PROPERTY(SHORT, Progress)
     STDMETHODIMP put_Progress(SHORT value) noexcept override
     {
         return Call(&ProgressWindow::SetPosition, value);
@@ -86,18 +65,14 @@ public:
     PROPERTY_SET_BY(SHORT, TBProTotal, tbTotal_, ProgressWindow::SetOwnTaskbarTotal)
 
 private:
-    void Open(const std::wstring& title, SHORT width, SHORT classic);
+    void Create(const std::wstring& title, SHORT width, SHORT classic);
     void Close() noexcept;
-    void Blink(LONG count);
     frmProWin* Shown() const noexcept { return form_ && !form_->Closed() ? form_.get() : nullptr; }
     HWND Bar() const noexcept { return form_ ? form_->Bar() : nullptr; }
 
-    void Add(SHORT increment);
-    void Step();
-    bool SetRange(SHORT minimum, SHORT maximum);
-    void SetStep(SHORT step);
+    bool SetProgressRange(SHORT minimum, SHORT maximum);
     void SetStyle(LONG style);
-    SHORT Position();
+    SHORT Progress();
     void SetPosition(SHORT position);
     void SetMarquee(bool running);
     void SetMarqueeTime(SHORT milliseconds);
@@ -118,8 +93,6 @@ private:
     void SetTitle(const std::wstring& title);
     void PutTopmost(bool topmost);
 
-    void SetTaskbarState(LONG window, LONG flags);
-    void SetTaskbarValue(LONG window, CURRENCY completed, CURRENCY total);
     void SetTaskbarMode(SHORT mode);
     void SetOwnTaskbarState(SHORT state);
     void SetOwnTaskbarValue(SHORT value);

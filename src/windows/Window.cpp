@@ -4,10 +4,6 @@
 
 namespace quill {
 
-template <>
-IDispatch* Create<::Window>()
-{
-    return new Window;
-}
+CREATABLE(Window)
 
 } // namespace quill

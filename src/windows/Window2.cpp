@@ -4,10 +4,6 @@
 
 namespace quill {
 
-template <>
-IDispatch* Create<::Window2>()
-{
-    return new Window2;
-}
+CREATABLE(Window2)
 
 } // namespace quill
