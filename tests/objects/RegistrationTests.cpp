@@ -18,13 +18,16 @@ constexpr wchar_t kProgram[] = L"C:\\Program Files\\made up\\quill.exe";
 constexpr wchar_t kEventSource[] =
     L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\Quill";
 
+// What 32-bit and 64-bit programs see of the registry.
+constexpr REGSAM kViews[] = {KEY_WOW64_32KEY, KEY_WOW64_64KEY};
+
 // All values below a key, by path; text only.
 using Snapshot = std::map<std::wstring, std::wstring>;
 
-void Collect(HKEY parent, const std::wstring& path, Snapshot& snapshot)
+void Collect(HKEY parent, const std::wstring& path, Snapshot& snapshot, REGSAM view = 0)
 {
     HKEY opened = nullptr;
-    if (RegOpenKeyExW(parent, path.c_str(), 0, KEY_READ, &opened)) return;
+    if (RegOpenKeyExW(parent, path.c_str(), 0, KEY_READ | view, &opened)) return;
     const RegistryKey key(opened);
     snapshot[path + L"\\"];
     wchar_t name[512];
@@ -40,7 +43,7 @@ void Collect(HKEY parent, const std::wstring& path, Snapshot& snapshot)
     for (DWORD index = 0;; ++index) {
         DWORD length = 512;
         if (RegEnumKeyExW(opened, index, name, &length, nullptr, nullptr, nullptr, nullptr)) break;
-        Collect(parent, path + L"\\" + name, snapshot);
+        Collect(parent, path + L"\\" + name, snapshot, view);
     }
 }
 
@@ -49,7 +52,12 @@ Snapshot Registered(HKEY hive)
 {
     Snapshot snapshot;
     const auto collect = [&](const std::wstring& path) {
-        Collect(hive, L"Software\\Classes\\" + path, snapshot);
+        for (REGSAM view : kViews) {
+            Snapshot seen;
+            Collect(hive, L"Software\\Classes\\" + path, seen, view);
+            for (auto& [key, text] : seen)
+                snapshot[std::to_wstring(view) + L':' + key] = std::move(text);
+        }
     };
     const auto braced = [](const GUID& id) {
         wchar_t text[39];
@@ -86,12 +94,19 @@ protected:
 
     std::wstring Read(const std::wstring& key, const wchar_t* name = L"")
     {
-        wchar_t text[512]{};
-        DWORD bytes = sizeof text;
-        if (RegGetValueW(GetParam().key, (L"Software\\Classes\\" + key).c_str(), name,
-                         RRF_RT_REG_SZ, nullptr, text, &bytes))
-            return L"<none>";
-        return text;
+        std::wstring seen;
+        for (REGSAM view : kViews) {
+            HKEY opened = nullptr;
+            RegOpenKeyExW(GetParam().key, (L"Software\\Classes\\" + key).c_str(), 0,
+                          KEY_READ | view, &opened);
+            const RegistryKey owned(opened);
+            wchar_t text[512] = L"<none>";
+            DWORD bytes = sizeof text;
+            if (opened) RegGetValueW(opened, nullptr, name, RRF_RT_REG_SZ, nullptr, text, &bytes);
+            if (view != kViews[0] && seen != text) return L"<differs by view>";
+            seen = text;
+        }
+        return seen;
     }
 };
 
