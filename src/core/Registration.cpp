@@ -1,7 +1,5 @@
 #include "core/Registration.h"
 
-#include <vector>
-
 #include "core/AutomationError.h"
 #include "core/Catalogue.h"
 #include "core/TypeLibrary.h"
@@ -231,11 +229,14 @@ bool SamePath(const std::wstring& left, const std::wstring& right)
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-void RemoveFrom(const Root& root, const std::wstring& program)
+// True when something was there.
+bool RemoveFrom(const Root& root, const std::wstring& program)
 {
+    bool found = false;
     for (const CatalogueRow& row : kCatalogue) {
         const std::wstring server = Read(root, ClassKey(row) + L"\\LocalServer32");
         if (!SamePath(server, L'"' + program + L'"')) continue;
+        found = true;
         const std::wstring progId = ProgId(row);
         Remove(root, progId);
         Remove(root, progId + L".1");
@@ -249,9 +250,11 @@ void RemoveFrom(const Root& root, const std::wstring& program)
             Remove(root, L"Interface\\" + Braced(published.id));
     }
     if (SamePath(file, program)) {
+        found = true;
         Remove(root, LibraryKey(library) + L'\\' + LibraryVersion(library));
         RemoveIfEmpty(root, LibraryKey(library));
     }
+    return found;
 }
 
 // The executable has the texts of our events.
@@ -292,13 +295,30 @@ void RegisterServer(RegistrationScope scope, const std::wstring& program)
     if (scope == RegistrationScope::AllUsers) WriteEventSource(program);
 }
 
-void UnregisterServer(const std::wstring& program)
+std::vector<RegistrationScope> UnregisterServer(const std::wstring& program)
 {
+    std::vector<RegistrationScope> found;
     // All users first: without the rights for that, nothing is removed rather than half.
-    for (HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
+    for (const auto& [hive, scope] :
+         {std::pair{HKEY_LOCAL_MACHINE, RegistrationScope::AllUsers},
+          std::pair{HKEY_CURRENT_USER, RegistrationScope::CurrentUser}}) {
+        bool here = false;
         for (const Root& root : RootsOf(hive))
-            RemoveFrom(root, program);
+            here |= RemoveFrom(root, program);
+        if (here) found.push_back(scope);
+    }
     RemoveEventSource(program);
+    return found;
+}
+
+std::wstring RegisteredProgram()
+{
+    const std::wstring key = ClassKey(*std::begin(kCatalogue)) + L"\\LocalServer32";
+    for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+        for (const Root& root : RootsOf(hive))
+            if (const std::wstring program = Read(root, key, L"ServerExecutable"); !program.empty())
+                return program;
+    return {};
 }
 
 } // namespace quill

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quill {
 
@@ -15,8 +16,12 @@ RegistrationScope DefaultRegistrationScope() noexcept;
 // 64-bit clients. Doing it again renews it. Throws AutomationError.
 void RegisterServer(RegistrationScope scope, const std::wstring& program);
 
-// Removes what was written for the executable at `program`, for all users and for the current one;
-// what points at another executable stays. Throws AutomationError.
-void UnregisterServer(const std::wstring& program);
+// Removes what was written for the executable at `program`, for all users and for the current one,
+// and returns for whom there was something; what points at another executable stays. Throws
+// AutomationError.
+std::vector<RegistrationScope> UnregisterServer(const std::wstring& program);
+
+// The executable that clients of the current user are served by; empty when none is registered.
+std::wstring RegisteredProgram();
 
 } // namespace quill

@@ -13,7 +13,7 @@ namespace quill {
 
 namespace {
 
-enum class StartMode { Serve, Help, Register, Unregister, Nothing };
+enum class StartMode { Serve, Help, Register, RegisterForUser, Unregister, Nothing };
 
 // True when one of the arguments is this switch, with a slash or a hyphen, in any case.
 bool HasSwitch(const std::vector<std::wstring>& arguments, const wchar_t* name)
@@ -39,6 +39,8 @@ StartMode ChooseStartMode(const wchar_t* commandLine)
         return StartMode::Serve;
     if (wcscmp(commandLine, L"/?") == 0) return StartMode::Help;
     if (arguments.size() == 1 && HasSwitch(arguments, L"regserver")) return StartMode::Register;
+    if (arguments.size() == 1 && HasSwitch(arguments, L"regserverperuser"))
+        return StartMode::RegisterForUser;
     if (arguments.size() == 1 && HasSwitch(arguments, L"unregserver")) return StartMode::Unregister;
     return StartMode::Nothing;
 }
@@ -101,25 +103,40 @@ void SecureAutomation()
                               sizeof suppress);
 }
 
-int Run(StartMode mode)
+void Register(RegistrationScope scope)
+{
+    RegisterServer(scope, ThisApartment().programPath);
+    Report(scope == RegistrationScope::AllUsers ? L"quill: registered for all users"
+                                                : L"quill: registered for the current user");
+}
+
+void Unregister()
+{
+    const std::vector<RegistrationScope> found = UnregisterServer(ThisApartment().programPath);
+    for (RegistrationScope scope : found)
+        Report(scope == RegistrationScope::AllUsers ? L"quill: unregistered for all users"
+                                                    : L"quill: unregistered for the current user");
+    if (!found.empty()) return;
+    const std::wstring other = RegisteredProgram();
+    Report(other.empty() ? L"quill: nothing is registered"
+                         : L"quill: not registered from here, but from " + other);
+}
+
+int Run(StartMode mode, const wchar_t* commandLine)
 {
     // Only the objects need single-threaded apartments, and they get their own.
     const ApartmentRecord record(COINIT_MULTITHREADED);
     switch (mode) {
     case StartMode::Serve: SecureAutomation(); return RunServer();
     case StartMode::Help: ShowHelp(); return 0;
-    case StartMode::Register: {
-        const RegistrationScope scope = DefaultRegistrationScope();
-        RegisterServer(scope, record.programPath);
-        Report(scope == RegistrationScope::AllUsers ? L"quill: registered for all users"
-                                                    : L"quill: registered for the current user");
+    case StartMode::Register: Register(DefaultRegistrationScope()); return 0;
+    case StartMode::RegisterForUser: Register(RegistrationScope::CurrentUser); return 0;
+    case StartMode::Unregister: Unregister(); return 0;
+    // Kept as published: a command line that is not known does nothing, and is not a failure.
+    case StartMode::Nothing:
+        Report(std::wstring(L"quill: unknown command line: ") + commandLine +
+               L"; it takes /regserver, /regserverperuser, /unregserver or /?");
         return 0;
-    }
-    case StartMode::Unregister:
-        UnregisterServer(record.programPath);
-        Report(L"quill: unregistered");
-        return 0;
-    case StartMode::Nothing: return 0;
     }
     return 0;
 }
@@ -133,7 +150,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
     using namespace quill;
     Harden();
     try {
-        return Run(ChooseStartMode(commandLine));
+        return Run(ChooseStartMode(commandLine), commandLine);
     } catch (const AutomationError& error) {
         Report(L"quill: " + error.description);
         return error.number;
