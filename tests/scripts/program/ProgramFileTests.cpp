@@ -1,6 +1,7 @@
 // What the loader, the shell and the linker's flags have to say of quill.exe.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -90,9 +91,11 @@ TEST_F(ProgramFile, CarriesItsVersion)
     UINT size = 0;
     ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", &found, &size));
     const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
-    EXPECT_EQ(fixed->dwFileVersionMS, DWORD{MAKELONG(5, 3)});
-    EXPECT_EQ(fixed->dwFileVersionLS, DWORD{MAKELONG(0, 1)});
-    for (const auto& [name, text] : {std::pair{L"FileVersion", L"3.5.1.0"},
+    int part[3]{};
+    ASSERT_EQ(std::sscanf(QUILL_VERSION, "%d.%d.%d", &part[0], &part[1], &part[2]), 3);
+    EXPECT_EQ(fixed->dwFileVersionMS, static_cast<DWORD>(MAKELONG(part[1], part[0])));
+    EXPECT_EQ(fixed->dwFileVersionLS, static_cast<DWORD>(MAKELONG(0, part[2])));
+    for (const auto& [name, text] : {std::pair{L"FileVersion", L"" QUILL_VERSION ".0"},
                                      {L"ProductName", L"QUILL"},
                                      {L"OriginalFilename", L"quill.exe"}}) {
         const std::wstring key = std::wstring(L"\\StringFileInfo\\040904B0\\") + name;
@@ -105,7 +108,7 @@ TEST_F(ProgramFile, CarriesManifestIconAndTypeLibrary)
 {
     const std::string_view manifest = Resource(RT_MANIFEST);
     for (const char* part :
-         {"version=\"3.5.1.0\"", "level=\"asInvoker\"",
+         {"version=\"" QUILL_VERSION ".0\"", "level=\"asInvoker\"",
           "name=\"Microsoft.Windows.Common-Controls\" version=\"6.0.0.0\"",
           "{e2011457-1546-43c5-a5fe-008deee3d3f0}", "{35138b9a-5d96-4fbd-8e2d-a2440225f93a}",
           "{4a2f28e3-53b9-4441-ba9c-d69d4a4a6e38}", "{1f676c76-80e1-4239-95bb-83d0f6d0da78}",
