@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""build.py MEMBERS OUTPUT: makes the documentation from docs/*.md and examples/.
+"""build.py MEMBERS OUTPUT: makes the documentation from docs/*.md, CHANGELOG.md and
+examples/.
 
 Leaves OUTPUT/html (web pages with search) and OUTPUT/quill.chm (the help file). MEMBERS is what the
 program `members` printed: the contents, the index and the contexts of the help come from it.
@@ -36,6 +37,7 @@ class Member:
     kind: str
     context: int
     help: str
+    id: str = ''  # of a class that clients can create
     target: str = ''  # page and place
 
     @property
@@ -68,7 +70,7 @@ def text_of(element):
 def output_name(source):
     if source.parent == EXAMPLES:
         return f'example-{source.name}.html'
-    return 'index.html' if source.name == 'README.md' else source.stem + '.html'
+    return 'index.html' if source.name == 'README.md' else source.stem.lower() + '.html'
 
 
 def body_of(markdown, source):
@@ -85,7 +87,7 @@ def read_members(path):
     for line in Path(path).read_text(encoding='utf-8').splitlines():
         kind, owner, *rest = line.split('\t')
         name = '' if kind == 'class' else rest.pop(0)
-        members.append(Member(owner, name, kind, int(rest[0]), rest[1]))
+        members.append(Member(owner, name, kind, int(rest[0]), *rest[1:]))
     if not members:
         sys.exit(f'{path}: no members')
     return members
@@ -123,8 +125,8 @@ def read_pages(members):
     classes = {member.owner for member in members}
     names = {member.name for member in members if member.name}
     pages = {}
-    for source in sorted((ROOT / 'docs').glob('*.md')):
-        body = body_of(source.read_text(encoding='utf-8'), source)
+    for source in sorted((ROOT / 'docs').glob('*.md')) + [ROOT / 'CHANGELOG.md']:
+        body = body_of(source.read_text(encoding='utf-8').replace('@VERSION@', VERSION), source)
         first = body.find('h1')
         if first is None:
             sys.exit(f'{source}: no title')
@@ -161,6 +163,14 @@ def place_members(members, pages):
                 break
         else:
             problem(f'{page.source.name}: nothing about {member.title}')
+
+
+def check_identifiers(members, pages):
+    """Who lists allowed classes needs all identifiers."""
+    listed = text_of(pages[ROOT / 'docs' / 'deployment.md'].body)
+    for member in members:
+        if member.id and member.id not in listed:
+            problem(f'deployment.md: the identifier of {member.title}, {member.id}, is missing')
 
 
 def groups_of(pages):
@@ -459,6 +469,7 @@ def main(members_file, output):
     pages = read_pages(members)
     groups = groups_of(pages)
     place_members(members, pages)
+    check_identifiers(members, pages)
     pictures = resolve_links(pages)
     for folder in folders.values():
         for picture in sorted(pictures):

@@ -1,12 +1,13 @@
 // members LIBRARY: prints what a type library publishes, one thing a line, fields separated by
 // tabs:
 //
-//     class     List     0     Lets the user choose one or several lines
+//     class     List     0     Lets the user choose one or several lines   {…}
 //     method    List     Selection    0    Shows the dialog ...
 //     property  List     Topmost      0    ...
 //     event     Clock    Buzz         0    ...
 //
-// The number is the help context, 0 where there is none. A property stands once.
+// The number is the help context, 0 where there is none. A property stands once. A class that
+// clients can create ends with its identifier.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -74,12 +75,14 @@ void PrintMembers(ITypeInfo* interfaceInfo, const std::string& className, bool e
     interfaceInfo->ReleaseTypeAttr(attributes);
 }
 
-void PrintClass(ITypeInfo* info, UINT interfaces)
+void PrintClass(ITypeInfo* info, const TYPEATTR& attributes)
 {
     const Documentation documentation(info, MEMBERID_NIL);
-    std::printf("class\t%s\t%lu\t%s\n", documentation.name.c_str(), documentation.context,
-                documentation.help.c_str());
-    for (UINT index = 0; index < interfaces; ++index) {
+    wchar_t id[39] = L"";
+    if (attributes.wTypeFlags & TYPEFLAG_FCANCREATE) StringFromGUID2(attributes.guid, id, 39);
+    std::printf("class\t%s\t%lu\t%s\t%ls\n", documentation.name.c_str(), documentation.context,
+                documentation.help.c_str(), id);
+    for (UINT index = 0; index < attributes.cImplTypes; ++index) {
         int flags = 0;
         HREFTYPE reference = 0;
         ITypeInfo* interfaceInfo = nullptr;
@@ -103,7 +106,7 @@ int wmain(int count, wchar_t** arguments)
         TYPEATTR* attributes = nullptr;
         Check(library->GetTypeInfo(index, &info), "GetTypeInfo");
         Check(info->GetTypeAttr(&attributes), "GetTypeAttr");
-        if (attributes->typekind == TKIND_COCLASS) PrintClass(info, attributes->cImplTypes);
+        if (attributes->typekind == TKIND_COCLASS) PrintClass(info, *attributes);
         info->ReleaseTypeAttr(attributes);
         info->Release();
     }
