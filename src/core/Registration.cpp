@@ -157,7 +157,9 @@ std::vector<RegistryValue> Values(const std::wstring& program)
     Check(TypeLibrary()->GetDocumentation(-1, nullptr, &description, nullptr, nullptr));
     const std::wstring libraryKey = LibraryKey(library) + L'\\' + version;
     values.push_back({libraryKey, L"", TextOf(description)});
-    values.push_back({libraryKey + L"\\FLAGS", L"", std::to_wstring(library.wLibFlags)});
+    // The platform sets one more flag in a library that it has loaded.
+    values.push_back({libraryKey + L"\\FLAGS", L"",
+                      std::to_wstring(library.wLibFlags & ~LIBFLAG_FHASDISKIMAGE)});
     values.push_back({libraryKey + L"\\HELPDIR", L"", FolderOf(program)});
     values.push_back({LibraryFileKey(library), L"", program});
 

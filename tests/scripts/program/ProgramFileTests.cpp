@@ -47,8 +47,9 @@ TEST_F(ProgramFile, IsHardenedAndStandsAlone)
         reinterpret_cast<const IMAGE_NT_HEADERS32*>(bytes_.data() + dos->e_lfanew);
     ASSERT_EQ(headers->Signature, DWORD{IMAGE_NT_SIGNATURE});
     const IMAGE_OPTIONAL_HEADER32& optional = headers->OptionalHeader;
-    constexpr WORD kHardened =
-        IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE | IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+    constexpr WORD kHardened = IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE |
+                               IMAGE_DLLCHARACTERISTICS_NX_COMPAT |
+                               IMAGE_DLLCHARACTERISTICS_TERMINAL_SERVER_AWARE;
     EXPECT_EQ(optional.DllCharacteristics & kHardened, kHardened);
     EXPECT_GT(optional.DataDirectory[IMAGE_DIRECTORY_ENTRY_BASERELOC].Size, 8u);
     EXPECT_FALSE(headers->FileHeader.Characteristics & IMAGE_FILE_RELOCS_STRIPPED);
