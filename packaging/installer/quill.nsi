@@ -214,7 +214,7 @@ Function un.onInit
   !insertmacro USE_SCOPE
 FunctionEnd
 
-; Deletes a file; one that is in use gets eight seconds, which a server without clients does not need.
+; Deletes a file; one that is in use gets eight seconds, more than a server without clients needs.
 ; After that it is moved out of the way. $0: the file.
 Function un.DeleteFile
   StrCpy $2 32
@@ -239,7 +239,17 @@ Function un.DeleteFile
 FunctionEnd
 
 !macro UNINSTALL_FILE PATH
-  Delete "$INSTDIR${PATH}.*.old"
+  ; What upgrades have moved aside, too.
+  ClearErrors
+  FindFirst $3 $4 "$INSTDIR${PATH}.*.old"
+  ${DoUntil} ${Errors}
+    ${GetParent} "$INSTDIR${PATH}" $0
+    StrCpy $0 "$0\$4"
+    Call un.DeleteFile
+    ClearErrors
+    FindNext $3 $4
+  ${Loop}
+  FindClose $3
   StrCpy $0 "$INSTDIR${PATH}"
   Call un.DeleteFile
 !macroend

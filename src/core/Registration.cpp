@@ -318,7 +318,7 @@ std::wstring RegisteredProgram()
     const std::wstring key = ClassKey(*std::begin(kCatalogue)) + L"\\LocalServer32";
     for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
         for (const Root& root : RootsOf(hive))
-            if (const std::wstring program = Read(root, key, L"ServerExecutable"); !program.empty())
+            if (std::wstring program = Read(root, key, L"ServerExecutable"); !program.empty())
                 return program;
     return {};
 }
