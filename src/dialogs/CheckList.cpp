@@ -1,5 +1,8 @@
 #include "dialogs/CheckList.h"
 
+#include <optional>
+#include <vector>
+
 #include "core/Catalogue.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
@@ -9,10 +12,10 @@ namespace quill {
 
 namespace {
 
-// As many as there are bits in a positive Long, but one.
+// One less than the bits of a positive Long.
 constexpr size_t kMostLines = 30;
 
-// The elements of a zero-based array with up to 30 of them; nothing for anything else.
+// The elements of a zero-based array of up to 30; nothing for anything else.
 std::optional<std::vector<Variant>> LineArray(const VARIANT& value)
 {
     const SAFEARRAY* array = ArrayOf(value);
@@ -22,7 +25,7 @@ std::optional<std::vector<Variant>> LineArray(const VARIANT& value)
     try {
         return ElementsOf(*array, kMostLines);
     } catch (const AutomationError&) {
-        return std::nullopt; // of a type without a meaning here
+        return std::nullopt; // elements without a meaning here
     }
 }
 
@@ -52,7 +55,7 @@ LONG CheckList::Selection(const std::wstring& items, LONG checked, const std::ws
 {
     if (items.empty()) return 0;
     const std::vector<std::wstring> lines = SplitLines(items);
-    return lines.size() > kMostLines ? 0 : Choose(lines, checked, title);
+    return lines.size() > kMostLines ? 0 : frmCheckListBox(Request()).CLBox(lines, checked, title);
 }
 
 LONG CheckList::SelectionA(VARIANT& items, VARIANT& indices, const std::wstring& title)
@@ -70,14 +73,7 @@ LONG CheckList::SelectionA(VARIANT& items, VARIANT& indices, const std::wstring&
         lines.push_back(TextOfLine((*values)[index]));
         if (index < states->size() && IsChecked((*states)[index])) checked |= 1L << index;
     }
-    return Choose(lines, checked, title);
-}
-
-LONG CheckList::Choose(const std::vector<std::wstring>& lines, LONG checked,
-                       const std::wstring& title)
-{
-    const DialogSettings settings = settings_; // a call that comes in meanwhile may change them
-    return frmCheckListBox(settings).CLBox(lines, checked, title, [this] { return ClientsGone(); });
+    return frmCheckListBox(Request()).CLBox(lines, checked, title);
 }
 
 } // namespace quill

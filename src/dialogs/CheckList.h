@@ -1,8 +1,6 @@
 // Quill.CheckList: lets the user check some of a script's lines.
 #pragma once
 
-#include <optional>
-
 #include "dialogs/Dialog.h"
 
 namespace quill {
@@ -16,7 +14,6 @@ public:
 private:
     LONG Selection(const std::wstring& items, LONG checked, const std::wstring& title);
     LONG SelectionA(VARIANT& items, VARIANT& indices, const std::wstring& title);
-    LONG Choose(const std::vector<std::wstring>& lines, LONG checked, const std::wstring& title);
 };
 
 } // namespace quill

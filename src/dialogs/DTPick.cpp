@@ -1,5 +1,7 @@
 #include "dialogs/DTPick.h"
 
+#include <optional>
+
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
 #include "dialogs/frmDTPick.h"
@@ -23,16 +25,18 @@ SYSTEMTIME StartTime(const VARIANT& given)
 
 CREATABLE(DTPick)
 
+DTPick::DTPick()
+{
+    settings_.dlgCancelEsc = true;
+}
+
 bool DTPick::Selection(VARIANT& date)
 {
     if (open_ || IsArrayByReference(date)) return false;
     const FlagScope open(open_);
-    DialogSettings settings = settings_; // a call that comes in meanwhile may change them
-    settings.dlgCancelEsc = true;
     std::optional<DATE> chosen;
     try {
-        frmDTPick form(settings, static_cast<PickMode>(mode_));
-        chosen = form.Pick(StartTime(date), title_, [this] { return ClientsGone(); });
+        chosen = frmDTPick(Request(), static_cast<PickMode>(mode_)).Pick(StartTime(date), title_);
     } catch (const AutomationError&) {
         return false; // the platform refused a control
     }

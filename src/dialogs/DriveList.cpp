@@ -30,9 +30,7 @@ std::wstring DriveList::Selection(const std::wstring& preselected, const std::ws
 {
     if (open_) return {};
     const FlagScope open(open_);
-    const DialogSettings settings = settings_; // a call that comes in meanwhile may change them
-    std::wstring chosen =
-        frmDrives(settings).List(DriveOf(preselected), title, [this] { return ClientsGone(); });
+    std::wstring chosen = frmDrives(Request()).List(DriveOf(preselected), title);
     if (crop_ && chosen.size() > kDriveLength) chosen.resize(kDriveLength);
     return chosen;
 }

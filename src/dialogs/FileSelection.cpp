@@ -6,7 +6,7 @@
 #include "core/Catalogue.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
-#include "gui/ModalDialog.h"
+#include "gui/DialogWatch.h"
 
 namespace quill {
 
@@ -131,7 +131,7 @@ LONG FileSelection::Dialog(SHORT mode)
     dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
 
-    const ModalDialog company([this] { return ClientsGone(); });
+    const DialogWatch company([this] { return ClientsGone(); });
     const std::wstring& home = HomeFolder(); // before the dialog changes it
     const BOOL chosen = Seam<FileDialogs>().show(&dialog, mode == kSave);
     SetCurrentDirectoryW(home.c_str());

@@ -6,33 +6,29 @@
 
 namespace quill {
 
-ListForm::ListForm(const wchar_t* caption, const DialogSettings& settings)
-    : DialogForm(caption, MinimumListSize(kInfoHeight), kSizableStyle), settings_(settings)
+ListForm::ListForm(const wchar_t* caption, DialogRequest request)
+    : DialogForm({caption, kDesign.outer, kSizableStyle, kDesign.label.width}, std::move(request))
 {
 }
 
-void ListForm::Prepare(const std::wstring& title)
+void ListForm::Prepare(const std::wstring& title, Control& list)
 {
-    Apply(settings_, title, lblText, Accepting());
-    ShownList().SetAccessibleName(settings_.info.empty() ? TextOf(Window()) : settings_.info);
+    list_ = &list;
+    DialogForm::Prepare(title);
+    const std::wstring& info = Settings().info;
+    list.SetAccessibleName(info.empty() ? WindowText(Window()) : info);
     PlaceAtCentre(MinimumSize());
-}
-
-void ListForm::Ask(const std::function<bool()>& abandoned)
-{
-    Show(settings_.topmost);
-    WaitUntilClosed(abandoned);
 }
 
 void ListForm::OnActivate()
 {
-    ShownList().Focus();
+    list_->Focus();
 }
 
 void ListForm::OnResize(TwipSize outer)
 {
-    // Window managers ignore the tracking limits. They are answered later, since they hear nothing
-    // from inside their own change, and once: one that insists has its way.
+    // Window managers ignore the tracking limits. The size is set back later, since they ignore
+    // requests during their own change, and only once: one that insists has its way.
     const TwipSize smallest = MinimumSize();
     const bool tooSmall = ToPixels(outer.width) < ToPixels(smallest.width) ||
                           ToPixels(outer.height) < ToPixels(smallest.height);
@@ -40,8 +36,8 @@ void ListForm::OnResize(TwipSize outer)
     settingBack_ = tooSmall;
     const ListLayout layout = LayOutList(outer, InfoHeight(), ButtonWidth());
     lblText.Move(layout.label);
-    ShownList().Move(layout.list);
-    Accepting().Move(layout.button);
+    list_->Move(layout.list);
+    OKButton.Move(layout.button);
 }
 
 void ListForm::OnPosted(WPARAM)

@@ -11,18 +11,11 @@ class ListForm : public DialogForm {
 protected:
     static constexpr ListLayout kDesign = LayOutList(MinimumListSize(kInfoHeight), kInfoHeight);
 
-    // The settings stay where they are as long as the form.
-    ListForm(const wchar_t* caption, const DialogSettings& settings);
+    ListForm(const wchar_t* caption, DialogRequest request);
 
-    // Gives the form its texts, fonts and size. What is selected afterwards comes into view.
-    void Prepare(const std::wstring& title);
-
-    // Shows the form with its list filled, and waits for the user.
-    void Ask(const std::function<bool()>& abandoned);
-
-    // The controls that the derived form has: the list that is shown, the button below it.
-    virtual Control& ShownList() = 0;
-    virtual Button& Accepting() = 0;
+    // Gives the form its texts, fonts and size, for `list`, the control that is shown. What is
+    // selected afterwards comes into view.
+    void Prepare(const std::wstring& title, Control& list);
 
 private:
     void OnActivate() override;
@@ -31,10 +24,8 @@ private:
     TwipSize MinimumSize() const override;
     bool SetsSizeBack() const override { return true; }
 
-    const DialogSettings& settings_;
+    Control* list_ = nullptr;  // the one that is shown
     bool settingBack_ = false; // to the smallest size
-
-    Label lblText{*this, kDesign.label};
 };
 
 } // namespace quill

@@ -72,8 +72,8 @@ std::wstring MInputBox::InputS(const std::wstring& prompt, const std::wstring& t
     InputField field;
     field.label = prompt;
     field.text = text;
-    const auto form = std::make_unique<frmMIB>(settings_, input, std::vector{field});
-    const bool accepted = form->Ask(title, 0, [this] { return ClientsGone(); });
+    const auto form = std::make_unique<frmMIB>(Request(), input, std::vector{field});
+    const bool accepted = form->Ask(title, 0);
     return accepted ? form->Texts().front() : std::wstring();
 }
 
@@ -88,9 +88,8 @@ bool MInputBox::InputM(VARIANT& texts)
     if (interval > SHRT_MAX) RaiseRuntimeError(RuntimeError::Overflow);
     InputSettings input = input_;
     input.columns = true;
-    const auto form = std::make_unique<frmMIB>(settings_, input, fields);
-    const bool accepted =
-        form->Ask(title_, static_cast<UINT>(interval), [this] { return ClientsGone(); });
+    const auto form = std::make_unique<frmMIB>(Request(), input, fields);
+    const bool accepted = form->Ask(title_, static_cast<UINT>(interval));
     Assign(texts,
            MakeStringArray(accepted ? form->Texts() : std::vector<std::wstring>(fields.size()),
                            convert));

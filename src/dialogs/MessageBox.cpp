@@ -3,7 +3,7 @@
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
-#include "gui/ModalDialog.h"
+#include "gui/DialogWatch.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -49,8 +49,8 @@ SHORT MessageBox::Show(const std::wstring& message, LONG style, const std::wstri
     parameters.dwLanguageId = static_cast<DWORD>(static_cast<SHORT>(LOWORD(language_)));
 
     const bool leave = (appearance.style & MB_NOFOCUS) != 0;
-    const ModalDialog company([this] { return ClientsGone(); },
-                              leave ? ModalDialog::Front::Leave : ModalDialog::Front::Bring);
+    const DialogWatch company([this] { return ClientsGone(); },
+                              leave ? DialogWatch::Front::Leave : DialogWatch::Front::Bring);
     return static_cast<SHORT>(Seam<MessageBoxFunctions>().show(&parameters));
 }
 

@@ -2,7 +2,7 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "gui/ModalDialog.h"
+#include "gui/DialogWatch.h"
 
 namespace quill {
 
@@ -30,7 +30,7 @@ CREATABLE(TaskDialog)
 template <class Body>
 SHORT TaskDialog::Guarded(Body&& body)
 {
-    const ModalDialog company([this] { return ClientsGone(); });
+    const DialogWatch company([this] { return ClientsGone(); });
     try {
         return body();
     } catch (const AutomationError& error) {

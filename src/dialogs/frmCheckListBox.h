@@ -1,31 +1,29 @@
 // The form of Quill.CheckList.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "dialogs/ListForm.h"
 
 namespace quill {
 
 class frmCheckListBox final : public ListForm {
 public:
-    explicit frmCheckListBox(const DialogSettings& settings);
+    explicit frmCheckListBox(DialogRequest request);
 
     // Shows the lines that are not empty, at most 30, and waits for the user. Bit i of `checked`
     // checks line i of those shown, if position i of `lines` is not empty. Returns the bits of the
     // lines that were checked on OK, otherwise 0.
-    LONG CLBox(const std::vector<std::wstring>& lines, LONG checked, const std::wstring& title,
-               const std::function<bool()>& abandoned);
+    LONG CLBox(const std::vector<std::wstring>& lines, LONG checked, const std::wstring& title);
 
 private:
-    Control& ShownList() override { return ChkList; }
-    Button& Accepting() override { return OKButton; }
-
-    void Accept();
+    bool OnAccept() override;
 
     int shown_ = 0; // lines
     LONG result_ = 0;
 
     CheckListBox ChkList{*this, kDesign.list};
-    Button OKButton{*this, kDesign.button, L"OK", [this] { Accept(); }, Button::Kind::Default};
 };
 
 } // namespace quill

@@ -1,5 +1,7 @@
 #include "dialogs/frmDTPick.h"
 
+#include <vector>
+
 #include "core/quillfn.h"
 
 namespace quill {
@@ -8,13 +10,14 @@ namespace {
 
 constexpr TwipSize kDesignSize{3060, 3810};
 constexpr float kBelowButtonTop = 1050; // from the button's top to the outer edge
+constexpr float kInfoWidth = 2480;
 
 // 30, 140 and 26 pixels at 96 dpi.
 constexpr float kPickerLeft = 450;
 constexpr float kPickerWidth = 2100;
 constexpr float kPickerHeight = 390;
 
-// Before the dialog gives up.
+// Time pickers that are refused before the dialog gives up.
 constexpr size_t kMostRefused = 20;
 
 UINT_PTR HandleOf(const DateTimePicker* picker)
@@ -36,9 +39,9 @@ DATE TimeOfDay(const SYSTEMTIME& time)
 
 } // namespace
 
-frmDTPick::frmDTPick(const DialogSettings& settings, PickMode mode)
-    : DialogForm(L"Date/Time Picker", kDesignSize, kDialogStyle), settings_(settings), mode_(mode),
-      date_(mode != PickMode::Time ? MakePicker(DateTimePicker::Kind::Date) : nullptr),
+frmDTPick::frmDTPick(DialogRequest request, PickMode mode)
+    : DialogForm({L"Date/Time Picker", kDesignSize, kDialogStyle, kInfoWidth}, std::move(request)),
+      mode_(mode), date_(mode != PickMode::Time ? MakePicker(DateTimePicker::Kind::Date) : nullptr),
       time_(mode != PickMode::Date ? MakeTimePicker() : nullptr)
 {
 }
@@ -49,10 +52,11 @@ std::unique_ptr<DateTimePicker> frmDTPick::MakePicker(DateTimePicker::Kind kind)
         *this, TwipRect{kPickerLeft, 0, kPickerWidth, kPickerHeight}, kind);
 }
 
-// Handles may have no bit in common by chance; another one is asked for then.
+// Two good handles may have no bit in common by chance; then another picker is made. The refused
+// ones live until one is found, so that their handles do not come back.
 std::unique_ptr<DateTimePicker> frmDTPick::MakeTimePicker()
 {
-    std::vector<std::unique_ptr<DateTimePicker>> refused; // they keep their handles meanwhile
+    std::vector<std::unique_ptr<DateTimePicker>> refused;
     for (;;) {
         auto picker = MakePicker(DateTimePicker::Kind::Time);
         if (PickersMade(mode_, HandleOf(date_.get()), HandleOf(picker.get())) ||
@@ -62,19 +66,16 @@ std::unique_ptr<DateTimePicker> frmDTPick::MakeTimePicker()
     }
 }
 
-std::optional<DATE> frmDTPick::Pick(const SYSTEMTIME& start, const std::wstring& title,
-                                    const std::function<bool()>& abandoned)
+std::optional<DATE> frmDTPick::Pick(const SYSTEMTIME& start, const std::wstring& title)
 {
     if (!PickersMade(mode_, HandleOf(date_.get()), HandleOf(time_.get()))) return std::nullopt;
     if (date_) date_->Pick(start);
     if (time_) time_->Pick(start);
     if (date_) date_->SetAccessibleName(L"Date");
     if (time_) time_->SetAccessibleName(L"Time");
-    Apply(settings_, title, lblText, OKButton);
+    Prepare(title);
     PlaceAtCentre({kDesignSize.width, ButtonTop() + kBelowButtonTop});
-    Show(settings_.topmost);
-    WaitUntilClosed(abandoned);
-    if (!accepted_) return std::nullopt;
+    if (!Ask()) return std::nullopt;
     return result_;
 }
 
@@ -85,49 +86,42 @@ float frmDTPick::ButtonTop() const
                              : (both ? 2760.0F : 2360.0F) + InfoSurplus();
 }
 
-// Enter takes the day of an open calendar. False when none is open.
-bool frmDTPick::SendEnterToCalendar()
+// Enter takes the day of an open calendar.
+void frmDTPick::OnButton()
 {
     const DateTimePicker& first = date_ ? *date_ : *time_;
-    if (!first.DroppedDown()) return false;
-    SendMessageW(first.Window(), WM_KEYDOWN, VK_RETURN, 0);
-    return true;
+    if (first.DroppedDown())
+        SendMessageW(first.Window(), WM_KEYDOWN, VK_RETURN, 0);
+    else
+        Accept();
 }
 
-void frmDTPick::AcceptUnlessCalendar()
-{
-    if (!SendEnterToCalendar()) Accept();
-}
-
-void frmDTPick::Accept()
+bool frmDTPick::OnAccept()
 {
     // Kept as published: the parts are added as numbers. Before the year 1900 days count down, and
     // the sum is wrong; a script that cares takes both parts by themselves.
     if (date_) result_ += DayOf(date_->Picked());
     if (time_) result_ += TimeOfDay(time_->Picked());
-    accepted_ = true;
-    Unload();
+    return true;
 }
 
-// Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own
-// keys.
-bool frmDTPick::OnKeyDown(WPARAM key)
+bool frmDTPick::OnPreview(const MSG& message)
 {
-    if (key != VK_RETURN) return DialogForm::OnKeyDown(key);
-    AcceptUnlessCalendar();
-    return true; // the default button must not see it too
-}
-
-// The button answers when it goes down, not when it comes up, also while a calendar is open.
-void frmDTPick::OnMouseDown(HWND target)
-{
-    if (target == OKButton.Window()) Accept();
+    // Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own
+    // keys. The default button must not see the key too.
+    if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN) {
+        OnButton();
+        return true;
+    }
+    // The button answers when it goes down, not when it comes up, also while a calendar is open.
+    if (message.message == WM_LBUTTONDOWN && message.hwnd == OKButton.Window()) Accept();
+    return DialogForm::OnPreview(message);
 }
 
 void frmDTPick::OnResize(TwipSize)
 {
     const bool closedUp = InfoHeight() == 0;
-    lblText.Move({240, 120, 2480, InfoHeight()});
+    lblText.Move({240, 120, kInfoWidth, InfoHeight()});
     float top = closedUp ? 380 : 1300 + InfoSurplus();
     for (DateTimePicker* picker : {date_.get(), time_.get()}) {
         if (!picker) continue;

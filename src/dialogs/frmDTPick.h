@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "dialogs/Dialog.h"
 
@@ -12,9 +13,9 @@ enum class PickMode { Date, Time, Both };
 
 class frmDTPick final : public DialogForm {
 public:
-    frmDTPick(const DialogSettings& settings, PickMode mode);
+    frmDTPick(DialogRequest request, PickMode mode);
 
-    // Whether the platform has made the pickers, as their handles tell it.
+    // True when the platform has made the pickers, as their handles show.
     static constexpr bool PickersMade(PickMode mode, UINT_PTR date, UINT_PTR time) noexcept
     {
         // Kept as published: handles without a bit in common count as a failure.
@@ -24,34 +25,24 @@ public:
 
     // Shows `start` and waits for the user. Returns the chosen date (midnight), the chosen time
     // (day 0) or their sum; nothing when the user cancelled, or without pickers.
-    std::optional<DATE> Pick(const SYSTEMTIME& start, const std::wstring& title,
-                             const std::function<bool()>& abandoned);
+    std::optional<DATE> Pick(const SYSTEMTIME& start, const std::wstring& title);
 
 private:
-    bool OnKeyDown(WPARAM key) override;
-    void OnMouseDown(HWND target) override;
+    bool OnPreview(const MSG& message) override;
     void OnResize(TwipSize outer) override;
+    void OnButton() override;
+    bool OnAccept() override;
 
     std::unique_ptr<DateTimePicker> MakePicker(DateTimePicker::Kind kind);
     std::unique_ptr<DateTimePicker> MakeTimePicker();
     float ButtonTop() const;
-    bool SendEnterToCalendar();
-    void AcceptUnlessCalendar();
-    void Accept();
 
-    const DialogSettings& settings_;
     const PickMode mode_;
-    bool accepted_ = false;
     DATE result_ = 0;
 
-    Label lblText{*this, {240, 120, 2480, kInfoHeight}};
-    std::unique_ptr<DateTimePicker> date_; // null in a mode without it
+    // Null in a mode without it. MakeTimePicker may make several before it keeps one.
+    std::unique_ptr<DateTimePicker> date_;
     std::unique_ptr<DateTimePicker> time_;
-    Button OKButton{*this,
-                    {1320, 2760, kButtonWidth, kButtonHeight},
-                    L"OK",
-                    [this] { AcceptUnlessCalendar(); },
-                    Button::Kind::Default};
 };
 
 } // namespace quill

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <mutex>
-#include <thread>
 
 #include "core/Apartment.h"
+#include "core/RunAside.h"
 #include "core/quillfn.h"
 #include "gui/windowfn.h"
 
@@ -14,6 +14,9 @@ namespace {
 
 constexpr TwipSize kDesignSize{3180, 2940};
 constexpr float kClosedUpHeight = 2100; // without an info text
+constexpr float kInfoWidth = 2535;
+
+constexpr wchar_t kCaseBit = L'a' - L'A'; // by which the two cases of a letter differ
 
 } // namespace
 
@@ -41,8 +44,8 @@ struct frmDrives::Names {
     std::vector<std::wstring> names;
 };
 
-frmDrives::frmDrives(const DialogSettings& settings)
-    : DialogForm(L"QUILL DriveList", kDesignSize, kDialogStyle), settings_(settings)
+frmDrives::frmDrives(DialogRequest request)
+    : DialogForm({L"QUILL DriveList", kDesignSize, kDialogStyle, kInfoWidth}, std::move(request))
 {
 }
 
@@ -53,48 +56,48 @@ frmDrives::~frmDrives()
     names_->form = nullptr;
 }
 
-std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& title,
-                             const std::function<bool()>& abandoned)
+std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& title)
 {
     const DWORD drives = GetLogicalDrives();
     const std::wstring current = CurrentFolder();
     int selected = -1;
     for (int letter = 0; letter < 26; ++letter) {
         if (!(drives & 1U << letter)) continue;
-        const wchar_t name = static_cast<wchar_t>(L'A' + letter);
+        const auto name = static_cast<wchar_t>(L'A' + letter);
         const auto begins = [name](const std::wstring& path) {
-            return !path.empty() && (path[0] == name || path[0] == name + L'a' - L'A');
+            return (path[0] | kCaseBit) == (name | kCaseBit); // an empty one begins with a NUL
         };
         if (begins(drive) || (selected < 0 && begins(current)))
             selected = static_cast<int>(entries_.size());
-        entries_.push_back(std::wstring(1, name) + L":");
+        entries_.push_back({name, L':'});
         lstDrives.Add(entries_.back());
     }
     lstDrives.Select(selected);
     AskForNames();
-    Apply(settings_, title, lblText, OKButton);
-    if (settings_.info.empty()) lstDrives.SetAccessibleName(TextOf(Window()));
-    PlaceAtCentre({kDesignSize.width,
-                   settings_.info.empty() ? kClosedUpHeight : kDesignSize.height + InfoSurplus()});
-    Show(settings_.topmost);
-    WaitUntilClosed(abandoned);
+    Prepare(title);
+    const bool closedUp = InfoHeight() == 0;
+    if (closedUp) lstDrives.SetAccessibleName(WindowText(Window()));
+    PlaceAtCentre(
+        {kDesignSize.width, closedUp ? kClosedUpHeight : kDesignSize.height + InfoSurplus()});
+    Ask();
     return std::move(result_);
 }
 
-// Each drive on a thread of its own, so that the slow ones do not hide the others.
+// Each drive on a thread of its own, so that the slow ones do not hide the others. Where too many
+// hang already, a drive stays without its name.
 void frmDrives::AskForNames()
 {
     names_ = std::make_shared<Names>();
     names_->form = Window();
     names_->names.resize(entries_.size());
     for (size_t index = 0; index < entries_.size(); ++index) {
-        std::thread([nameOf = Seam<DriveFunctions>().nameOf, names = names_,
-                     drive = entries_[index], index] {
+        RunAside([nameOf = Seam<DriveFunctions>().nameOf, names = names_, drive = entries_[index],
+                  index] {
             const std::wstring name = nameOf(drive);
             const std::lock_guard lock(names->mutex);
             names->names[index] = name;
             if (names->form && !name.empty()) PostTo(names->form, index);
-        }).detach();
+        });
     }
 }
 
@@ -109,11 +112,11 @@ void frmDrives::OnPosted(WPARAM index)
     lstDrives.Replace(static_cast<int>(index), entries_[index]);
 }
 
-void frmDrives::Accept()
+bool frmDrives::OnAccept()
 {
     const int selected = lstDrives.Selected();
     if (selected >= 0) result_ = entries_[static_cast<size_t>(selected)];
-    Unload();
+    return true;
 }
 
 void frmDrives::OnActivate()
@@ -124,7 +127,7 @@ void frmDrives::OnActivate()
 void frmDrives::OnResize(TwipSize)
 {
     const bool closedUp = InfoHeight() == 0;
-    lblText.Move({240, 120, 2535, InfoHeight()});
+    lblText.Move({240, 120, kInfoWidth, InfoHeight()});
     lstDrives.Move({240, closedUp ? 315 : 1160 + InfoSurplus(), 2600, lstDrives.Place().height});
     OKButton.Move({2640 - ButtonWidth(), closedUp ? 1080 : 1920 + InfoSurplus(), ButtonWidth(),
                    kButtonHeight});

@@ -1,7 +1,10 @@
 // The form of Quill.DriveList.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "dialogs/Dialog.h"
 
@@ -18,38 +21,30 @@ struct DriveFunctions {
 
 class frmDrives final : public DialogForm {
 public:
-    explicit frmDrives(const DialogSettings& settings);
+    explicit frmDrives(DialogRequest request);
     ~frmDrives() override;
 
     // Shows all drives, with `drive` (a letter and a colon) selected, or else the current
     // directory's, and waits for the user. Returns the chosen entry: a letter and a colon, then, as
     // far as they are known, a volume label or a network name in brackets. An empty string when
     // the user cancelled.
-    std::wstring List(const std::wstring& drive, const std::wstring& title,
-                      const std::function<bool()>& abandoned);
+    std::wstring List(const std::wstring& drive, const std::wstring& title);
 
 private:
     struct Names;
 
     void OnActivate() override;
     void OnResize(TwipSize outer) override;
-    void OnPosted(WPARAM index) override;
+    void OnPosted(WPARAM index) override; // the name of this drive is known
+    bool OnAccept() override;
 
     void AskForNames();
-    void Accept();
 
-    const DialogSettings& settings_;
     std::vector<std::wstring> entries_;
-    std::shared_ptr<Names> names_; // also of the threads that ask
+    std::shared_ptr<Names> names_; // shared with the threads that ask
     std::wstring result_;
 
-    Label lblText{*this, {240, 120, 2535, kInfoHeight}};
     DropDownList lstDrives{*this, {240, 1160, 2600, 0}};
-    Button OKButton{*this,
-                    {1440, 1920, kButtonWidth, kButtonHeight},
-                    L"OK",
-                    [this] { Accept(); },
-                    Button::Kind::Default};
 };
 
 } // namespace quill

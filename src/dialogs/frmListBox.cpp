@@ -4,38 +4,34 @@
 
 namespace quill {
 
-frmListBox::frmListBox(const DialogSettings& settings) : ListForm(L"QUILL List", settings) {}
+frmListBox::frmListBox(DialogRequest request) : ListForm(L"QUILL List", std::move(request)) {}
 
 std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
-                              const std::wstring& title, const std::function<bool()>& abandoned)
+                              const std::wstring& title)
 {
     multi_ = multi;
-    for (ListBox* list : {&List1, &List2}) {
-        list->Enable(list == &ShownList());
-        list->SetVisible(list == &ShownList());
+    ListBox& list = ShownList();
+    for (ListBox* each : {&List1, &List2}) {
+        each->Enable(each == &list);
+        each->SetVisible(each == &list);
     }
     lines_ = SplitLines(items);
     std::erase_if(lines_, [](const std::wstring& line) { return line.empty(); });
-    ShownList().Fill(lines_);
-    Prepare(title);
+    list.Fill(lines_);
+    Prepare(title, list);
     const bool exists = index >= 0 && static_cast<size_t>(index) < lines_.size();
-    ShownList().Select(exists ? static_cast<int>(index) : -1);
-    Ask(abandoned);
+    list.Select(exists ? static_cast<int>(index) : -1);
+    Ask();
     return std::move(result_);
 }
 
-ListBox& frmListBox::ShownList()
-{
-    return multi_ ? List2 : List1;
-}
-
-void frmListBox::Accept()
+bool frmListBox::OnAccept()
 {
     for (int index : ShownList().Selected()) {
         result_ += lines_[static_cast<size_t>(index)];
         if (multi_) result_ += kLineBreak;
     }
-    Unload();
+    return true;
 }
 
 } // namespace quill

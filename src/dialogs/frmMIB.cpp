@@ -4,7 +4,6 @@
 
 #include "core/Apartment.h"
 #include "gui/TimerFn.h"
-#include "gui/guifn.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -45,11 +44,16 @@ constexpr DWORD LabelStyle(const InputSettings& input)
     return alignments[input.alignLabel] | (input.accessKeys ? 0 : SS_NOPREFIX);
 }
 
+bool HidesText(const InputSettings& input, size_t index)
+{
+    return (input.flags & 1 << index) != 0;
+}
+
 DWORD EditStyle(const InputSettings& input, size_t index, const InputField& field)
 {
     constexpr DWORD alignments[] = {ES_LEFT, ES_RIGHT, ES_CENTER};
     DWORD style = alignments[input.alignInput];
-    if (input.flags & 1 << index) style |= ES_PASSWORD;
+    if (HidesText(input, index)) style |= ES_PASSWORD;
     if (field.locked) style |= ES_READONLY;
     return style;
 }
@@ -85,21 +89,16 @@ void ShowBalloon(HWND edit, const std::wstring& title, const std::wstring& text)
 frmMIB::Row::Row(frmMIB& form, size_t index, const InputField& field)
     : design(field), label(form, {}, field.label.c_str(), LabelStyle(form.input_)),
       edit(form, {}, EditStyle(form.input_, index, field),
-           [&form, index](bool entered) { form.Enter(index, entered); })
+           [&form, index](bool entered) { form.OnFieldFocus(index, entered); })
 {
     const InputSettings& input = form.input_;
+    const HWND window = edit.Window();
     if (design.labelColor != 0) label.SetTextColor(design.labelColor);
     if (design.textColor != 0) edit.SetTextColor(design.textColor);
-    if (const LONG style = CaseStyle(design.textStyle))
-        AddWindowStyle(edit.Window(), style, false, false);
-    const HWND window = edit.Window();
-    if (input.flags & 1 << index)
+    if (const LONG style = CaseStyle(design.textStyle)) AddWindowStyle(window, style, false, false);
+    if (HidesText(input, index))
         SendMessageW(window, EM_SETPASSWORDCHAR, input.passwordChar.front(), 0);
-    SHORT limit = 0; // none
-    if (input.columns) limit = input.textLimit;
-    if (design.maxLen > 0) limit = std::min(limit, design.maxLen);
-    SendMessageW(window, EM_SETLIMITTEXT, static_cast<WPARAM>(limit), 0);
-    edit.SetText(limit > 0 ? design.text.substr(0, static_cast<size_t>(limit)) : design.text);
+    LimitText(input);
     if (!design.cueText.empty())
         SendMessageW(window, EM_SETCUEBANNER, input.cueAtFocus ? 1 : 0,
                      reinterpret_cast<LPARAM>(design.cueText.c_str()));
@@ -107,10 +106,24 @@ frmMIB::Row::Row(frmMIB& form, size_t index, const InputField& field)
         edit.SetAccessibleName(design.cueText.empty() ? design.tipText : design.cueText);
 }
 
-frmMIB::frmMIB(const DialogSettings& settings, const InputSettings& input,
+// Sets the text, and how long it may be.
+void frmMIB::Row::LimitText(const InputSettings& input)
+{
+    SHORT limit = 0; // none
+    if (input.columns) limit = input.textLimit;
+    if (design.maxLen > 0) limit = std::min(limit, design.maxLen);
+    SendMessageW(edit.Window(), EM_SETLIMITTEXT, static_cast<WPARAM>(limit), 0);
+    edit.SetText(limit > 0 ? design.text.substr(0, static_cast<size_t>(limit)) : design.text);
+}
+
+frmMIB::frmMIB(DialogRequest request, const InputSettings& input,
                const std::vector<InputField>& fields)
-    : DialogForm(L"QUILL Multi-InputBox", {kWidth, kWidth}, kSizableStyle & ~WS_MAXIMIZEBOX),
-      settings_(settings), input_(input), rows_(MakeRows(fields))
+    : DialogForm({L"QUILL Multi-InputBox",
+                  {kWidth, kWidth},
+                  kSizableStyle & ~WS_MAXIMIZEBOX,
+                  kWidth - 2 * kMargin},
+                 std::move(request)),
+      input_(input), rows_(MakeRows(fields))
 {
 }
 
@@ -123,10 +136,9 @@ std::vector<std::unique_ptr<frmMIB::Row>> frmMIB::MakeRows(const std::vector<Inp
     return rows;
 }
 
-bool frmMIB::Ask(const std::wstring& title, UINT milliseconds,
-                 const std::function<bool()>& abandoned)
+bool frmMIB::Ask(const std::wstring& title, UINT milliseconds)
 {
-    Apply(settings_, title, lblText, OKButton);
+    Prepare(title);
     if (input_.bigInfo) {
         FontSpec big = lblText.CurrentFont();
         big.points = kBigPoints;
@@ -146,9 +158,7 @@ bool frmMIB::Ask(const std::wstring& title, UINT milliseconds,
         void* entry = BuildPushParamThunk(thunk_, this, reinterpret_cast<void*>(OnTimer));
         timer_ = StartTimer(milliseconds, entry);
     }
-    Show(settings_.topmost);
-    WaitUntilClosed(abandoned);
-    return accepted_;
+    return DialogForm::Ask();
 }
 
 void CALLBACK frmMIB::OnTimer(frmMIB* self, HWND, UINT, UINT_PTR, DWORD) noexcept
@@ -184,7 +194,7 @@ void frmMIB::AddTips()
     }
 }
 
-void frmMIB::Enter(size_t index, bool entered)
+void frmMIB::OnFieldFocus(size_t index, bool entered)
 {
     if (entered) {
         lblTip.SetText(rows_[index]->design.tipText);
@@ -234,22 +244,26 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, const std::wstring& tex
         lblTip.SetText(text.empty() ? TooShortText(row.design.minLen) : text);
 }
 
-void frmMIB::Accept()
+bool frmMIB::OnAccept()
 {
     std::vector<std::wstring> texts;
     texts.reserve(rows_.size());
     for (const auto& row : rows_) {
         texts.push_back(row->edit.Text());
         if (!input_.columns) continue;
-        if (TooShort(*row)) return Refuse(*row, input_.balloonTitle, input_.balloonText);
+        if (TooShort(*row)) {
+            Refuse(*row, input_.balloonTitle, input_.balloonText);
+            return false;
+        }
         // The control itself looks at typing only, not at what is pasted.
         const bool digits = input_.checkDigits && row->design.textStyle == kDigits;
-        if (digits && !row->design.locked && !HasDigitsOnly(texts.back()))
-            return Refuse(*row, {}, kDigitsOnly);
+        if (digits && !row->design.locked && !HasDigitsOnly(texts.back())) {
+            Refuse(*row, {}, kDigitsOnly);
+            return false;
+        }
     }
     texts_ = std::move(texts);
-    accepted_ = true;
-    Unload();
+    return true;
 }
 
 // The heights that the texts need at the least width.
@@ -260,7 +274,7 @@ void frmMIB::Measure()
         label.Move({0, 0, labelWidth, 0});
         return std::clamp(label.HeightOfText(), label.LineHeight(), most);
     };
-    infoHeight_ = settings_.info.empty() ? 0 : heightAt(lblText, width, kMaximumInfoHeight);
+    infoTextHeight_ = Settings().info.empty() ? 0 : heightAt(lblText, width, kMaximumInfoHeight);
     for (const auto& row : rows_) {
         row->editHeight = row->edit.LineHeight() + kEditPadding;
         if (input_.columns)
@@ -280,9 +294,9 @@ float frmMIB::LayOut(float inner)
 {
     const float width = inner - 2 * kMargin;
     float top = kMargin;
-    if (infoHeight_ > 0) {
-        lblText.Move({kMargin, top, width, infoHeight_});
-        top += infoHeight_ + kMargin;
+    if (infoTextHeight_ > 0) {
+        lblText.Move({kMargin, top, width, infoTextHeight_});
+        top += infoTextHeight_ + kMargin;
     }
     for (const auto& row : rows_) {
         if (input_.columns) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "dialogs/Dialog.h"
 #include "gui/modPushParamThunk.h"
@@ -39,23 +41,24 @@ struct InputField {
     COLORREF textColor = 0;
 };
 
-// Lives on the heap: the timer's stub does.
+// Must be heap-allocated: it contains the timer's executable code.
 class frmMIB final : public DialogForm, public ExecutableObject {
 public:
-    frmMIB(const DialogSettings& settings, const InputSettings& input,
+    frmMIB(DialogRequest request, const InputSettings& input,
            const std::vector<InputField>& fields);
     ~frmMIB() override { StopTimer(); }
 
     // Shows the form and waits for the user; false when they cancelled, or when this many
     // milliseconds (0: no end) have passed.
-    bool Ask(const std::wstring& title, UINT milliseconds, const std::function<bool()>& abandoned);
+    bool Ask(const std::wstring& title, UINT milliseconds);
 
-    // Of all fields, as they were on OK.
+    // The texts of all fields, as they were on OK.
     const std::vector<std::wstring>& Texts() const noexcept { return texts_; }
 
 private:
     struct Row {
         Row(frmMIB& form, size_t index, const InputField& design);
+        void LimitText(const InputSettings& input);
 
         InputField design;
         float labelHeight = 0, editHeight = 0; // twips
@@ -68,6 +71,7 @@ private:
     void OnResize(TwipSize outer) override;
     TwipSize MinimumSize() const override;
     TwipSize MaximumSize() const override;
+    bool OnAccept() override;
 
     static void CALLBACK OnTimer(frmMIB* self, HWND window, UINT message, UINT_PTR timer,
                                  DWORD time) noexcept;
@@ -75,36 +79,28 @@ private:
 
     std::vector<std::unique_ptr<Row>> MakeRows(const std::vector<InputField>& fields);
     void AddTips();
-    void Enter(size_t index, bool entered);
+    // The user has come into a field, or has left it.
+    void OnFieldFocus(size_t index, bool entered);
     void PlaceCaret(Row& row);
     static bool TooShort(const Row& row);
     // Keeps the user in a field, and says why.
     void Refuse(Row& row, const std::wstring& title, const std::wstring& text);
-    void Accept();
     void Measure();
     float LabelWidth(float width) const;
     // Moves all controls for this inner width; returns the height that they take. Twips.
     float LayOut(float inner);
 
-    const DialogSettings settings_;
     const InputSettings input_;
-    float height_ = 0; // of the content; twips
-    float infoHeight_ = 0;
-    float frame_ = 0;      // what the window is higher than its content
-    bool refused_ = false; // the focus is on its way back to a field
-    bool accepted_ = false;
+    float height_ = 0;         // of the content; twips
+    float infoTextHeight_ = 0; // twips
+    float frame_ = 0;          // the window's height beyond its content; twips
+    bool refused_ = false;     // the focus is on its way back to a field
     std::vector<std::wstring> texts_;
     PushParamThunk thunk_{};
     UINT_PTR timer_ = 0;
 
-    Label lblText{*this, {240, 180, 5400, 0}};
     std::vector<std::unique_ptr<Row>> rows_;
     Label lblTip{*this, {240, 0, 5400, 0}};
-    Button OKButton{*this,
-                    {0, 0, kButtonWidth, kButtonHeight},
-                    L"OK",
-                    [this] { Accept(); },
-                    Button::Kind::Default};
 };
 
 } // namespace quill

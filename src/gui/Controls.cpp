@@ -17,6 +17,11 @@ constexpr size_t kMeasuredLines = 16;
 
 constexpr UINT kFirstControlId = 100;
 
+// Room at the ends of a button's caption together, in twips; in a drop-down list beside its widest
+// line, in pixels.
+constexpr float kCaptionPadding = 240;
+constexpr int kLinePadding = 8;
+
 // The height of a drop-down list when it is open.
 constexpr float kDroppedTwips = 3600;
 
@@ -80,13 +85,7 @@ Control::~Control()
 void Control::Move(const TwipRect& place)
 {
     place_ = place;
-    const int left = form_.ToPixels(place.left);
-    const int top = form_.ToPixels(place.top);
-    // Drawn anew as a whole: text that wraps looks different at each width.
-    SetWindowPos(window_, nullptr, left, top - form_.scrolled_,
-                 form_.ToPixels(place.left + place.width) - left,
-                 form_.ToPixels(place.top + place.height) - top,
-                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+    form_.Place(*this);
 }
 
 void Control::SetText(const std::wstring& text)
@@ -107,7 +106,12 @@ void Control::SetVisible(bool visible)
 void Control::Focus()
 {
     SetFocus(window_);
-    form_.ScrollIntoView(*this);
+    form_.Reveal(*this);
+}
+
+void Control::PlaceLast() noexcept
+{
+    SetWindowPos(window_, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
 
 void Control::SetFont(const FontSpec& font)
@@ -156,7 +160,7 @@ Label::Label(Form& form, const TwipRect& place, const wchar_t* text, DWORD style
 
 float Label::HeightOfText() const
 {
-    const std::wstring text = TextOf(Window());
+    const std::wstring text = WindowText(Window());
     RECT box{0, 0, Owner().ToPixels(Place().width), 0};
     MeasuringDevice device(*this);
     DrawTextW(device, text.c_str(), -1, &box,
@@ -176,7 +180,7 @@ float Button::WidthOfText() const
 {
     SIZE ideal{};
     Send(BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal));
-    return Owner().ToTwips(ideal.cx) + 240;
+    return Owner().ToTwips(ideal.cx) + kCaptionPadding;
 }
 
 void Button::OnCommand(WORD code)
@@ -195,7 +199,7 @@ TextBox::TextBox(Form& form, const TwipRect& place, DWORD style, std::function<v
 
 std::wstring TextBox::Text() const
 {
-    return TextOf(Window());
+    return WindowText(Window());
 }
 
 void TextBox::Select(int first, int last)
@@ -424,7 +428,7 @@ void DropDownList::FitList(const std::wstring& line)
     SIZE size{};
     const MeasuringDevice device(*this);
     GetTextExtentPoint32W(device, line.c_str(), static_cast<int>(line.size()), &size);
-    const LRESULT wanted = size.cx + GetSystemMetrics(SM_CXVSCROLL) + 8;
+    const LRESULT wanted = size.cx + GetSystemMetrics(SM_CXVSCROLL) + kLinePadding;
     if (wanted > Send(CB_GETDROPPEDWIDTH)) Send(CB_SETDROPPEDWIDTH, static_cast<WPARAM>(wanted));
 }
 

@@ -20,6 +20,8 @@ public:
     void Enable(bool enabled);
     void SetVisible(bool visible);
     void Focus();
+    // Makes it the last one of the form for the tab key, whenever it was made.
+    void PlaceLast() noexcept;
     // What screen readers call the control, where no label says it (IAccPropServices).
     void SetAccessibleName(const std::wstring& name);
     // The colour of its text; system colours as GetSysColor counts them with the high bit set.

@@ -7,7 +7,6 @@
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
 #include "gui/Controls.h"
-#include "gui/guifn.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -21,7 +20,6 @@ constexpr size_t kSpareFonts = 8;
 
 constexpr UINT kPosted = WM_APP;
 
-constexpr int kScrollLine = 32; // pixels
 // Pixels per inch of the window's monitor; of the whole system before Windows 10.
 int ResolutionOf(HWND window) noexcept
 {
@@ -182,38 +180,7 @@ void Form::OnActivate()
     if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
     if (!lastFocus_) return; // a form may have nothing to focus
     SetFocus(lastFocus_);
-    if (const Control* control = FindControl(lastFocus_)) ScrollIntoView(*control);
-}
-
-bool Form::OnKeyDown(WPARAM)
-{
-    return false;
-}
-
-void Form::OnMouseDown(HWND) {}
-
-void Form::OnFocusMoved(Control& control)
-{
-    ScrollIntoView(control);
-}
-
-void Form::OnPosted(WPARAM) {}
-
-void Form::OnResize(TwipSize) {}
-
-TwipSize Form::MinimumSize() const
-{
-    return {0, 0};
-}
-
-TwipSize Form::MaximumSize() const
-{
-    return {0, 0};
-}
-
-void Form::OnClose()
-{
-    Unload();
+    if (const Control* control = FindControl(lastFocus_)) Reveal(*control);
 }
 
 Form* Form::FromWindow(HWND window) noexcept
@@ -227,14 +194,7 @@ bool Form::PreviewMessage(MSG& message)
     Form* form = FromWindow(GetAncestor(message.hwnd, GA_ROOT));
     if (!form) return false;
     const std::shared_ptr<Form> alive = form->weak_from_this().lock();
-    if (message.message == WM_KEYDOWN && form->keyPreview_) {
-        const bool usedUp = form->OnKeyDown(message.wParam);
-        if (usedUp || form->Closed()) return true;
-    }
-    if (message.message == WM_LBUTTONDOWN) {
-        form->OnMouseDown(message.hwnd);
-        if (form->Closed()) return true;
-    }
+    if (form->OnPreview(message) || form->Closed()) return true;
     if (message.message == WM_CHAR) {
         Control* control = form->FindControl(message.hwnd);
         if (control && control->OnCharacter(static_cast<wchar_t>(message.wParam))) return true;
@@ -294,11 +254,6 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_SIZE:
         if (wParam == SIZE_MINIMIZED) return 0;
         OnResize(OuterSize());
-        FitScrollBar();
-        return 0;
-    case WM_VSCROLL: Scroll(LOWORD(wParam)); return 0;
-    case WM_MOUSEWHEEL:
-        ScrollTo(scrolled_ - GET_WHEEL_DELTA_WPARAM(wParam) * 3 * kScrollLine / WHEEL_DELTA);
         return 0;
     case kPosted: OnPosted(wParam); return 0;
     case WM_WINDOWPOSCHANGING: // the platform would keep to the limits
@@ -332,7 +287,7 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
         return brush;
     }
     case WM_CLOSE: OnClose(); return 0;
-    default: OnMessage(message); return DefWindowProcW(window_, message, wParam, lParam);
+    default: return DefWindowProcW(window_, message, wParam, lParam);
     }
 }
 
@@ -353,80 +308,26 @@ void Form::LimitSize(MINMAXINFO& limits) const
     if (maximum.height > 0) limits.ptMaxTrackSize.y = ToPixels(maximum.height);
 }
 
+void Form::Place(const Control& control)
+{
+    const TwipRect& place = control.Place();
+    const int left = ToPixels(place.left);
+    const int top = ToPixels(place.top);
+    // Drawn anew as a whole: text that wraps looks different at each width.
+    SetWindowPos(control.Window(), nullptr, left, top - Scrolled(),
+                 ToPixels(place.left + place.width) - left,
+                 ToPixels(place.top + place.height) - top,
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+}
+
 void Form::SetFirstFocus(const Control& control)
 {
     lastFocus_ = control.Window();
 }
 
-void Form::SetContentHeight(float height)
-{
-    contentHeight_ = height;
-    FitScrollBar();
-}
-
 void Form::PostTo(HWND form, WPARAM value) noexcept
 {
     PostMessageW(form, kPosted, value, 0);
-}
-
-void Form::FitScrollBar()
-{
-    if (contentHeight_ == 0) return;
-    RECT inner{};
-    GetClientRect(window_, &inner);
-    SCROLLINFO bar{};
-    bar.cbSize = sizeof bar;
-    bar.fMask = SIF_RANGE | SIF_PAGE;
-    bar.nMax = ToPixels(contentHeight_) - 1;
-    bar.nPage = static_cast<UINT>(inner.bottom);
-    SetScrollInfo(window_, SB_VERT, &bar, TRUE); // shown when the content is higher than the page
-    ScrollTo(scrolled_);
-}
-
-void Form::Scroll(WORD request)
-{
-    SCROLLINFO bar{};
-    bar.cbSize = sizeof bar;
-    bar.fMask = SIF_ALL;
-    GetScrollInfo(window_, SB_VERT, &bar);
-    const auto page = static_cast<int>(bar.nPage);
-    switch (request) {
-    case SB_LINEUP: return ScrollTo(scrolled_ - kScrollLine);
-    case SB_LINEDOWN: return ScrollTo(scrolled_ + kScrollLine);
-    case SB_PAGEUP: return ScrollTo(scrolled_ - page);
-    case SB_PAGEDOWN: return ScrollTo(scrolled_ + page);
-    case SB_TOP: return ScrollTo(0);
-    case SB_BOTTOM: return ScrollTo(bar.nMax);
-    case SB_THUMBTRACK:
-    case SB_THUMBPOSITION: return ScrollTo(bar.nTrackPos);
-    default: break;
-    }
-}
-
-void Form::ScrollTo(int top)
-{
-    RECT inner{};
-    GetClientRect(window_, &inner);
-    top =
-        std::clamp(top, 0, std::max(0, ToPixels(contentHeight_) - static_cast<int>(inner.bottom)));
-    if (top == scrolled_) return;
-    const int distance = scrolled_ - top;
-    scrolled_ = top;
-    SetScrollPos(window_, SB_VERT, top, TRUE);
-    ScrollWindowEx(window_, 0, distance, nullptr, nullptr, nullptr, nullptr,
-                   SW_SCROLLCHILDREN | SW_INVALIDATE | SW_ERASE);
-}
-
-void Form::ScrollIntoView(const Control& control)
-{
-    RECT inner{};
-    GetClientRect(window_, &inner);
-    const int top = ToPixels(control.Place().top) - kScrollLine;
-    const int bottom = ToPixels(control.Place().top + control.Place().height) + kScrollLine;
-    if (top < scrolled_)
-        ScrollTo(top);
-    else if (bottom > scrolled_ + inner.bottom)
-        ScrollTo(bottom - inner.bottom);
 }
 
 void Form::ChangeResolution(WPARAM resolution, const RECT& suggested)

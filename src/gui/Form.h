@@ -44,6 +44,9 @@ struct FontSpec {
     bool operator==(const FontSpec&) const = default;
 };
 
+// The font that forms are designed with.
+inline const FontSpec kDesignFont{L"MS Shell Dlg 2", 9};
+
 class Form : public std::enable_shared_from_this<Form> {
 public:
     // A caption with a close box; the user can size the window, or cannot.
@@ -69,15 +72,8 @@ public:
     const FontSpec& CurrentFont() const noexcept { return font_; }
     void SetFont(const FontSpec& font);
 
-    // True: OnKeyDown sees every key before the control that has the focus.
-    void SetKeyPreview(bool preview) noexcept { keyPreview_ = preview; }
-
     // The control that has the focus when the window is first active; without it, the first one.
     void SetFirstFocus(const Control& control);
-
-    // The height in twips that the controls take. A window that is lower gets a scroll bar, and
-    // follows the focus.
-    void SetContentHeight(float height);
 
     // Has OnPosted called with this value, once the messages before are done. Any thread may ask.
     static void PostTo(HWND form, WPARAM value) noexcept;
@@ -107,29 +103,34 @@ protected:
     // The place stays; the window is not activated.
     void SetOuterSize(TwipSize outer);
 
+    // Places a control's window where the control is.
+    void Place(const Control& control);
+
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
-    // A key went down, with key preview on; true when it is used up.
-    virtual bool OnKeyDown(WPARAM key);
-    // A mouse button went down on the window or on one of its controls.
-    virtual void OnMouseDown(HWND target);
+    // A posted message for the window or one of its controls, such as a key; true when it is done.
+    virtual bool OnPreview(const MSG&) { return false; }
     // A key has moved the focus to this control.
-    virtual void OnFocusMoved(Control& control);
+    virtual void OnFocusMoved(Control& control) { Reveal(control); }
+    // The control has got the focus; a form that scrolls brings it into view.
+    virtual void Reveal(const Control&) {}
     // PostTo has asked for it.
-    virtual void OnPosted(WPARAM value);
+    virtual void OnPosted(WPARAM) {}
     // The outer size has changed; controls are to be placed.
-    virtual void OnResize(TwipSize outer);
+    virtual void OnResize(TwipSize) {}
     // The user cannot make the window smaller.
-    virtual TwipSize MinimumSize() const;
+    virtual TwipSize MinimumSize() const { return {0, 0}; }
     // Nor larger; 0 is no limit.
-    virtual TwipSize MaximumSize() const;
+    virtual TwipSize MaximumSize() const { return {0, 0}; }
     // True: the limits are for the user's mouse only, and OnResize sets other sizes back. A window
     // manager has changed the size already when it is heard of.
     virtual bool SetsSizeBack() const { return false; }
     // The close box was used.
-    virtual void OnClose();
-    // Any other message; the platform handles it afterwards.
-    virtual void OnMessage(UINT) {}
+    virtual void OnClose() { Unload(); }
+    // A message of the window; what the form does not know goes on to the platform.
+    virtual LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    // Pixels of the content above the window.
+    virtual int Scrolled() const noexcept { return 0; }
 
 private:
     friend class Control;
@@ -140,16 +141,11 @@ private:
     static Form* FromWindow(HWND window) noexcept;
     static bool PreviewMessage(MSG& message);
 
-    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
     Control* FindControl(HWND window) const noexcept;
     void LimitSize(MINMAXINFO& limits) const;
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
     HFONT FontHandle(const FontSpec& font); // null when there is no such font to be had
     bool InUse(const FontSpec& font) const noexcept;
-    void FitScrollBar();
-    void Scroll(WORD request);
-    void ScrollTo(int top);
-    void ScrollIntoView(const Control& control);
 
     HWND window_ = nullptr;
     int resolution_ = 96; // pixels per inch
@@ -157,9 +153,6 @@ private:
     std::vector<std::pair<FontSpec, Font>> fonts_;
     std::vector<Control*> controls_; // in the order of the tab key
     HWND lastFocus_ = nullptr;
-    bool keyPreview_ = false;
-    float contentHeight_ = 0;    // twips; 0: no more than the window shows
-    int scrolled_ = 0;           // pixels of the content above the window
     std::exception_ptr failure_; // what a handler has thrown
 };
 

@@ -27,7 +27,7 @@ size_t BeginOfLine(const std::wstring& text, size_t end) noexcept
 } // namespace
 
 OutputLabel::OutputLabel(Form& form, const TwipRect& place)
-    : Label(form, place), PacedHook(Control::Window())
+    : Label(form, place), PacedDisplay(Control::Window())
 {
 }
 
@@ -130,7 +130,7 @@ void OutputLabel::Draw(HDC target) const
 }
 
 OutputBox::OutputBox(Form& form, const TwipRect& place)
-    : TextBox(form, place, ES_MULTILINE | ES_READONLY | WS_VSCROLL), PacedHook(Control::Window())
+    : TextBox(form, place, ES_MULTILINE | ES_READONLY | WS_VSCROLL), PacedDisplay(Control::Window())
 {
     Send(EM_SETLIMITTEXT, 0); // as much as there can be
 }

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "gui/Controls.h"
-#include "gui/PacedHook.h"
+#include "gui/PacedDisplay.h"
 
 namespace quill {
 
@@ -15,7 +15,7 @@ inline constexpr size_t kOutputToKeep = 6 << 20;
 
 // A label that shows the end of its text: the last lines that fit, the newest at the bottom. Its
 // window text is all of it.
-class OutputLabel final : public Label, private PacedHook {
+class OutputLabel final : public Label, private PacedDisplay {
 public:
     OutputLabel(Form& form, const TwipRect& place);
 
@@ -34,7 +34,7 @@ private:
 };
 
 // A locked text box with a scroll bar, which the user can read back and copy from.
-class OutputBox final : public TextBox, private PacedHook {
+class OutputBox final : public TextBox, private PacedDisplay {
 public:
     OutputBox(Form& form, const TwipRect& place);
 

@@ -5,9 +5,6 @@
 
 namespace quill {
 
-// The font that forms are designed with.
-inline const FontSpec kDesignFont{L"MS Shell Dlg 2", 9};
-
 // Sets "Segoe UI" on the form and on its controls; sizes stay.
 void ApplyModernFont(Form& form);
 

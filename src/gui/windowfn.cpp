@@ -94,7 +94,7 @@ void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh)
     if (refresh) RefreshFrame(window);
 }
 
-std::wstring TextOf(HWND window)
+std::wstring WindowText(HWND window)
 {
     std::wstring text(static_cast<size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
     const int length = GetWindowTextW(window, text.data(), static_cast<int>(text.size()));

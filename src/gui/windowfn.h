@@ -41,7 +41,7 @@ void SetWindowStyle(HWND window, LONG style);
 void AddWindowStyle(HWND window, LONG bits, bool extended, bool refresh);
 
 // The caption of a window, the text of a control.
-std::wstring TextOf(HWND window);
+std::wstring WindowText(HWND window);
 
 // The number of a message that the shell sends under this name (RegisterWindowMessage), let through
 // to the window of a server that runs with higher rights than the shell

@@ -6,7 +6,6 @@
 
 #include "core/Automation.h"
 #include "core/Text.h"
-#include "gui/guifn.h"
 #include "gui/windowfn.h"
 #include "windows/frmWindow.h"
 

@@ -111,9 +111,10 @@ void frmProWin::OnClose()
     if (mode_ != 1 || !Press()) Unload();
 }
 
-void frmProWin::OnMessage(UINT message)
+LRESULT frmProWin::Handle(UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == taskbarButtonCreated_) owner_.OnTaskbarButton();
+    return Form::Handle(message, wParam, lParam);
 }
 
 } // namespace quill

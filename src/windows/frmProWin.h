@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "gui/Controls.h"
-#include "gui/PacedHook.h"
+#include "gui/PacedDisplay.h"
 #include "gui/windowfn.h"
 
 namespace quill {
@@ -49,7 +49,7 @@ private:
     TwipSize MinimumSize() const override { return {kWidth, Height()}; }
     TwipSize MaximumSize() const override { return {0, Height()}; }
     void OnClose() override;
-    void OnMessage(UINT message) override;
+    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
 
     float Height() const noexcept { return mode_ == 0 ? kHeight : kHeightWithButton; }
     void Resize(TwipSize outer);

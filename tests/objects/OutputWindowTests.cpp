@@ -61,7 +61,7 @@ TEST(OutputWindow, ComesAndGoes)
         const HWND first = Handle(window);
         EXPECT_TRUE(IsWindowVisible(first));
         EXPECT_TRUE(GetWindowLongW(first, GWL_EXSTYLE) & WS_EX_TOPMOST);
-        EXPECT_EQ(TextOf(first), std::wstring(256, L't'));
+        EXPECT_EQ(WindowText(first), std::wstring(256, L't'));
         window.Call(L"Create", L"again");
         EXPECT_EQ(Handle(window), first) << "it is there already";
 
@@ -69,7 +69,7 @@ TEST(OutputWindow, ComesAndGoes)
         EXPECT_EQ(Desk::ClassOf(control), kind.control);
         window.Call(L"WriteLine", std::wstring(L"a\0b", 3));
         window.Call(L"WriteLine", std::wstring(5000, L'x'));
-        EXPECT_EQ(TextOf(control), L"a b\r\n" + std::wstring(4096, L'x') + L"\r\n");
+        EXPECT_EQ(WindowText(control), L"a b\r\n" + std::wstring(4096, L'x') + L"\r\n");
 
         SendMessageW(first, WM_CLOSE, 0, 0); // by its close box
         EXPECT_FALSE(IsWindow(first));
@@ -77,8 +77,8 @@ TEST(OutputWindow, ComesAndGoes)
         window.Call(L"WriteLine", L"nowhere");
         window.Put(L"WriteSize", 12);
         window.Call(L"Create");
-        EXPECT_EQ(TextOf(Control(window)), L"") << "a new window is empty";
-        EXPECT_EQ(TextOf(Handle(window)), std::wstring(256, L't'));
+        EXPECT_EQ(WindowText(Control(window)), L"") << "a new window is empty";
+        EXPECT_EQ(WindowText(Handle(window)), std::wstring(256, L't'));
         const HWND second = Handle(window);
         window.Release();
         EXPECT_FALSE(IsWindow(second));
@@ -130,7 +130,7 @@ TEST(OutputWindow, TheTextFillsTheWindow)
         EXPECT_NEAR(text.bottom - text.top, inner.bottom - 280 / 15, 1);
         ResizeWindow(Handle(window), 1, 1);
         window.Call(L"WriteLine", L"no room");
-        EXPECT_EQ(TextOf(Control(window)), L"no room\r\n");
+        EXPECT_EQ(WindowText(Control(window)), L"no room\r\n");
     }
 }
 
@@ -184,7 +184,7 @@ TEST(OutputWindow, TheBoxKeepsWhatTheUserReads)
     EXPECT_EQ(top(), end);
 
     write(10'000);
-    EXPECT_GT(TextOf(box).size(), 65'536U);
+    EXPECT_GT(WindowText(box).size(), 65'536U);
 }
 
 // What a script writes for hours goes from the front, by whole lines.
@@ -196,7 +196,7 @@ TEST(OutputWindow, TheOldestTextGoes)
     for (size_t count = 0; count <= kMostOutput / line.size(); ++count)
         window.Call(L"WriteLine", line);
     window.Call(L"WriteLine", L"last");
-    const std::wstring text = TextOf(Control(window));
+    const std::wstring text = WindowText(Control(window));
     EXPECT_LT(text.size(), kMostOutput);
     EXPECT_GE(text.size(), kOutputToKeep - line.size());
     EXPECT_TRUE(text.ends_with(L"l\r\nlast\r\n"));

@@ -3,7 +3,7 @@
 #include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "gui/Controls.h"
-#include "gui/ModalDialog.h"
+#include "gui/DialogWatch.h"
 #include "gui/guifn.h"
 #include "gui/windowfn.h"
 #include "support/Robot.h"
@@ -93,7 +93,7 @@ TEST_F(ForegroundTest, IsHandedOnAfterADialog)
     form_.Unload();
     EXPECT_EQ(allowed, std::vector{ASFW_ANY});
     { // the platform's own dialogs
-        const ModalDialog dialog([] { return false; });
+        const DialogWatch dialog([] { return false; });
         EXPECT_EQ(allowed.size(), 1U);
     }
     EXPECT_EQ(allowed, std::vector(2, ASFW_ANY));

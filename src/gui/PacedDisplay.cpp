@@ -1,4 +1,4 @@
-#include "gui/PacedHook.h"
+#include "gui/PacedDisplay.h"
 
 #include <algorithm>
 
@@ -18,17 +18,17 @@ constexpr ULONGLONG kRest = 20;
 
 } // namespace
 
-PacedHook::PacedHook(HWND window) : window_(window)
+PacedDisplay::PacedDisplay(HWND window) : window_(window)
 {
     if (!InstallHook(window, this, Procedure)) RaiseLastError();
 }
 
-PacedHook::~PacedHook()
+PacedDisplay::~PacedDisplay()
 {
     if (window_) RemoveHook(window_, this, Procedure);
 }
 
-void PacedHook::Changed()
+void PacedDisplay::Changed()
 {
     if (waiting_) return;
     const ULONGLONG now = GetTickCount64();
@@ -37,7 +37,7 @@ void PacedHook::Changed()
     if (!waiting_) ShowNow();
 }
 
-void PacedHook::ShowNow()
+void PacedDisplay::ShowNow()
 {
     const ULONGLONG begin = GetTickCount64();
     nextAt_ = begin + kPauseMilliseconds; // for a Show that puts itself off
@@ -46,10 +46,10 @@ void PacedHook::ShowNow()
     nextAt_ = end + std::max(kPauseMilliseconds, kRest * (end - begin));
 }
 
-LRESULT CALLBACK PacedHook::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                      UINT_PTR self, DWORD_PTR) noexcept
+LRESULT CALLBACK PacedDisplay::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
+                                         UINT_PTR self, DWORD_PTR) noexcept
 {
-    auto* output = reinterpret_cast<PacedHook*>(self);
+    auto* output = reinterpret_cast<PacedDisplay*>(self);
     try {
         LRESULT result = 0;
         if (message == WM_NCDESTROY) {

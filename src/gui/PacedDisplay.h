@@ -8,14 +8,14 @@ namespace quill {
 
 // A first look at the messages of a native control, and a clock for when to show what has changed:
 // at once after a pause, else as soon as the pause is over.
-class PacedHook {
+class PacedDisplay {
 public:
-    PacedHook(const PacedHook&) = delete;
-    PacedHook& operator=(const PacedHook&) = delete;
+    PacedDisplay(const PacedDisplay&) = delete;
+    PacedDisplay& operator=(const PacedDisplay&) = delete;
 
 protected:
-    explicit PacedHook(HWND window);
-    ~PacedHook();
+    explicit PacedDisplay(HWND window);
+    ~PacedDisplay();
 
     // Calls Show, now or soon.
     void Changed();
@@ -37,9 +37,9 @@ private:
 };
 
 // Paces the drawing of a native control, whatever makes it draw itself.
-class PacedPainting final : private PacedHook {
+class PacedPainting final : private PacedDisplay {
 public:
-    explicit PacedPainting(HWND window) : PacedHook(window), painted_(window) {}
+    explicit PacedPainting(HWND window) : PacedDisplay(window), painted_(window) {}
 
 private:
     void Show() override;

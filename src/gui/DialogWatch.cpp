@@ -1,4 +1,4 @@
-#include "gui/ModalDialog.h"
+#include "gui/DialogWatch.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr UINT kLookMilliseconds = 55;
 
-thread_local ModalDialog* innermost = nullptr;
+thread_local DialogWatch* innermost = nullptr;
 
 bool IsVisibleDialog(HWND window) noexcept
 {
@@ -40,34 +40,31 @@ std::vector<HWND> DialogsOfThread() noexcept
 
 } // namespace
 
-ModalDialog::ModalDialog(std::function<bool()> abandoned, Front front)
-    : abandoned_(std::move(abandoned)), inFront_(front == Front::Leave), outer_(innermost),
+DialogWatch::DialogWatch(std::function<bool()> abandoned, Front front)
+    : abandoned_(std::move(abandoned)), toRaise_(front == Front::Bring), outer_(innermost),
       timer_(StartTimer(kLookMilliseconds, reinterpret_cast<void*>(OnTimer))),
       earlier_(DialogsOfThread())
 {
     innermost = this;
 }
 
-ModalDialog::~ModalDialog()
+DialogWatch::~DialogWatch()
 {
     innermost = outer_;
     StopTimer(timer_);
     HandForegroundOn(); // the last input was the dialog's
 }
 
-void CALLBACK ModalDialog::OnTimer(HWND, UINT, UINT_PTR, DWORD) noexcept
+void CALLBACK DialogWatch::OnTimer(HWND, UINT, UINT_PTR, DWORD) noexcept
 {
     if (innermost) innermost->Look();
 }
 
-void ModalDialog::Look() noexcept
+void DialogWatch::Look() noexcept
 {
     const HWND dialog = FindDialog();
     if (!dialog) return;
-    if (!inFront_) {
-        inFront_ = true;
-        BringToFront(dialog, false);
-    }
+    if (std::exchange(toRaise_, false)) BringToFront(dialog, false);
     if (!abandoned_()) return;
     // Cancelled as a user would; one that cannot be cancelled is ended.
     if (std::exchange(asked_, true))
@@ -76,7 +73,7 @@ void ModalDialog::Look() noexcept
         PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
 }
 
-HWND ModalDialog::FindDialog() const noexcept
+HWND DialogWatch::FindDialog() const noexcept
 {
     for (HWND dialog : DialogsOfThread())
         if (std::find(earlier_.begin(), earlier_.end(), dialog) == earlier_.end()) return dialog;
