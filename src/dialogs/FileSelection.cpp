@@ -2,6 +2,8 @@
 
 #include <cderr.h>
 
+#include <algorithm>
+
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/Text.h"
@@ -16,7 +18,7 @@ constexpr PublishedError kInvalidDialogMode{ErrorNumber(0x80040353),
                                             L"Mode parameter: Invalid argument."};
 
 constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
-// Behind the room that the dialog is told of: not every implementation keeps to it.
+// Spare room behind what the dialog knows of: not every implementation keeps to that.
 constexpr size_t kSpareUnits = 65536;
 constexpr LONG kCancelled = -1; // ErrorCode when the user chose nothing
 
@@ -73,7 +75,7 @@ BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save)
 
 void FileSelection::SetFilterText(const std::wstring& text)
 {
-    filter_ = convert_ ? LineBreaksToNuls(text) + L'\0' : text;
+    properties_.filter = properties_.convert ? LineBreaksToNuls(text) + L'\0' : text;
 }
 
 void FileSelection::SetFilter(VARIANT& filter)
@@ -84,7 +86,7 @@ void FileSelection::SetFilter(VARIANT& filter)
         std::wstring list;
         for (const Variant& element : ElementsOf(*array, SIZE_MAX))
             list.append(ToText(element)).push_back(L'\0');
-        filter_ = list + L'\0';
+        properties_.filter = list + L'\0';
         return;
     }
     const Variant text = Variant::Dereferenced(filter);
@@ -95,7 +97,7 @@ void FileSelection::SetFilter(VARIANT& filter)
 size_t FileSelection::BufferUnits(SHORT mode) const
 {
     if (mode != kOpenSeveral) return kPathUnits;
-    const LONG names = fileNumber_ < 2 ? 20 : std::min(fileNumber_, 128L);
+    const LONG names = properties_.fileNumber < 2 ? 20 : std::min(properties_.fileNumber, 128L);
     return static_cast<size_t>(names) * kPathUnits;
 }
 
@@ -106,30 +108,31 @@ LONG FileSelection::Dialog(SHORT mode)
         return 0;
     }
     const size_t units = BufferUnits(mode);
-    if (fileName_.size() > units) RaiseRuntimeError(RuntimeError::InvalidCall);
-    std::wstring path = fileName_;
+    if (properties_.fileName.size() > units) RaiseRuntimeError(RuntimeError::InvalidCall);
+    std::wstring path = properties_.fileName;
     path.resize(units + kSpareUnits); // a name that fills its room still has an end
     std::wstring nameTitle(kPathUnits, L'\0');
-    // Calls that come in while the dialog is open may change the properties. A filter that was not
-    // ended is ended here.
-    const std::wstring filter = filter_ + std::wstring(2, L'\0');
-    const std::wstring directory = IsDevice(directory_) ? L"" : directory_;
+    Properties shown = properties_;
+    shown.filter.append(2, L'\0'); // ends a filter that was not ended
+    if (IsDevice(shown.directory)) shown.directory.clear();
     // One that is longer than a path fits no name, and Wine's dialog overruns its buffer with it.
-    const std::wstring extension = fileExtension_.size() < kPathUnits ? fileExtension_ : L"";
-    const std::wstring title = dlgTitle_;
+    if (shown.fileExtension.size() >= kPathUnits) shown.fileExtension.clear();
+    const auto orNull = [](const std::wstring& text) {
+        return text.empty() ? nullptr : text.c_str();
+    };
 
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof dialog;
     static_assert(sizeof dialog == 88);
-    dialog.lpstrFilter = filter_.empty() ? nullptr : filter.c_str();
+    dialog.lpstrFilter = properties_.filter.empty() ? nullptr : shown.filter.c_str();
     dialog.lpstrFile = path.data();
     dialog.nMaxFile = static_cast<DWORD>(units);
     dialog.lpstrFileTitle = nameTitle.data();
     dialog.nMaxFileTitle = kPathUnits;
-    dialog.lpstrInitialDir = directory.c_str();
-    dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
+    dialog.lpstrInitialDir = shown.directory.c_str();
+    dialog.lpstrTitle = orNull(shown.dlgTitle);
     dialog.Flags = FlagsOf(mode);
-    dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
+    dialog.lpstrDefExt = orNull(shown.fileExtension);
 
     const DialogWatch company([this] { return ClientsGone(); });
     const std::wstring& home = HomeFolder(); // before the dialog changes it
@@ -151,8 +154,8 @@ LONG FileSelection::Dialog(SHORT mode)
 
 LONG FileSelection::TakeOne(const std::wstring& path, size_t nameOffset)
 {
-    directory_ = WithTrailingBackslash(path.substr(0, nameOffset));
-    fileName_ = path.substr(std::min(nameOffset, path.size()));
+    properties_.directory = WithTrailingBackslash(path.substr(0, nameOffset));
+    properties_.fileName = path.substr(std::min(nameOffset, path.size()));
     return 1;
 }
 
@@ -165,10 +168,10 @@ LONG FileSelection::TakeSeveral(const std::wstring& buffer, size_t nameOffset)
         errorCode_ = FNERR_BUFFERTOOSMALL;
         return 0;
     }
-    directory_ = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
-    fileName_ = buffer.substr(nameOffset, end + 1 - nameOffset);
-    const auto count = std::count(fileName_.begin(), fileName_.end(), L'\0');
-    if (convert_) fileName_ = NulsToLineBreaks(fileName_);
+    properties_.directory = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
+    properties_.fileName = buffer.substr(nameOffset, end + 1 - nameOffset);
+    const auto count = std::count(properties_.fileName.begin(), properties_.fileName.end(), L'\0');
+    if (properties_.convert) properties_.fileName = NulsToLineBreaks(properties_.fileName);
     return static_cast<LONG>(count);
 }
 

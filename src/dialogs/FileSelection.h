@@ -1,6 +1,9 @@
 // Quill.FileSelection: the system's dialogs that open and save files.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "core/Automation.h"
 #include "core/ErrorLevel.h"
 
@@ -8,22 +11,29 @@
 
 namespace quill {
 
-// An invalid mode raises as ErrorLevel says; what goes wrong in the dialog is told by ErrorCode.
+// An invalid mode raises as ErrorLevel says; ErrorCode reports what goes wrong in the dialog.
 class FileSelection final : public WithErrorLevel<Automation<_FileSelection>> {
 public:
-    STORED_PROPERTY(BSTR, Directory, directory_)
-    STORED_PROPERTY(BSTR, DlgTitle, dlgTitle_)
-    STORED_PROPERTY(BSTR, FileName, fileName_)
-    STORED_PROPERTY(BSTR, FileExtension, fileExtension_)
-    PROPERTY_SET_BY(BSTR, Filter, filter_, FileSelection::SetFilterText)
-    STORED_PROPERTY(LONG, FileNumber, fileNumber_)
-    STORED_PROPERTY(VARIANT_BOOL, Convert, convert_)
+    STORED_PROPERTY(BSTR, Directory, properties_.directory)
+    STORED_PROPERTY(BSTR, DlgTitle, properties_.dlgTitle)
+    STORED_PROPERTY(BSTR, FileName, properties_.fileName)
+    STORED_PROPERTY(BSTR, FileExtension, properties_.fileExtension)
+    PROPERTY_SET_BY(BSTR, Filter, properties_.filter, FileSelection::SetFilterText)
+    STORED_PROPERTY(LONG, FileNumber, properties_.fileNumber)
+    STORED_PROPERTY(VARIANT_BOOL, Convert, properties_.convert)
     READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     METHOD(LONG, Dialog, (SHORT mode), mode)
     ACTION(SetFilter, (VARIANT * f), f)
 
 private:
     enum Mode : SHORT { kOpen, kSave, kOpenSeveral };
+
+    // The dialog shows a copy, since calls that arrive meanwhile may change them.
+    struct Properties {
+        std::wstring directory, dlgTitle, fileName, fileExtension, filter;
+        LONG fileNumber = 0;
+        bool convert = false;
+    };
 
     LONG Dialog(SHORT mode);
     void SetFilterText(const std::wstring& text);
@@ -32,13 +42,7 @@ private:
     LONG TakeOne(const std::wstring& path, size_t nameOffset);
     LONG TakeSeveral(const std::wstring& buffer, size_t nameOffset);
 
-    std::wstring directory_;
-    std::wstring dlgTitle_;
-    std::wstring fileName_;
-    std::wstring fileExtension_;
-    std::wstring filter_;
-    LONG fileNumber_ = 0;
-    bool convert_ = false;
+    Properties properties_;
     LONG errorCode_ = 0;
 };
 

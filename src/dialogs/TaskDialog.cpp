@@ -50,20 +50,21 @@ SHORT TaskDialog::Show(const std::wstring& prompt, LONG buttons, const std::wstr
     return Guarded([&] {
         // One argument can carry both texts, with a NUL between them.
         const size_t nul = prompt.find(L'\0');
-        const std::wstring instruction = prompt.empty() ? text_ : prompt.substr(0, nul);
-        std::wstring content = prompt.empty() ? subText_ : std::wstring();
+        const std::wstring instruction = prompt.empty() ? properties_.text : prompt.substr(0, nul);
+        std::wstring content = prompt.empty() ? properties_.subText : std::wstring();
         if (nul != std::wstring::npos) content = prompt.substr(nul + 1);
-        const std::wstring caption = title.empty() ? title_ : title.substr(0, kTitleLimit);
-        const auto shown = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(
-            buttons == kButtonsProperty ? buttons_ : buttons);
+        const std::wstring caption =
+            title.empty() ? properties_.title : title.substr(0, kTitleLimit);
+        const auto common = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(
+            buttons == kButtonsProperty ? properties_.buttons : buttons);
 
         const IconModule module = FindIcon();
-        const IconName icon = mainIconShown_; // calls that come in meanwhile may change it
+        const IconName icon = properties_.mainIconShown; // a copy, for the time of the wait
         const auto& show = Seam<TaskDialogFunctions>().show;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
         int pressed = 0;
         const HRESULT result = show(nullptr, module.get(), caption.c_str(), instruction.c_str(),
-                                    NullIfEmpty(content), shown, icon.Pointer(), &pressed);
+                                    NullIfEmpty(content), common, icon.Pointer(), &pressed);
         return Finish(result, pressed);
     });
 }
@@ -71,43 +72,38 @@ SHORT TaskDialog::Show(const std::wstring& prompt, LONG buttons, const std::wstr
 SHORT TaskDialog::ShowEx()
 {
     return Guarded([&] {
-        LONG flags = options_;
-        if (customButtonStyle_ == 1) flags |= TDF_USE_COMMAND_LINKS;
-        if (customButtonStyle_ == 2) flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
-        if (radioButtonSelected_ == 0) flags |= TDF_NO_DEFAULT_RADIO_BUTTON;
-        if (verificationChecked_) flags |= TDF_VERIFICATION_FLAG_CHECKED;
+        LONG flags = properties_.options;
+        if (properties_.customButtonStyle == 1) flags |= TDF_USE_COMMAND_LINKS;
+        if (properties_.customButtonStyle == 2) flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
+        if (properties_.radioButtonSelected == 0) flags |= TDF_NO_DEFAULT_RADIO_BUTTON;
+        if (properties_.verificationChecked) flags |= TDF_VERIFICATION_FLAG_CHECKED;
 
         const IconModule module = FindIcons();
         const ButtonList buttons = MakeButtons(customButtons_, kFirstCustomButton);
         const ButtonList radioButtons = MakeButtons(radioButtons_, kFirstRadioButton);
-        // Calls that come in while the dialog is open may change the properties.
-        const std::array<std::wstring, 8> texts{
-            title_,         text_,          subText_,    expandText_,
-            expandLabelEx_, expandLabelCo_, footerText_, verificationLabel_};
-        const IconName mainIcon = mainIconShown_;
-        const IconName footerIcon = footerIconShown_;
+        const Properties shown = properties_;
 
         TASKDIALOGCONFIG config{};
         config.cbSize = sizeof config;
         config.hInstance = module.get();
         config.dwFlags = static_cast<TASKDIALOG_FLAGS>(flags);
-        config.dwCommonButtons = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(buttons_);
-        config.pszMainIcon = mainIcon.Pointer();
-        config.pszFooterIcon = footerIcon.Pointer();
-        config.pszWindowTitle = texts[0].c_str();
-        config.pszMainInstruction = texts[1].c_str();
-        config.pszContent = texts[2].c_str();
-        config.pszExpandedInformation = NullIfEmpty(texts[3]);
-        config.pszExpandedControlText = NullIfEmpty(texts[4]);
-        config.pszCollapsedControlText = NullIfEmpty(texts[5]);
-        config.pszFooter = NullIfEmpty(texts[6]);
-        config.pszVerificationText = NullIfEmpty(texts[7]);
+        config.dwCommonButtons = static_cast<TASKDIALOG_COMMON_BUTTON_FLAGS>(shown.buttons);
+        config.pszMainIcon = shown.mainIconShown.Pointer();
+        config.pszFooterIcon = shown.footerIconShown.Pointer();
+        config.pszWindowTitle = shown.title.c_str();
+        config.pszMainInstruction = shown.text.c_str();
+        config.pszContent = shown.subText.c_str();
+        config.pszExpandedInformation = NullIfEmpty(shown.expandText);
+        config.pszExpandedControlText = NullIfEmpty(shown.expandLabelEx);
+        config.pszCollapsedControlText = NullIfEmpty(shown.expandLabelCo);
+        config.pszFooter = NullIfEmpty(shown.footerText);
+        config.pszVerificationText = NullIfEmpty(shown.verificationLabel);
         config.cButtons = static_cast<UINT>(buttons.records.size());
         config.pButtons = buttons.records.data();
-        config.nDefaultButton = defaultButton_;
+        config.nDefaultButton = shown.defaultButton;
         config.cRadioButtons = static_cast<UINT>(radioButtons.records.size());
         config.pRadioButtons = radioButtons.records.data();
-        config.nDefaultRadioButton = radioButtonSelected_;
+        config.nDefaultRadioButton = shown.radioButtonSelected;
 
         const auto& show = Seam<TaskDialogFunctions>().showIndirect;
         if (!show) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
@@ -116,8 +112,8 @@ SHORT TaskDialog::ShowEx()
         BOOL checked = FALSE;
         const HRESULT result = show(&config, &pressed, &radioButton, &checked);
         if (result == S_OK && pressed != 0) {
-            radioButtonSelected_ = radioButton;
-            verificationChecked_ = checked != FALSE;
+            properties_.radioButtonSelected = radioButton;
+            properties_.verificationChecked = checked != FALSE;
         }
         return Finish(result, pressed);
     });
@@ -126,14 +122,14 @@ SHORT TaskDialog::ShowEx()
 // The icon of Show; the module it comes from stays loaded until the dialog is closed.
 IconModule TaskDialog::FindIcon()
 {
-    mainIconShown_ = {};
-    if (iconResFile_.empty()) {
-        mainIconShown_.number = LOWORD(icon_);
+    properties_.mainIconShown = {};
+    if (properties_.iconResFile.empty()) {
+        properties_.mainIconShown.number = LOWORD(properties_.icon);
         return nullptr;
     }
-    if (iconResId_.empty()) return nullptr;
-    IconModule module = LoadIconModule(iconResFile_);
-    if (module) mainIconShown_ = ParseIconName(iconResId_);
+    if (properties_.iconResId.empty()) return nullptr;
+    IconModule module = LoadIconModule(properties_.iconResFile);
+    if (module) properties_.mainIconShown = ParseIconName(properties_.iconResId);
     return module;
 }
 
@@ -141,19 +137,22 @@ IconModule TaskDialog::FindIcon()
 IconModule TaskDialog::FindIcons()
 {
     const auto byNumber = [](LONG icon) { return IconName{LOWORD(icon), {}}; };
-    if (iconResFile_.empty()) {
-        mainIconShown_ = byNumber(icon_);
-        footerIconShown_ = byNumber(footerIcon_);
+    if (properties_.iconResFile.empty()) {
+        properties_.mainIconShown = byNumber(properties_.icon);
+        properties_.footerIconShown = byNumber(properties_.footerIcon);
         return nullptr;
     }
-    IconModule module = LoadIconModule(iconResFile_);
+    IconModule module = LoadIconModule(properties_.iconResFile);
     if (!module) return nullptr; // Kept as published: the icons of the last dialog stay.
-    mainIconShown_ = iconResId_.empty() ? byNumber(icon_) : ParseIconName(iconResId_);
+    properties_.mainIconShown = properties_.iconResId.empty()
+                                    ? byNumber(properties_.icon)
+                                    : ParseIconName(properties_.iconResId);
     // Kept as published: a "#" has no meaning here.
-    footerIconShown_ =
-        footerIconResId_.empty() ? byNumber(footerIcon_) : IconName{0, footerIconResId_};
+    properties_.footerIconShown = properties_.footerIconResId.empty()
+                                      ? byNumber(properties_.footerIcon)
+                                      : IconName{0, properties_.footerIconResId};
     // Without a name the numbers are the system's.
-    if (iconResId_.empty() && footerIconResId_.empty()) return nullptr;
+    if (properties_.iconResId.empty() && properties_.footerIconResId.empty()) return nullptr;
     return module;
 }
 

@@ -1,8 +1,9 @@
 // Quill.TaskDialog: the system's task dialog.
 #pragma once
 
-#include <array>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "core/Automation.h"
 #include "gui/IconModule.h"
@@ -14,27 +15,27 @@ namespace quill {
 class TaskDialog final : public Automation<_TaskDialog> {
 public:
     READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
-    STORED_PROPERTY(LONG, Buttons, buttons_)
-    STORED_PROPERTY(LONG, Icon, icon_, StockIcon)
-    STORED_PROPERTY(BSTR, IconResFile, iconResFile_)
-    STORED_PROPERTY(BSTR, IconResID, iconResId_)
-    STORED_PROPERTY(BSTR, Text, text_)
-    STORED_PROPERTY(BSTR, SubText, subText_)
-    STORED_PROPERTY(BSTR, Title, title_, CutTo<kTitleLimit>)
+    STORED_PROPERTY(LONG, Buttons, properties_.buttons)
+    STORED_PROPERTY(LONG, Icon, properties_.icon, StockIcon)
+    STORED_PROPERTY(BSTR, IconResFile, properties_.iconResFile)
+    STORED_PROPERTY(BSTR, IconResID, properties_.iconResId)
+    STORED_PROPERTY(BSTR, Text, properties_.text)
+    STORED_PROPERTY(BSTR, SubText, properties_.subText)
+    STORED_PROPERTY(BSTR, Title, properties_.title, CutTo<kTitleLimit>)
     STORED_VARIANT(CustomButtons, customButtons_)
-    STORED_PROPERTY(LONG, CustomButtonStyle, customButtonStyle_, Within<0, 2>)
-    STORED_PROPERTY(LONG, DefaultButton, defaultButton_)
-    STORED_PROPERTY(BSTR, ExpandText, expandText_)
-    STORED_PROPERTY(BSTR, ExpandLabelCo, expandLabelCo_)
-    STORED_PROPERTY(BSTR, ExpandLabelEx, expandLabelEx_)
-    STORED_PROPERTY(LONG, FooterIcon, footerIcon_, StockIcon)
-    STORED_PROPERTY(BSTR, FooterIconResID, footerIconResId_)
-    STORED_PROPERTY(BSTR, FooterText, footerText_)
-    STORED_PROPERTY(LONG, Options, options_, Masked<kOptions>)
+    STORED_PROPERTY(LONG, CustomButtonStyle, properties_.customButtonStyle, Within<0, 2>)
+    STORED_PROPERTY(LONG, DefaultButton, properties_.defaultButton)
+    STORED_PROPERTY(BSTR, ExpandText, properties_.expandText)
+    STORED_PROPERTY(BSTR, ExpandLabelCo, properties_.expandLabelCo)
+    STORED_PROPERTY(BSTR, ExpandLabelEx, properties_.expandLabelEx)
+    STORED_PROPERTY(LONG, FooterIcon, properties_.footerIcon, StockIcon)
+    STORED_PROPERTY(BSTR, FooterIconResID, properties_.footerIconResId)
+    STORED_PROPERTY(BSTR, FooterText, properties_.footerText)
+    STORED_PROPERTY(LONG, Options, properties_.options, Masked<kOptions>)
     STORED_VARIANT(RadioButtons, radioButtons_)
-    STORED_PROPERTY(LONG, RadioButtonSelected, radioButtonSelected_)
-    STORED_PROPERTY(BSTR, VerificationLabel, verificationLabel_)
-    STORED_PROPERTY(VARIANT_BOOL, VerificationChecked, verificationChecked_)
+    STORED_PROPERTY(LONG, RadioButtonSelected, properties_.radioButtonSelected)
+    STORED_PROPERTY(BSTR, VerificationLabel, properties_.verificationLabel)
+    STORED_PROPERTY(VARIANT_BOOL, VerificationChecked, properties_.verificationChecked)
     METHOD(SHORT, Show, (BSTR prompt, LONG Buttons, BSTR Title), prompt, Buttons, Title)
     METHOD(SHORT, ShowEx, ())
 
@@ -59,6 +60,25 @@ private:
         std::vector<TASKDIALOG_BUTTON> records;
     };
 
+    // What scripts set, and the icons of the last dialog. A dialog shows a copy, and a ButtonList
+    // of each kind, since calls that arrive meanwhile may change all that.
+    struct Properties {
+        LONG buttons = 0;
+        LONG icon = 0;
+        std::wstring iconResFile, iconResId;
+        std::wstring text, subText, title;
+        LONG customButtonStyle = 0;
+        LONG defaultButton = 0;
+        std::wstring expandText, expandLabelCo, expandLabelEx;
+        LONG footerIcon = 0;
+        std::wstring footerIconResId, footerText;
+        LONG options = 0;
+        LONG radioButtonSelected = 1;
+        std::wstring verificationLabel;
+        bool verificationChecked = false;
+        IconName mainIconShown, footerIconShown;
+    };
+
     SHORT Show(const std::wstring& prompt, LONG buttons, const std::wstring& title);
     SHORT ShowEx();
     template <class Body>
@@ -68,32 +88,10 @@ private:
     IconModule FindIcons();
     static ButtonList MakeButtons(const VARIANT& captions, int firstIdentifier);
 
-    LONG errorCode_ = 0;
-    LONG buttons_ = 0;
-    LONG icon_ = 0;
-    std::wstring iconResFile_;
-    std::wstring iconResId_;
-    std::wstring text_;
-    std::wstring subText_;
-    std::wstring title_;
+    Properties properties_;
     Variant customButtons_;
-    LONG customButtonStyle_ = 0;
-    LONG defaultButton_ = 0;
-    std::wstring expandText_;
-    std::wstring expandLabelCo_;
-    std::wstring expandLabelEx_;
-    LONG footerIcon_ = 0;
-    std::wstring footerIconResId_;
-    std::wstring footerText_;
-    LONG options_ = 0;
     Variant radioButtons_;
-    LONG radioButtonSelected_ = 1;
-    std::wstring verificationLabel_;
-    bool verificationChecked_ = false;
-
-    // From the last dialog.
-    IconName mainIconShown_;
-    IconName footerIconShown_;
+    LONG errorCode_ = 0;
 };
 
 // A seam: the platform's task dialogs, null where this Windows lacks them.
