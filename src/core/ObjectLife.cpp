@@ -6,7 +6,8 @@ namespace quill {
 
 namespace {
 
-// Mutable globals, as few others: objects are counted wherever they are made, with a server or without.
+// Mutable globals, of which there are few: objects are counted wherever they are made, with a
+// server or without.
 std::atomic<long> locks{0};
 std::atomic<HWND> listener{nullptr};
 std::atomic<UINT> unlockedMessage{0};
