@@ -10,7 +10,7 @@ function(quill_idl target idl)
     OUTPUT ${out}/${name}.h ${out}/${name}_i.c ${out}/${name}.tlb
     COMMAND ${CMAKE_COMMAND} -DWIDL=${WIDL} -DIDL=${idl} -DNAME=${name} -DOUT=${out} "-DRESPELL=${ARGN}"
             -P ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
-    DEPENDS ${idl} ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake
+    DEPENDS ${idl} ${PROJECT_SOURCE_DIR}/cmake/RunWidl.cmake ${PROJECT_SOURCE_DIR}/cmake/finish_library.pl
     VERBATIM)
   add_library(${target} STATIC ${out}/${name}_i.c ${out}/${name}.h ${out}/${name}.tlb)
   target_include_directories(${target} SYSTEM PUBLIC ${out})
