@@ -51,7 +51,7 @@ void CALLBACK Clock::OnTimer(Clock* self, HWND, UINT, UINT_PTR timer, DWORD) noe
     try {
         self->Fire(kBuzz);
     } catch (...) {
-        // nobody waits for the outcome
+        // There is no caller to report to.
     }
 }
 

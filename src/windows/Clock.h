@@ -12,11 +12,11 @@ public:
     ~Clock() override { Stop(); }
 
     METHOD(VARIANT_BOOL, SetTimer, (LONG milliseconds), milliseconds)
-    STDMETHODIMP RemoveTimer() noexcept override { return Call(&Clock::Stop); }
-    STDMETHODIMP get_Running(VARIANT_BOOL* value) noexcept override
+    STDMETHODIMP RemoveTimer() noexcept override
     {
-        return Get(value, timer_ != 0);
+        return Run([&] { Stop(); });
     }
+    READ_ONLY_PROPERTY(VARIANT_BOOL, Running, timer_ != 0)
     METHOD(VARIANT_BOOL, Wait, (LONG timeout), timeout)
 
 private:

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
+#include <string>
 #include <utility>
 
 #include "core/Automation.h"
 #include "core/Text.h"
 #include "gui/windowfn.h"
+#include "windows/ShownProperty.h"
 #include "windows/frmWindow.h"
 
 namespace quill {
@@ -19,23 +22,33 @@ public:
     ~OutputWindow() override { Close(); }
 
     ACTION(Create, (BSTR t), t)
-    STDMETHODIMP Remove() noexcept override { return this->Call(&OutputWindow::Close); }
-    STDMETHODIMP Cls() noexcept override { return this->Call(&OutputWindow::Clear); }
+    STDMETHODIMP Remove() noexcept override
+    {
+        return this->Run([&] { Close(); });
+    }
+    STDMETHODIMP Cls() noexcept override
+    {
+        return this->Run([&] {
+            if (FormType* form = Shown()) form->text.Clear();
+        });
+    }
     ACTION(WriteLine, (BSTR s), s)
     STDMETHODIMP Flash(LONG num) noexcept override
     {
-        return this->Call(&OutputWindow::FlashWindow, num);
+        return this->Run([&] {
+            if (FormType* form = Shown()) FlashCaption(form->Window(), num);
+        });
     }
     STDMETHODIMP get_handle(LONG* value) noexcept override
     {
         FormType* form = Shown();
         return this->Get(value, form ? static_cast<LONG>(HandleToLong(form->Window())) : 0L);
     }
-    PROPERTY_SET_BY(BSTR, Title, title_, OutputWindow::SetTitle)
-    PROPERTY_SET_BY(VARIANT_BOOL, Topmost, topmost_, OutputWindow::PutTopmost)
-    PROPERTY_SET_BY(VARIANT_BOOL, WriteBold, bold_, OutputWindow::SetBold)
-    PROPERTY_SET_BY(BSTR, WriteFont, fontName_, OutputWindow::SetFontName)
-    PROPERTY_SET_BY(SHORT, WriteSize, fontSize_, OutputWindow::SetSize)
+    SHOWN_PROPERTY(BSTR, Title, title_, form.SetCaption(title_), CutTo<kTitleLimit>)
+    SHOWN_PROPERTY(VARIANT_BOOL, Topmost, topmost_, SetTopmost(form.Window(), topmost_))
+    SHOWN_PROPERTY(VARIANT_BOOL, WriteBold, bold_, ApplyFont(form))
+    SHOWN_PROPERTY(BSTR, WriteFont, fontName_, ApplyFont(form))
+    SHOWN_PROPERTY(SHORT, WriteSize, fontSize_, ApplyFont(form), Clamped<6, 36>)
 
 protected:
     explicit OutputWindow(const wchar_t* title) : title_(title) {}
@@ -54,20 +67,16 @@ private:
         if (Shown()) return;
         const auto form = std::make_shared<FormType>();
         form_ = form;
-        ApplyFont();
+        ApplyFont(*form);
         Prepare(*form);
-        SetTitle(title.empty() ? title_ : title);
+        if (!title.empty()) title_ = title.substr(0, kTitleLimit);
+        form->SetCaption(title_);
         form->ShowModeless(topmost_);
     }
 
     void Close() noexcept
     {
         if (const auto form = std::exchange(form_, nullptr)) form->Unload();
-    }
-
-    void Clear()
-    {
-        if (FormType* form = Shown()) form->text.Clear();
     }
 
     void WriteLine(const std::wstring& line)
@@ -79,52 +88,15 @@ private:
         form->text.Append(shown.append(kLineBreak));
     }
 
-    void FlashWindow(LONG count)
-    {
-        if (FormType* form = Shown()) FlashCaption(form->Window(), count);
-    }
-
-    void SetTitle(const std::wstring& title)
-    {
-        title_ = title.substr(0, kTitleLimit);
-        if (FormType* form = Shown()) form->SetCaption(title_);
-    }
-
-    void PutTopmost(bool topmost)
-    {
-        topmost_ = topmost;
-        if (FormType* form = Shown()) SetTopmost(form->Window(), topmost);
-    }
-
-    void SetBold(bool bold)
-    {
-        bold_ = bold;
-        ApplyFont();
-    }
-
-    void SetFontName(const std::wstring& name)
-    {
-        fontName_ = name;
-        ApplyFont();
-    }
-
-    void SetSize(SHORT points)
-    {
-        fontSize_ = Clamped<6, 36>::Apply(fontSize_, points);
-        ApplyFont();
-    }
-
     // A name that no font can have leaves the window with the one it has.
-    void ApplyFont()
+    void ApplyFont(FormType& form) const
     {
-        FormType* form = Shown();
-        if (!form) return;
         FontSpec font{kDesignFont.name, fontSize_, bold_};
         if (fontName_.size() >= LF_FACESIZE)
-            font.name = form->text.CurrentFont().name;
+            font.name = form.text.CurrentFont().name;
         else if (!fontName_.empty())
             font.name = fontName_;
-        if (font != form->text.CurrentFont()) form->text.SetFont(font);
+        if (font != form.text.CurrentFont()) form.text.SetFont(font);
     }
 
     std::wstring title_;

@@ -1,5 +1,5 @@
-// Routines for the native progress bar: each sends one message to it. A null handle is no bar, and
-// then nothing happens.
+// Routines for the native progress bar: each sends one message to it. With a null handle they
+// do nothing.
 #pragma once
 
 #include "core/Platform.h"

@@ -11,7 +11,7 @@ namespace quill {
 
 namespace {
 
-// The shell's class; its usual constant has the name of ours.
+// The shell's class; the constant in the platform's headers has our class's name.
 constexpr CLSID kShellDialog{
     0xF8383852, 0xFCD3, 0x11D1, {0xA6, 0xB9, 0x00, 0x60, 0x97, 0xDF, 0x5B, 0xD4}};
 

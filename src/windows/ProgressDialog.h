@@ -33,7 +33,6 @@ public:
 
 private:
     void SetText(const std::wstring& text, SHORT line, bool compact);
-    void Time(LONG action) noexcept;
     bool Cancellation() const;
     void SetCancelMsg(const std::wstring& text);
     void SetTitle(const std::wstring& title);
@@ -42,7 +41,7 @@ private:
     bool started_ = false;
     std::wstring title_ = L"QUILL Progress Dialog";
     std::wstring cancelMsg_;
-    SHORT lastLine_ = 3; // 2 where the dialog tells the time left
+    SHORT lastLine_ = 3; // 2 if the dialog shows the time left
 };
 
 } // namespace quill

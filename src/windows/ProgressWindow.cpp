@@ -6,7 +6,6 @@
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
 #include "gui/windowfn.h"
-#include "windows/ProgressBarFn.h"
 
 namespace quill {
 
@@ -16,10 +15,6 @@ constexpr PublishedError kControlCreation{ErrorNumber(0x80040357), L"Control cre
 
 constexpr DISPID kButtonPressed = 1;
 constexpr int kWindows7 = 601;
-constexpr size_t kTextLimit = 1024; // UTF-16 units
-constexpr SHORT kDefaultMarqueeTime = 30;
-constexpr LONG kDefaultColor = static_cast<LONG>(CLR_DEFAULT);
-constexpr LONG kDarkBlue = 0x993300; // 0x00BBGGRR
 
 SHORT Sum(SHORT left, SHORT right)
 {
@@ -49,8 +44,6 @@ ComPtr<ITaskbarList3> CreateTaskbar()
 }
 
 ProgressWindow::ProgressWindow()
-    : mainTextColor_(kDarkBlue), marqueeTime_(kDefaultMarqueeTime), color_(kDefaultColor),
-      backColor_(kDefaultColor)
 {
     if (ThisApartment().osVersion < kWindows7) return;
     taskbar_ = Seam<Taskbars>().create();
@@ -152,7 +145,7 @@ HRESULT ProgressWindow::SetProgressStep(SHORT step) noexcept
     });
 }
 
-void ProgressWindow::SetStyle(LONG style)
+void ProgressWindow::SetProgressStyle(LONG style)
 {
     style_ = style & (PBS_SMOOTH | PBS_MARQUEE | PBS_SMOOTHREVERSE);
     SetBarStyle(Bar(), style_);
@@ -165,7 +158,7 @@ SHORT ProgressWindow::Progress()
     return position_;
 }
 
-void ProgressWindow::SetPosition(SHORT position)
+void ProgressWindow::SetProgress(SHORT position)
 {
     position_ = position;
     if (!IsMarquee()) SetBarPosition(Bar(), position);
@@ -175,14 +168,14 @@ void ProgressWindow::SetPosition(SHORT position)
     }
 }
 
-void ProgressWindow::SetMarquee(bool running)
+void ProgressWindow::SetProgressMarquee(bool running)
 {
     marquee_ = running;
     ApplyMarquee();
     FollowState();
 }
 
-void ProgressWindow::SetMarqueeTime(SHORT milliseconds)
+void ProgressWindow::SetProgressMarqueeTime(SHORT milliseconds)
 {
     if (!InRange(milliseconds, 0, 1000)) return;
     marqueeTime_ = milliseconds == 0 ? kDefaultMarqueeTime : milliseconds;
@@ -190,57 +183,13 @@ void ProgressWindow::SetMarqueeTime(SHORT milliseconds)
     FollowState();
 }
 
-void ProgressWindow::SetState(SHORT state)
+void ProgressWindow::SetProgressState(SHORT state)
 {
     if (InRange(state, PBST_NORMAL, PBST_PAUSED)) {
         state_ = state;
         SetBarState(Bar(), state);
     }
     FollowState();
-}
-
-void ProgressWindow::SetColor(LONG color)
-{
-    color_ = color;
-    SetBarColor(Bar(), color);
-}
-
-void ProgressWindow::SetBackColor(LONG color)
-{
-    backColor_ = color;
-    SetBarBackColor(Bar(), color);
-}
-
-void ProgressWindow::SetButton(SHORT mode)
-{
-    if (!InRange(mode, 0, 2)) return;
-    button_ = mode;
-    if (frmProWin* form = Shown()) form->SetButtonMode(mode);
-}
-
-void ProgressWindow::SetNotifier(SHORT notifier)
-{
-    if (!InRange(notifier, 0, 2)) return;
-    notifier_ = notifier;
-    if (frmProWin* form = Shown()) form->SetArmed(notifier != 0);
-}
-
-void ProgressWindow::SetButtonText(const std::wstring& text)
-{
-    buttonText_ = text;
-    if (frmProWin* form = Shown()) form->PwButton.SetText(text);
-}
-
-void ProgressWindow::SetButtonLabel(const std::wstring& text)
-{
-    buttonLabel_ = text;
-    if (frmProWin* form = Shown()) form->lblBtnText.SetText(text);
-}
-
-void ProgressWindow::SetMainText(const std::wstring& text)
-{
-    mainText_ = text.substr(0, kTextLimit);
-    if (frmProWin* form = Shown()) form->lblMainText.SetText(mainText_);
 }
 
 void ProgressWindow::SetMainTextColor(LONG color)
@@ -255,24 +204,6 @@ void ProgressWindow::SetMainTextColor(LONG color)
         mainTextColor_ = color & 0xFFFFFF;
     if (frmProWin* form = Shown())
         form->lblMainText.SetTextColor(static_cast<COLORREF>(mainTextColor_));
-}
-
-void ProgressWindow::SetSubText(const std::wstring& text)
-{
-    subText_ = text.substr(0, kTextLimit);
-    if (frmProWin* form = Shown()) form->lblSubText.SetText(subText_);
-}
-
-void ProgressWindow::SetTitle(const std::wstring& title)
-{
-    title_ = title.substr(0, kTitleLimit);
-    if (frmProWin* form = Shown()) form->SetCaption(title_);
-}
-
-void ProgressWindow::PutTopmost(bool topmost)
-{
-    topmost_ = topmost;
-    if (frmProWin* form = Shown()) SetTopmost(form->Window(), topmost);
 }
 
 HRESULT ProgressWindow::TB_SetProgressState(LONG window, LONG flags) noexcept
@@ -295,7 +226,7 @@ HRESULT ProgressWindow::TB_SetProgressValue(LONG window, CURRENCY completed,
     });
 }
 
-void ProgressWindow::SetTaskbarMode(SHORT mode)
+void ProgressWindow::SetTBProgress(SHORT mode)
 {
     if (!taskbar_ || mode == tbMode_ || !InRange(mode, 0, 2)) return;
     if (mode == 0) PushState(TBPF_NOPROGRESS);
@@ -305,7 +236,7 @@ void ProgressWindow::SetTaskbarMode(SHORT mode)
     PushState(tbState_);
 }
 
-void ProgressWindow::SetOwnTaskbarState(SHORT state)
+void ProgressWindow::SetTBProState(SHORT state)
 {
     const bool known = state == TBPF_NOPROGRESS || state == TBPF_INDETERMINATE ||
                        state == TBPF_NORMAL || state == TBPF_ERROR || state == TBPF_PAUSED;
@@ -314,14 +245,14 @@ void ProgressWindow::SetOwnTaskbarState(SHORT state)
     PushState(state);
 }
 
-void ProgressWindow::SetOwnTaskbarValue(SHORT value)
+void ProgressWindow::SetTBProValue(SHORT value)
 {
     if (Follows() || value == tbValue_ || value < 0) return;
     tbValue_ = value;
     PushValue();
 }
 
-void ProgressWindow::SetOwnTaskbarTotal(SHORT total)
+void ProgressWindow::SetTBProTotal(SHORT total)
 {
     if (Follows() || total == tbTotal_ || total < 0) return;
     tbTotal_ = total;
@@ -354,7 +285,7 @@ void ProgressWindow::FollowState()
     PushState(tbState_);
 }
 
-// A taskbar that cannot show it is no reason for a script to fail.
+// Results are ignored: a script does not fail because the taskbar cannot show its progress.
 void ProgressWindow::PushState(SHORT state) noexcept
 {
     if (tbMode_ != 0 && Shown())
@@ -375,8 +306,8 @@ void ProgressWindow::OnPressed() noexcept
     try {
         pressed_ = Sum(pressed_, 1); // an overflow is not reported
         if (std::exchange(notifier_, SHORT{0}) != 2) return;
-        // A client that was too busy hears of the next press.
-        if (!Fire(kButtonPressed) && notifier_ == 0) SetNotifier(2);
+        // If the client was too busy, the next press is reported.
+        if (!Fire(kButtonPressed) && notifier_ == 0) put_BtnNotifier(2);
         if (pumping_) return; // a press that came in while the last one's messages ran
         const FlagScope pumping(pumping_);
         DispatchPending();

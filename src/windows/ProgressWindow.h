@@ -3,9 +3,14 @@
 
 #include "core/ErrorLevel.h"
 #include "core/EventSource.h"
+#include "windows/ProgressBarFn.h"
+#include "windows/ShownProperty.h"
 #include "windows/frmProWin.h"
 
-#include <shobjidl.h> // after the platform's headers as we take them
+#include <shobjidl.h>
+
+#include <functional>
+#include <memory>
 
 namespace quill {
 
@@ -26,7 +31,10 @@ public:
     ~ProgressWindow() override { Close(); }
 
     ACTION(Create, (BSTR tt, SHORT wd, SHORT fx), tt, wd, fx)
-    STDMETHODIMP Remove() noexcept override { return Call(&ProgressWindow::Close); }
+    STDMETHODIMP Remove() noexcept override
+    {
+        return Run([&] { Close(); });
+    }
     STDMETHODIMP Flash(LONG num) noexcept override;
     STDMETHODIMP ProgressAdd(SHORT padd) noexcept override;
     STDMETHODIMP ProgressStep() noexcept override;
@@ -36,67 +44,61 @@ public:
     STDMETHODIMP TB_SetProgressValue(LONG hWnd, CURRENCY ullCompleted,
                                      CURRENCY ullTotal) noexcept override;
 
-    PROPERTY_SET_BY(LONG, ProgressStyle, style_, ProgressWindow::SetStyle)
+    PROPERTY_SET_BY(LONG, ProgressStyle, style_, ProgressWindow::SetProgressStyle)
     COMPUTED_PROPERTY(SHORT, Progress)
     STDMETHODIMP put_Progress(SHORT value) noexcept override
     {
-        return Call(&ProgressWindow::SetPosition, value);
+        return Call(&ProgressWindow::SetProgress, value);
     }
-    PROPERTY_SET_BY(VARIANT_BOOL, ProgressMarquee, marquee_, ProgressWindow::SetMarquee)
-    PROPERTY_SET_BY(SHORT, ProgressMarqueeTime, marqueeTime_, ProgressWindow::SetMarqueeTime)
-    PROPERTY_SET_BY(SHORT, ProgressState, state_, ProgressWindow::SetState)
-    PROPERTY_SET_BY(LONG, ProgressColor, color_, ProgressWindow::SetColor)
-    PROPERTY_SET_BY(LONG, ProgressBackColor, backColor_, ProgressWindow::SetBackColor)
-    PROPERTY_SET_BY(SHORT, Button, button_, ProgressWindow::SetButton)
-    PROPERTY_SET_BY(SHORT, BtnNotifier, notifier_, ProgressWindow::SetNotifier)
+    PROPERTY_SET_BY(VARIANT_BOOL, ProgressMarquee, marquee_, ProgressWindow::SetProgressMarquee)
+    PROPERTY_SET_BY(SHORT, ProgressMarqueeTime, marqueeTime_,
+                    ProgressWindow::SetProgressMarqueeTime)
+    PROPERTY_SET_BY(SHORT, ProgressState, state_, ProgressWindow::SetProgressState)
+    SHOWN_PROPERTY(LONG, ProgressColor, color_, SetBarColor(form.Bar(), color_))
+    SHOWN_PROPERTY(LONG, ProgressBackColor, backColor_, SetBarBackColor(form.Bar(), backColor_))
+    SHOWN_PROPERTY(SHORT, Button, button_, form.SetButtonMode(button_), Within<0, 2>)
+    SHOWN_PROPERTY(SHORT, BtnNotifier, notifier_, form.SetArmed(notifier_ != 0), Within<0, 2>)
     STORED_PROPERTY(SHORT, BtnPressed, pressed_, Within<0, SHRT_MAX>)
-    PROPERTY_SET_BY(BSTR, ButtonText, buttonText_, ProgressWindow::SetButtonText)
-    PROPERTY_SET_BY(BSTR, ButtonLabel, buttonLabel_, ProgressWindow::SetButtonLabel)
-    PROPERTY_SET_BY(BSTR, MainText, mainText_, ProgressWindow::SetMainText)
+    SHOWN_PROPERTY(BSTR, ButtonText, buttonText_, form.PwButton.SetText(buttonText_))
+    SHOWN_PROPERTY(BSTR, ButtonLabel, buttonLabel_, form.lblBtnText.SetText(buttonLabel_))
+    SHOWN_PROPERTY(BSTR, MainText, mainText_, form.lblMainText.SetText(mainText_), CutTo<1024>)
     STDMETHODIMP get_Text(BSTR* value) noexcept override { return get_MainText(value); }
     STDMETHODIMP put_Text(BSTR value) noexcept override { return put_MainText(value); }
     PROPERTY_SET_BY(LONG, MainTextColor, mainTextColor_, ProgressWindow::SetMainTextColor)
-    PROPERTY_SET_BY(BSTR, SubText, subText_, ProgressWindow::SetSubText)
-    PROPERTY_SET_BY(BSTR, Title, title_, ProgressWindow::SetTitle)
-    PROPERTY_SET_BY(VARIANT_BOOL, Topmost, topmost_, ProgressWindow::PutTopmost)
-    PROPERTY_SET_BY(SHORT, TBProgress, tbMode_, ProgressWindow::SetTaskbarMode)
-    PROPERTY_SET_BY(SHORT, TBProState, tbState_, ProgressWindow::SetOwnTaskbarState)
-    PROPERTY_SET_BY(SHORT, TBProValue, tbValue_, ProgressWindow::SetOwnTaskbarValue)
-    PROPERTY_SET_BY(SHORT, TBProTotal, tbTotal_, ProgressWindow::SetOwnTaskbarTotal)
+    SHOWN_PROPERTY(BSTR, SubText, subText_, form.lblSubText.SetText(subText_), CutTo<1024>)
+    SHOWN_PROPERTY(BSTR, Title, title_, form.SetCaption(title_), CutTo<kTitleLimit>)
+    SHOWN_PROPERTY(VARIANT_BOOL, Topmost, topmost_, SetTopmost(form.Window(), topmost_))
+    PROPERTY_SET_BY(SHORT, TBProgress, tbMode_, ProgressWindow::SetTBProgress)
+    PROPERTY_SET_BY(SHORT, TBProState, tbState_, ProgressWindow::SetTBProState)
+    PROPERTY_SET_BY(SHORT, TBProValue, tbValue_, ProgressWindow::SetTBProValue)
+    PROPERTY_SET_BY(SHORT, TBProTotal, tbTotal_, ProgressWindow::SetTBProTotal)
 
 private:
+    static constexpr SHORT kDefaultMarqueeTime = 30; // milliseconds
+    static constexpr LONG kDefaultColor = static_cast<LONG>(CLR_DEFAULT);
+    static constexpr LONG kDarkBlue = 0x993300; // 0x00BBGGRR
+
     void Create(const std::wstring& title, SHORT width, SHORT classic);
     void Close() noexcept;
     frmProWin* Shown() const noexcept { return form_ && !form_->Closed() ? form_.get() : nullptr; }
     HWND Bar() const noexcept { return form_ ? form_->Bar() : nullptr; }
 
     bool SetProgressRange(SHORT minimum, SHORT maximum);
-    void SetStyle(LONG style);
+    void SetProgressStyle(LONG style);
     SHORT Progress();
-    void SetPosition(SHORT position);
-    void SetMarquee(bool running);
-    void SetMarqueeTime(SHORT milliseconds);
-    void SetState(SHORT state);
-    void SetColor(LONG color);
-    void SetBackColor(LONG color);
+    void SetProgress(SHORT position);
+    void SetProgressMarquee(bool running);
+    void SetProgressMarqueeTime(SHORT milliseconds);
+    void SetProgressState(SHORT state);
+    void SetMainTextColor(LONG color);
     bool IsMarquee() const noexcept { return (style_ & PBS_MARQUEE) != 0; }
     void ApplyBar();
     void ApplyMarquee();
 
-    void SetButton(SHORT mode);
-    void SetNotifier(SHORT notifier);
-    void SetButtonText(const std::wstring& text);
-    void SetButtonLabel(const std::wstring& text);
-    void SetMainText(const std::wstring& text);
-    void SetMainTextColor(LONG color);
-    void SetSubText(const std::wstring& text);
-    void SetTitle(const std::wstring& title);
-    void PutTopmost(bool topmost);
-
-    void SetTaskbarMode(SHORT mode);
-    void SetOwnTaskbarState(SHORT state);
-    void SetOwnTaskbarValue(SHORT value);
-    void SetOwnTaskbarTotal(SHORT total);
+    void SetTBProgress(SHORT mode);
+    void SetTBProState(SHORT state);
+    void SetTBProValue(SHORT value);
+    void SetTBProTotal(SHORT total);
     bool Follows() const noexcept { return tbMode_ == 2; }
     void TakeBarOver();
     void AddToTaskbar(SHORT increment);
@@ -109,7 +111,7 @@ private:
 
     std::wstring title_ = L"QUILL ProgressWindow";
     bool topmost_ = true;
-    LONG mainTextColor_;
+    LONG mainTextColor_ = kDarkBlue;
     std::wstring mainText_;
     std::wstring subText_;
     SHORT button_ = 0;
@@ -123,10 +125,10 @@ private:
     SHORT maximum_ = 100;
     SHORT step_ = 10;
     bool marquee_ = true;
-    SHORT marqueeTime_;
+    SHORT marqueeTime_ = kDefaultMarqueeTime;
     SHORT state_ = PBST_NORMAL;
-    LONG color_;
-    LONG backColor_;
+    LONG color_ = kDefaultColor;
+    LONG backColor_ = kDefaultColor;
     SHORT tbMode_ = 0; // 1: the script's own values, 2: those of the bar
     SHORT tbState_ = TBPF_NORMAL;
     SHORT tbValue_ = 0;

@@ -10,18 +10,18 @@ namespace quill {
 namespace {
 
 constexpr TwipRect kBar{150, 1200, 4560, 300}; // when it is made; 10, 80, 304, 20 pixels of 96
-constexpr float kTwipsPerPixel = 15;           // of 96 an inch
+constexpr int kMainTextPoints = 12;
+constexpr float kTwipsPerPixel = 15; // of 96 an inch
 
 } // namespace
 
 frmProWin::frmProWin(Owner& owner)
     : Form(L"QUILL Progress Window", {kWidth, kHeight}, kModelessStyle), owner_(owner)
 {
-    for (Control* control :
-         {static_cast<Control*>(&lblMainText), static_cast<Control*>(&lblSubText),
-          static_cast<Control*>(&lblBtnText), static_cast<Control*>(&PwButton)})
-        control->SetFont(
-            {L"Segoe UI", control == &lblMainText ? 12 : control->CurrentFont().points});
+    Control* const controls[] = {&lblMainText, &lblSubText, &lblBtnText, &PwButton};
+    for (Control* control : controls)
+        control->SetFont({L"Segoe UI", control->CurrentFont().points});
+    lblMainText.SetFont({L"Segoe UI", kMainTextPoints});
     SetButtonMode(0);
 }
 
@@ -85,7 +85,7 @@ void frmProWin::OnResize(TwipSize outer)
     widen(lblMainText, wider + kTextWidth);
     widen(lblSubText, wider + kTextWidth);
     widen(btnFrame, wider + kWidth);
-    widen(lblBtnText, wider + 3000);
+    widen(lblBtnText, wider + kLabelWidth);
     TwipRect button = PwButton.Place();
     button.left = wider + kButtonLeft;
     PwButton.Move(button);

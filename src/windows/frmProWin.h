@@ -11,12 +11,12 @@ namespace quill {
 
 class frmProWin final : public Form {
 public:
-    // What the form tells the object that it belongs to, which closes it before it goes.
+    // What the form reports to its object, which closes the form before it is destroyed.
     class Owner {
     public:
         // The button was pressed while it was armed.
         virtual void OnPressed() noexcept = 0;
-        // The taskbar has a button for the window, which knows nothing yet.
+        // The taskbar has made a button for the window; its state is still to be set.
         virtual void OnTaskbarButton() noexcept = 0;
 
     protected:
@@ -43,6 +43,7 @@ private:
     static constexpr float kHeight = 3000;
     static constexpr float kHeightWithButton = 3945;
     static constexpr float kTextWidth = 4600;
+    static constexpr float kLabelWidth = 3000;
     static constexpr float kButtonLeft = 3560;
 
     void OnResize(TwipSize outer) override;
@@ -66,7 +67,7 @@ public:
     Label lblMainText{*this, {150, 120, kTextWidth, 1020}};
     Label lblSubText{*this, {150, 1600, kTextWidth, 740}, L"", SS_NOPREFIX | SS_EDITCONTROL};
     Frame btnFrame{*this, {-15, 2340, kWidth, 1500}};
-    Label lblBtnText{*this, {150, 2700, 3000, 560}};
+    Label lblBtnText{*this, {150, 2700, kLabelWidth, 560}};
     Button PwButton{*this, {kButtonLeft, 2720, 1190, 380}, L"Stop", [this] { Press(); }};
 };
 
