@@ -10,7 +10,7 @@ namespace quill {
 
 using Icon = Owned<HICON, DestroyIcon>;
 
-// What ErrorCode tells.
+// Values of ErrorCode.
 enum NoticeError : LONG {
     kNoError = 0,
     kWrongState = 1,       // added already, or not added

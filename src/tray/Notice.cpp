@@ -1,5 +1,7 @@
 #include "tray/Notice.h"
 
+#include <windowsx.h>
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -7,9 +9,9 @@
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/MessagePump.h"
+#include "gui/MessageHook.h"
 #include "gui/windowfn.h"
 #include "tray/MenuFn.h"
-#include "tray/NoticeHook.h"
 
 namespace quill {
 
@@ -65,28 +67,58 @@ std::vector<std::wstring> MenuTexts(const VARIANT& menu)
     return texts;
 }
 
+// What the hidden window receives: subclassed, the object learns of clicks on its icon and of a new
+// taskbar. `taskbarCreated` is the number of the message by which a new taskbar announces itself.
+LRESULT CALLBACK NoticeHook(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR owner,
+                            DWORD_PTR taskbarCreated) noexcept
+{
+    auto* notice = reinterpret_cast<Notice*>(owner);
+    const ComPtr<_Notice> alive(notice); // a handler may release the object
+    try {
+        if (message == kTrayCallback) {
+            // No sender waits while handlers and menus take their time; automation refuses calls
+            // out of a message whose sender waits.
+            ReplyMessage(0);
+            notice->OnIcon(LOWORD(lParam), {GET_X_LPARAM(wParam), GET_Y_LPARAM(wParam)});
+        } else if (message == taskbarCreated) {
+            notice->OnNewTaskbar();
+        } else if (message == WM_ENDSESSION && wParam) {
+            notice->Remove();
+        }
+    } catch (...) {
+        // There is no caller to report to.
+    }
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_NCDESTROY) RemoveHook(window, notice, NoticeHook);
+    return result;
+}
+
 } // namespace
 
 CREATABLE(Notice)
 
 Notice::Notice() : place_{form_.Window(), IconNumber()}
 {
-    if (!InstallNoticeHook(form_.Window(), *this)) throw std::bad_alloc();
+    const UINT taskbarCreated = HearShell(form_.Window(), L"TaskbarCreated");
+    if (!InstallHook(form_.Window(), this, NoticeHook, taskbarCreated)) throw std::bad_alloc();
 }
 
 Notice::~Notice()
 {
     // In this order: the calls that take the icon away let other messages in.
-    RemoveNoticeHook(form_.Window(), *this);
+    RemoveHook(form_.Window(), this, NoticeHook);
     DeleteTrayIcon(place_);
+}
+
+bool Notice::Require(bool state) noexcept
+{
+    if (!state) errorCode_ = kWrongState;
+    return state;
 }
 
 bool Notice::Add()
 {
-    if (added_) {
-        errorCode_ = kWrongState;
-        return false;
-    }
+    if (!Require(!added_)) return false;
     Icon icon = LoadNoticeIcon(traySource_, useLoadImage_, errorCode_);
     if (!icon) return false;
     trayIconLarge_ = traySource_.Large();
@@ -98,10 +130,7 @@ bool Notice::Add()
 
 bool Notice::ChangeIcon()
 {
-    if (!added_) {
-        errorCode_ = kWrongState;
-        return false;
-    }
+    if (!Require(added_)) return false;
     Icon icon = LoadNoticeIcon(traySource_, useLoadImage_, errorCode_);
     if (!icon) return false;
     trayIconLarge_ = traySource_.Large();
@@ -144,10 +173,7 @@ HICON Notice::FindBalloonIcon(bool& large)
 
 bool Notice::ShowBalloon()
 {
-    if (!added_) {
-        errorCode_ = kWrongState;
-        return false;
-    }
+    if (!Require(added_)) return false;
     balloonClicked_ = false;
     errorCode_ = kNoError;
 
@@ -215,31 +241,26 @@ int Notice::ShowMenu(POINT screen)
     return chosen;
 }
 
-// One click at a time: what comes in meanwhile is dropped.
-template <class Tell>
-void Notice::Report(Tell&& tell)
-{
-    if (busy_) return;
-    const FlagScope busy(busy_);
-    tell();
-    DispatchPending();
-}
-
 void Notice::ReportClick(SHORT code)
 {
-    Report([&] {
-        trayClicked_ = code;
-        // Stays armed when the client was too busy.
-        if (std::exchange(triggerEvent_, false) && !Fire(kTrayClick, code)) triggerEvent_ = true;
-    });
+    if (busy_) return; // one click at a time: what comes in meanwhile is dropped
+    trayClicked_ = code;
+    FireIfArmed([&] { return Fire(kTrayClick, code); });
 }
 
 void Notice::ReportBalloonClick()
 {
-    Report([&] {
-        balloonClicked_ = true;
-        if (std::exchange(triggerEvent_, false) && !Fire(kBalloonClick)) triggerEvent_ = true;
-    });
+    if (busy_) return;
+    balloonClicked_ = true;
+    FireIfArmed([&] { return Fire(kBalloonClick); });
+}
+
+// The event stays armed if the client was too busy.
+void Notice::FireIfArmed(const std::function<bool()>& fire)
+{
+    const FlagScope busy(busy_);
+    if (std::exchange(triggerEvent_, false) && !fire()) triggerEvent_ = true;
+    DispatchPending();
 }
 
 } // namespace quill

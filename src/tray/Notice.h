@@ -1,6 +1,10 @@
 // Quill.Notice: an icon in the notification area of the taskbar, with balloons and a menu.
 #pragma once
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "core/EventSource.h"
 #include "tray/IconSource.h"
 #include "tray/frmNoteMsg.h"
@@ -8,7 +12,7 @@
 
 namespace quill {
 
-// Raises no errors of its own: results and ErrorCode tell what failed.
+// Raises no errors of its own: results and ErrorCode report failures.
 class Notice final : public EventSource<_Notice> {
 public:
     Notice();
@@ -52,13 +56,9 @@ public:
     {
         return Call(&Notice::SetContextMenu, value);
     }
-    STDMETHODIMP get_ContextMenuItems(SHORT* value) noexcept override
-    {
-        return Get(value, static_cast<SHORT>(menuTexts_.size()));
-    }
+    READ_ONLY_PROPERTY(SHORT, ContextMenuItems, static_cast<SHORT>(menuTexts_.size()))
 
-    // From the platform, on any thread: a menu that is open when the clients go has nobody left to
-    // choose for.
+    // From the platform, on any thread: a menu that is open when the clients go is closed.
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD reserved, BOOL last) noexcept override;
 
     // From the hook: a notification code of the icon and where it happened, in screen pixels; and
@@ -70,6 +70,7 @@ private:
     static constexpr SHORT kCustomIcon = 0; // values of BalloonIcon
     static constexpr SHORT kTrayIcon = 5;
 
+    bool Require(bool state) noexcept;
     bool Add();
     bool ChangeIcon();
     bool ShowBalloon();
@@ -79,8 +80,7 @@ private:
     int ShowMenu(POINT screen);
     void ReportClick(SHORT code);
     void ReportBalloonClick();
-    template <class Tell>
-    void Report(Tell&& tell);
+    void FireIfArmed(const std::function<bool()>& fire);
 
     frmNoteMsg form_;
     const TrayPlace place_;

@@ -8,7 +8,7 @@
 
 namespace quill {
 
-// An icon in the notification area goes by the window that it reports to, and a number.
+// What identifies an icon in the notification area: the window that it reports to, and a number.
 struct TrayPlace {
     HWND window;
     UINT id;
@@ -25,7 +25,7 @@ struct Balloon {
     HICON icon = nullptr; // with NIIF_USER
 };
 
-// False when there is no taskbar, or it refuses.
+// False if there is no taskbar or the call is refused.
 bool AddTrayIcon(const TrayPlace& place, HICON icon, const std::wstring& tip);
 bool ChangeTrayIcon(const TrayPlace& place, HICON icon);
 bool ChangeTrayTip(const TrayPlace& place, const std::wstring& tip);
