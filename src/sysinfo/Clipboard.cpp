@@ -95,7 +95,7 @@ std::wstring Clipboard::Text() const
     return FromAnsi({text, strnlen(text, size)});
 }
 
-void Clipboard::WriteText(const std::wstring& text) const
+void Clipboard::SetText(const std::wstring& text) const
 {
     GlobalBlock block;
     GlobalBlock locale;
@@ -107,7 +107,7 @@ void Clipboard::WriteText(const std::wstring& text) const
         const std::string ansi = ToAnsi(text);
         block = MakeBlock(ansi.c_str(), ansi.size() + 1, ansi.size() + 1);
         // Without it, readers of Unicode text would get the bytes by the code page of the user's
-        // keyboard. Where the code page is UTF-8, no locale stands for it.
+        // keyboard. Where the code page is UTF-8, there is no locale for it.
         const LCID system = GetSystemDefaultLCID();
         if (GetACP() != CP_UTF8) locale = MakeBlock(&system, sizeof system, sizeof system);
     }

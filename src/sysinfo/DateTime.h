@@ -7,7 +7,7 @@ namespace quill {
 
 // The settings of the system's time zone at one moment.
 struct TimeZone {
-    LONG kind = -1; // TIME_ZONE_ID_...; -1: the platform did not tell
+    LONG kind = -1; // TIME_ZONE_ID_...; -1 if unavailable
     TIME_ZONE_INFORMATION settings{};
 
     static TimeZone Current() noexcept;
@@ -23,24 +23,21 @@ struct TimeZone {
 class DateTime final : public Automation<_DateTime> {
 public:
     METHOD(DATE, ConvertTime, (DATE dt, VARIANT_BOOL IsUTC), dt, IsUTC)
-    STDMETHODIMP TimeInfoRefresh() noexcept override { return Call(&DateTime::Refresh); }
-    STDMETHODIMP get_TimeZoneType(LONG* value) noexcept override { return Get(value, zone_.kind); }
+    STDMETHODIMP TimeInfoRefresh() noexcept override
+    {
+        zone_ = TimeZone::Current();
+        return S_OK;
+    }
+    READ_ONLY_PROPERTY(LONG, TimeZoneType, zone_.kind)
     COMPUTED_PROPERTY(BSTR, TimeZoneName)
-    STDMETHODIMP get_TimeBias(LONG* value) noexcept override
-    {
-        return Get(value, zone_.StandardBias());
-    }
-    STDMETHODIMP get_TimeBiasDST(LONG* value) noexcept override
-    {
-        return Get(value, zone_.DaylightBias());
-    }
+    READ_ONLY_PROPERTY(LONG, TimeBias, zone_.StandardBias())
+    READ_ONLY_PROPERTY(LONG, TimeBiasDST, zone_.DaylightBias())
     COMPUTED_PROPERTY(DATE, SysDate)
     COMPUTED_PROPERTY(DATE, SysTime)
     COMPUTED_PROPERTY(DATE, SysNow)
 
 private:
     static DATE ConvertTime(DATE date, bool fromUtc);
-    void Refresh() noexcept { zone_ = TimeZone::Current(); }
     std::wstring TimeZoneName() const { return zone_.Name(); }
     static DATE SysDate();
     static DATE SysTime();

@@ -11,14 +11,8 @@ public:
     COMPUTED_PROPERTY(BSTR, About)
     COMPUTED_PROPERTY(LONG, hInstance)
     COMPUTED_PROPERTY(BSTR, Path)
-    STDMETHODIMP get_ProcessID(LONG* value) noexcept override
-    {
-        return Get(value, static_cast<LONG>(GetCurrentProcessId()));
-    }
-    STDMETHODIMP get_ThreadID(LONG* value) noexcept override
-    {
-        return Get(value, static_cast<LONG>(GetCurrentThreadId()));
-    }
+    READ_ONLY_PROPERTY(LONG, ProcessID, static_cast<LONG>(GetCurrentProcessId()))
+    READ_ONLY_PROPERTY(LONG, ThreadID, static_cast<LONG>(GetCurrentThreadId()))
     COMPUTED_PROPERTY(BSTR, Version)
     COMPUTED_PROPERTY(LONG, ParentProcessID)
     COMPUTED_PROPERTY(LONG, CallerTID)

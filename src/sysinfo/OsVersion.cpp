@@ -24,13 +24,7 @@ OsVersion::OsVersion() noexcept
 {
     OSVERSIONINFOEXW version;
     if (!ReadOsVersion(version) || version.dwPlatformId != VER_PLATFORM_WIN32_NT) return;
-    major_ = static_cast<LONG>(version.dwMajorVersion);
-    minor_ = static_cast<LONG>(version.dwMinorVersion);
-    build_ = static_cast<LONG>(version.dwBuildNumber);
-    servicePackMajor_ = version.wServicePackMajor;
-    servicePackMinor_ = version.wServicePackMinor;
-    suite_ = static_cast<SHORT>(version.wSuiteMask);
-    product_ = version.wProductType;
+    version_ = version;
     bitness_ = RunsUnderWow64() ? 1 : 0;
     DWORD edition = 0;
     if (version.dwMajorVersion >= 6 &&

@@ -17,14 +17,9 @@ public:
     METHOD(BSTR, ComputerName, (ComputerNameFormat f), f)
     COMPUTED_PROPERTY(BSTR, NetworkName)
     COMPUTED_PROPERTY(LONG, NetworkType)
-    STDMETHODIMP get_ProcessorArchitecture(LONG* value) noexcept override
-    {
-        return Get(value, LONG{static_cast<SHORT>(processor_.wProcessorArchitecture)});
-    }
-    STDMETHODIMP get_ProcessorInfo(LONG* value) noexcept override
-    {
-        return Get(value, static_cast<LONG>(processor_.dwProcessorType));
-    }
+    READ_ONLY_PROPERTY(LONG, ProcessorArchitecture,
+                       LONG{static_cast<SHORT>(processor_.wProcessorArchitecture)})
+    READ_ONLY_PROPERTY(LONG, ProcessorInfo, static_cast<LONG>(processor_.dwProcessorType))
     STDMETHODIMP GetMetrics(LONG n, LONG* result) noexcept override
     {
         return Get(result, static_cast<LONG>(GetSystemMetrics(n)));
@@ -33,10 +28,7 @@ public:
     METHOD(BSTR, VolumeGetName, (BSTR drv), drv)
     METHOD(BSTR, VolumeGetFileSys, (BSTR drv), drv)
     METHOD(BSTR, VolumeGetGUID, (BSTR drv), drv)
-    STDMETHODIMP get_CurrentCodePage(LONG* value) noexcept override
-    {
-        return Get(value, static_cast<LONG>(GetACP()));
-    }
+    READ_ONLY_PROPERTY(LONG, CurrentCodePage, static_cast<LONG>(GetACP()))
     METHOD(SHORT, BiosMode, (SHORT fAlt), fAlt)
 
 private:
