@@ -3,7 +3,7 @@
 #include "core/AutomationError.h"
 #include "core/Catalogue.h"
 #include "core/TypeLibrary.h"
-#include "core/quillfn.h"
+#include "core/Paths.h"
 
 namespace quill {
 

@@ -63,24 +63,33 @@ std::wstring_view CutForDisplay(std::wstring_view text, size_t limit) noexcept
     return text;
 }
 
-std::string ToAnsi(std::wstring_view text)
+std::string Encode(std::wstring_view text, unsigned codePage)
 {
     const int units = static_cast<int>(text.size());
-    std::string ansi(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr,
-                                                             0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), static_cast<int>(ansi.size()),
-                        nullptr, nullptr);
-    return ansi;
+    const int size =
+        WideCharToMultiByte(codePage, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(codePage, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
 }
 
-std::wstring FromAnsi(std::string_view text)
+std::wstring Decode(std::string_view bytes, unsigned codePage)
 {
-    const int bytes = static_cast<int>(text.size());
-    std::wstring wide(
-        static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0)), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), static_cast<int>(wide.size()));
-    return wide;
+    const int size = static_cast<int>(bytes.size());
+    const int units = MultiByteToWideChar(codePage, 0, bytes.data(), size, nullptr, 0);
+    std::wstring text(static_cast<size_t>(units), L'\0');
+    MultiByteToWideChar(codePage, 0, bytes.data(), size, text.data(), units);
+    return text;
+}
+
+std::string ToAnsi(std::wstring_view text)
+{
+    return Encode(text, CP_ACP);
+}
+
+std::wstring FromAnsi(std::string_view bytes)
+{
+    return Decode(bytes, CP_ACP);
 }
 
 std::wstring UpperCase(std::wstring text)

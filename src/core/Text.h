@@ -15,7 +15,7 @@ std::wstring NulsToLineBreaks(const std::wstring& text);
 // Each CR LF becomes a NUL.
 std::wstring LineBreaksToNuls(const std::wstring& text);
 
-// The parts between the separators, which are not empty; empty parts too.
+// The parts between the separators, which must not be empty; empty parts are kept.
 std::vector<std::wstring> SplitAt(const std::wstring& text, std::wstring_view separator);
 
 // The same at line breaks.
@@ -24,18 +24,21 @@ std::vector<std::wstring> SplitLines(const std::wstring& text);
 // At most the first `limit` units; a surrogate pair is not split, for half of one shows as a box.
 std::wstring_view CutForDisplay(std::wstring_view text, size_t limit) noexcept;
 
-// The text in the system's ANSI code page; characters that it lacks become question marks.
-std::string ToAnsi(std::wstring_view text);
+// The bytes of a text in one of the platform's code pages, and the text of such bytes. What the
+// code page lacks becomes its replacement character. Empty for an unknown code page.
+std::string Encode(std::wstring_view text, unsigned codePage);
+std::wstring Decode(std::string_view bytes, unsigned codePage);
 
-// The characters of text in the system's ANSI code page.
-std::wstring FromAnsi(std::string_view text);
+// The same in the system's ANSI code page.
+std::string ToAnsi(std::wstring_view text);
+std::wstring FromAnsi(std::string_view bytes);
 
 // In upper case by the platform's own table, whatever the user's language.
 std::wstring UpperCase(std::wstring text);
 
 // True when the text is like the pattern, where * stands for any text and ? for one character.
-// Takes time in proportion to both lengths, whatever the pattern; the platform's own routine can
-// take for ever on many stars.
+// Takes time in proportion to both lengths, whatever the pattern; the platform's own routine takes
+// exponential time on many stars.
 bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept;
 
 } // namespace quill

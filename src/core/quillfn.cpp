@@ -1,6 +1,7 @@
 #include "core/quillfn.h"
 
 #include "core/Apartment.h"
+#include "core/Paths.h"
 #include "core/Text.h"
 
 namespace quill {
@@ -72,37 +73,6 @@ bool FileExists(std::wstring& path, bool resolve) noexcept
     } catch (...) {
         return false;
     }
-}
-
-std::wstring CurrentFolder()
-{
-    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
-    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
-    return folder;
-}
-
-std::wstring FolderOf(const std::wstring& path)
-{
-    const auto end = path.find_last_of(L'\\');
-    return end == std::wstring::npos ? std::wstring() : path.substr(0, end);
-}
-
-std::optional<SYSTEMTIME> PartsOf(DATE date) noexcept
-{
-    constexpr DATE kBefore = -657435; // 31 December 99
-    constexpr DATE kAfter = 2958466;  // 1 January 10000
-    SYSTEMTIME parts{};
-    // Neither comparison holds for what is not a number.
-    if (!(kBefore < date && date < kAfter) || !VariantTimeToSystemTime(date, &parts)) return {};
-    parts.wMilliseconds = 0;
-    return parts;
-}
-
-DATE DateOf(SYSTEMTIME parts) noexcept
-{
-    parts.wMilliseconds = 0;
-    DATE date = 0;
-    return SystemTimeToVariantTime(&parts, &date) ? date : 0;
 }
 
 std::wstring WithTrailingBackslash(std::wstring folder)

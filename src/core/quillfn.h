@@ -1,7 +1,7 @@
-// Shared routines that several classes use.
+// The published helpers of the classes: their errors, arrays, file names and ranges.
 #pragma once
 
-#include <optional>
+#include <string>
 
 #include "core/Variant.h"
 
@@ -27,21 +27,8 @@ bool IsArrayByReference(const VARIANT& value) noexcept;
 // to GetFileAttributesA, so a name outside the ANSI code page does not exist.
 bool FileExists(std::wstring& path, bool resolve) noexcept;
 
-// The current directory of the process.
-std::wstring CurrentFolder();
-
-// The path without its last part; empty when it has but one.
-std::wstring FolderOf(const std::wstring& path);
-
 // The folder with a backslash at its end; an empty string stays empty.
 std::wstring WithTrailingBackslash(std::wstring folder);
-
-// A Date's parts to the second (VariantTimeToSystemTime); nothing for what is no Date: outside the
-// years 100 to 9999, infinite, or not a number, for which the platform does not look out.
-std::optional<SYSTEMTIME> PartsOf(DATE date) noexcept;
-
-// The Date to the second (SystemTimeToVariantTime); 0 for what is no time.
-DATE DateOf(SYSTEMTIME parts) noexcept;
 
 // True when the value is numeric and lies within both limits, compared as automation does.
 bool InRange(const VARIANT& value, const VARIANT& low, const VARIANT& high) noexcept;

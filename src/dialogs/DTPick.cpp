@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "core/Catalogue.h"
+#include "core/Dates.h"
 #include "core/quillfn.h"
 #include "dialogs/frmDTPick.h"
 

@@ -1,8 +1,8 @@
 #include "dialogs/DriveList.h"
 
 #include "core/Catalogue.h"
+#include "core/Paths.h"
 #include "core/Text.h"
-#include "core/quillfn.h"
 #include "dialogs/frmDrives.h"
 
 namespace quill {

@@ -6,6 +6,7 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
+#include "core/Paths.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
 #include "gui/DialogWatch.h"

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "core/Dates.h"
 #include "core/quillfn.h"
 
 namespace quill {

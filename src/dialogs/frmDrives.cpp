@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "core/Apartment.h"
+#include "core/Paths.h"
 #include "core/RunAside.h"
 #include "core/quillfn.h"
 #include "gui/windowfn.h"

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "core/Automation.h"
+#include "core/Paths.h"
 #include "services/Bytes.h"
 #include "services/Hashes.h"
 #include "services/Lists.h"
-#include "services/Paths.h"
 #include "services/Urls.h"
 
 namespace quill {

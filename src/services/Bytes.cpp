@@ -7,6 +7,7 @@
 
 #include <wincrypt.h>
 
+#include "core/Text.h"
 #include "services/Lists.h"
 
 namespace quill {
@@ -29,12 +30,12 @@ bool IsBlank(wchar_t unit) noexcept
 
 Bytes BytesOrNone(const VARIANT& data)
 {
-    return BytesOf(data).value_or(Bytes());
+    return BytesIn(data).value_or(Bytes());
 }
 
 } // namespace
 
-std::optional<Bytes> BytesOf(const VARIANT& data)
+std::optional<Bytes> BytesIn(const VARIANT& data)
 {
     if (const SAFEARRAY* array = ArrayOf(data)) {
         VARTYPE type = VT_EMPTY;
@@ -80,13 +81,8 @@ Bytes ToCodePage(std::wstring_view text, UINT codePage)
         if (codePage == kUtf16BigEndian) SwapPairs(bytes);
         return bytes;
     }
-    const auto units = static_cast<int>(text.size());
-    const int size =
-        WideCharToMultiByte(codePage, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    Bytes bytes(static_cast<size_t>(size));
-    WideCharToMultiByte(codePage, 0, text.data(), units, reinterpret_cast<char*>(bytes.data()),
-                        size, nullptr, nullptr);
-    return bytes;
+    const std::string encoded = Encode(text, codePage);
+    return {encoded.begin(), encoded.end()};
 }
 
 std::wstring FromCodePage(const Bytes& bytes, UINT codePage)
@@ -104,12 +100,7 @@ std::wstring FromCodePage(const Bytes& bytes, UINT codePage)
         if (bytes.size() % sizeof(wchar_t)) text += L'\xFFFD';
         return text;
     }
-    const auto* first = reinterpret_cast<const char*>(bytes.data());
-    const auto size = static_cast<int>(bytes.size());
-    const int units = MultiByteToWideChar(codePage, 0, first, size, nullptr, 0);
-    std::wstring text(static_cast<size_t>(units), L'\0');
-    MultiByteToWideChar(codePage, 0, first, size, text.data(), units);
-    return text;
+    return Decode({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, codePage);
 }
 
 Variant TextToBytes(const std::wstring& text, LONG codePage)

@@ -1,4 +1,4 @@
-// Bytes of scripts, and what they stand for: text in a code page, hexadecimal digits, Base64.
+// Bytes of scripts, and what they can represent: text in a code page, hexadecimal digits, Base64.
 //
 // Scripts pass bytes as an array of Byte, as an array of whole numbers from 0 to 255, or as text,
 // which stands for its UTF-8; they get an array of Byte.
@@ -15,8 +15,8 @@ namespace quill {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Nothing for data that are no bytes. Empty stands for no bytes, as for an empty text.
-std::optional<Bytes> BytesOf(const VARIANT& data);
+// Nothing for data that is not bytes. An empty Variant and an empty text are no bytes.
+std::optional<Bytes> BytesIn(const VARIANT& data);
 
 Variant MakeByteArray(const Bytes& bytes);
 

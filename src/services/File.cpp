@@ -1,7 +1,7 @@
 #include "services/File.h"
 
 #include "core/Catalogue.h"
-#include "core/quillfn.h"
+#include "core/Dates.h"
 #include "services/BinFile.h"
 
 namespace quill {

@@ -5,8 +5,8 @@
 
 #include <wincrypt.h>
 
+#include "core/Paths.h"
 #include "services/Bytes.h"
-#include "services/Paths.h"
 
 namespace quill {
 
@@ -73,7 +73,7 @@ private:
 
 std::wstring Hash(const VARIANT& data, const std::wstring& algorithm)
 {
-    const auto bytes = BytesOf(data);
+    const auto bytes = BytesIn(data);
     Hasher hasher(algorithm);
     if (!bytes || !hasher.Add(bytes->data(), static_cast<DWORD>(bytes->size()))) return {};
     return hasher.Digits();

@@ -6,10 +6,9 @@
 #include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "core/MessagePump.h"
-#include "core/quillfn.h"
+#include "core/Paths.h"
 #include "messages.h"
 #include "services/Bytes.h"
-#include "services/Paths.h"
 
 namespace quill {
 

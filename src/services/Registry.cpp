@@ -4,7 +4,11 @@
 #include <cstring>
 
 #include "core/Catalogue.h"
+#include "core/Paths.h"
+#include "core/Text.h"
 #include "core/quillfn.h"
+#include "services/Bytes.h"
+#include "services/Lists.h"
 
 namespace quill {
 
@@ -23,7 +27,7 @@ size_t NameOffset(const std::wstring& path) noexcept
 }
 
 // The text of a value, without the NUL that ends it. One that was stored without keeps all it has.
-std::wstring TextOf(const std::vector<BYTE>& bytes)
+std::wstring StoredText(const std::vector<BYTE>& bytes)
 {
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
     memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
@@ -31,22 +35,11 @@ std::wstring TextOf(const std::vector<BYTE>& bytes)
     return text;
 }
 
-std::wstring Expanded(const std::wstring& text)
-{
-    std::wstring expanded(ExpandEnvironmentStringsW(text.c_str(), nullptr, 0), L'\0');
-    ExpandEnvironmentStringsW(text.c_str(), expanded.data(), static_cast<DWORD>(expanded.size()));
-    if (!expanded.empty()) expanded.pop_back();
-    return expanded;
-}
-
 // The strings that a NUL follows, and what is behind the last NUL.
 std::vector<std::wstring> SplitAtNuls(const std::wstring& text)
 {
-    std::vector<std::wstring> parts;
-    size_t begin = 0;
-    for (size_t end; (end = text.find(L'\0', begin)) != std::wstring::npos; begin = end + 1)
-        parts.push_back(text.substr(begin, end - begin));
-    if (begin < text.size()) parts.push_back(text.substr(begin));
+    std::vector<std::wstring> parts = SplitAt(text, {L"\0", 1});
+    if (parts.back().empty()) parts.pop_back();
     return parts;
 }
 
@@ -85,7 +78,6 @@ LONG Registry::GetItems(const std::wstring& path, VARIANT& items)
 
 std::wstring Registry::Search(const std::wstring& item, const std::wstring& path)
 {
-    errorCode_ = kInvalidPath;
     const std::wstring start = WithoutTrailingBackslash(path);
     const auto place = PlaceOf(start);
     if (!place) return {};
@@ -100,8 +92,8 @@ std::wstring Registry::Search(const std::wstring& item, const std::wstring& path
 
 Variant Registry::RegRead(const std::wstring& item, const std::wstring& valueName)
 {
-    errorCode_ = kInvalidPath;
     auto place = PlaceOf(item);
+    errorCode_ = kInvalidPath;
     if (!place || place->path.empty()) return {};
     std::wstring name = valueName;
     if (name.empty() && !place->path.ends_with(L'\\')) {
@@ -121,10 +113,8 @@ Variant Registry::RegRead(const std::wstring& item, const std::wstring& valueNam
 
 LONG Registry::RegEntryExists(const std::wstring& item)
 {
-    errorCode_ = kInvalidPath;
     const auto place = PlaceOf(item);
     if (!place) return kNothing;
-    errorCode_ = 0;
     if (IsKey(*place)) return kKey;
     // The name of a value may have backslashes in it, so each of them may be where it begins. It
     // cannot be longer than its limit, and a path that is too long for a key and a name is nothing.
@@ -144,10 +134,8 @@ LONG Registry::RegEntryExists(const std::wstring& item)
 
 LONG Registry::RegEntryExists1(const std::wstring& item)
 {
-    errorCode_ = kInvalidPath;
     const auto place = PlaceOf(item);
     if (!place) return kNothing;
-    errorCode_ = 0;
     if (IsKey(*place)) return kKey;
     const size_t offset = NameOffset(place->path);
     errorCode_ = FindValueAt({place->root, WithoutTrailingBackslash(place->path.substr(0, offset))},
@@ -155,11 +143,12 @@ LONG Registry::RegEntryExists1(const std::wstring& item)
     return errorCode_ == ERROR_SUCCESS ? kValue : kNothing;
 }
 
-// None when the path does not begin with a root.
+// None, with an error code, if the path does not begin with a root.
 std::optional<Registry::Place> Registry::PlaceOf(const std::wstring& path)
 {
     const size_t separator = path.find(L'\\');
     const HKEY root = RootKeyOf(path.substr(0, separator));
+    errorCode_ = root ? ERROR_SUCCESS : kInvalidPath;
     if (!root) return {};
     return Place{root,
                  separator == std::wstring::npos ? std::wstring() : path.substr(separator + 1)};
@@ -193,13 +182,14 @@ LONG Registry::FindValueAt(const Place& place, const std::wstring& name) const
 Variant Registry::Convert(const RegistryValue& value) const
 {
     switch (value.type) {
-    case REG_SZ: return Variant(TextOf(value.bytes));
+    case REG_SZ: return Variant(StoredText(value.bytes));
     case REG_EXPAND_SZ: {
-        const std::wstring text = TextOf(value.bytes);
-        return Variant(convertStr_ ? Expanded(text) : text);
+        const std::wstring text = StoredText(value.bytes);
+        // What follows a NUL is not expanded, and is dropped.
+        return Variant(convertStr_ ? ExpandEnvironment(text.c_str()) : text);
     }
     case REG_MULTI_SZ: {
-        const std::wstring text = TextOf(value.bytes);
+        const std::wstring text = StoredText(value.bytes);
         return convertStr_ ? MakeStringArray(SplitAtNuls(text), convertArr_) : Variant(text);
     }
     case REG_DWORD: {
@@ -215,17 +205,13 @@ Variant Registry::Convert(const RegistryValue& value) const
 
 Variant Registry::ConvertBytes(const std::vector<BYTE>& bytes) const
 {
-    Array array = MakeArray(convertArr_ ? VT_VARIANT : VT_UI1, bytes.size());
-    if (!convertArr_) {
-        std::copy(bytes.begin(), bytes.end(), DataOf<BYTE>(*array).begin());
-    } else {
-        for (size_t index = 0; index < bytes.size(); ++index) {
-            VARIANT& element = DataOf<VARIANT>(*array)[index];
-            V_UI1(&element) = bytes[index];
-            V_VT(&element) = VT_UI1;
-        }
+    if (!convertArr_) return MakeByteArray(bytes);
+    std::vector<Variant> elements(bytes.size());
+    for (size_t index = 0; index < bytes.size(); ++index) {
+        V_UI1(&elements[index]) = bytes[index];
+        V_VT(&elements[index]) = VT_UI1;
     }
-    return Variant(std::move(array));
+    return MakeList(std::move(elements));
 }
 
 } // namespace quill

@@ -6,8 +6,8 @@
 
 namespace quill {
 
-// Paths begin with the name of a root key, long or short. Raises nothing of its own: ErrorCode
-// tells how the last call ended.
+// Paths begin with the name of a root key, long or short. Raises no errors of its own: ErrorCode
+// is the result of the last call.
 class Registry final : public Automation<_Registry> {
 public:
     STORED_PROPERTY(LONG, Access64, access64_, Within<0, 2>)
@@ -40,7 +40,7 @@ private:
     LONG RegEntryExists(const std::wstring& item);
     LONG RegEntryExists1(const std::wstring& item);
 
-    static std::optional<Place> PlaceOf(const std::wstring& path);
+    std::optional<Place> PlaceOf(const std::wstring& path);
     REGSAM Access() const;
     RegistryItem Item() const;
     bool IsKey(const Place& entry) const;

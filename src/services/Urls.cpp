@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "core/Paths.h"
 #include "services/Bytes.h"
 #include "services/Lists.h"
-#include "services/Paths.h"
 
 namespace quill {
 
@@ -18,8 +18,8 @@ bool IsUsable(const std::wstring& url) noexcept
     return url.size() <= kLongestUrl && IsPlain(url);
 }
 
-// Without the blanks and control characters around it, which count for nothing in a URL. What is
-// left of one that has no other characters would lead the platform outside of its memory.
+// Without the blanks and control characters around it, which a URL ignores. One that has no other
+// characters makes the platform read out of bounds.
 std::wstring Trimmed(const std::wstring& url)
 {
     const auto counts = [](wchar_t unit) { return unit > L' '; };
@@ -44,7 +44,7 @@ bool IsUnreserved(wchar_t unit) noexcept
            std::wstring_view(L"-._~").find(unit) != std::wstring_view::npos;
 }
 
-// The byte that "%XX" at this place stands for; -1 where there is none.
+// The byte that "%XX" at this place stands for; -1 if there is none.
 int EscapedByte(const std::wstring& text, size_t index) noexcept
 {
     if (text[index] != L'%' || text.size() - index < 3) return -1;

@@ -1,7 +1,7 @@
 #include "sysinfo/DateTime.h"
 
 #include "core/Catalogue.h"
-#include "core/quillfn.h"
+#include "core/Dates.h"
 
 namespace quill {
 

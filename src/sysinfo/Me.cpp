@@ -6,7 +6,7 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "core/quillfn.h"
+#include "core/Paths.h"
 
 namespace quill {
 

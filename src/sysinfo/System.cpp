@@ -2,6 +2,7 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
+#include "core/Paths.h"
 #include "core/quillfn.h"
 
 namespace quill {
@@ -126,7 +127,7 @@ SHORT System::BiosMode(SHORT alternative)
         return static_cast<SHORT>(type);
     }
     if (!machine.getFirmwareVariable) return 0;
-    // There is no such variable; why the call fails tells what the system was started by.
+    // There is no such variable; the reason of the failure shows what the system was started by.
     wchar_t value[kFirmwareSize];
     SetLastError(ERROR_SUCCESS);
     machine.getFirmwareVariable(L"", L"{00000000-0000-0000-0000-000000000000}", value,

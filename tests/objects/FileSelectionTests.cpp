@@ -3,7 +3,7 @@
 #include <cderr.h>
 
 #include "core/Apartment.h"
-#include "core/quillfn.h"
+#include "core/Paths.h"
 #include "dialogs/FileSelection.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"

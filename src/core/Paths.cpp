@@ -1,4 +1,4 @@
-#include "services/Paths.h"
+#include "core/Paths.h"
 
 #include <algorithm>
 
@@ -34,6 +34,19 @@ bool IsPlain(const std::wstring& text) noexcept
 bool IsFullPath(const std::wstring& path) noexcept
 {
     return path.starts_with(L"\\\\") || (path.size() >= 3 && path[1] == L':' && path[2] == L'\\');
+}
+
+std::wstring CurrentFolder()
+{
+    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
+    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
+    return folder;
+}
+
+std::wstring FolderOf(const std::wstring& path)
+{
+    const auto end = path.find_last_of(L'\\');
+    return end == std::wstring::npos ? std::wstring() : path.substr(0, end);
 }
 
 FileHandle OpenDiskFile(const std::wstring& path, DWORD access, DWORD disposition,

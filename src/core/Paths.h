@@ -1,5 +1,5 @@
-// Paths, file names and command lines, as the platform reads them. A text with a NUL in it names
-// nothing, and gives nothing.
+// Paths, file names and command lines, as the platform reads them. A text with a NUL in it
+// is not a path, and the result is empty.
 #pragma once
 
 #include <string>
@@ -15,8 +15,14 @@ bool IsPlain(const std::wstring& text) noexcept;
 // process are not those of the script.
 bool IsFullPath(const std::wstring& path) noexcept;
 
+// The current directory of the process.
+std::wstring CurrentFolder();
+
+// The path without its last part; empty when it has only one.
+std::wstring FolderOf(const std::wstring& path);
+
 // Opens a file on a disk, shared with all others; null, with the reason in GetLastError, for what
-// is not there and for devices and pipes, where a read could wait for ever.
+// is not there and for devices and pipes, where a read could wait indefinitely.
 FileHandle OpenDiskFile(const std::wstring& path, DWORD access, DWORD disposition,
                         DWORD flags) noexcept;
 
