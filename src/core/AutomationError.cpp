@@ -65,11 +65,25 @@ void Check(HRESULT result)
     if (FAILED(result)) throw AutomationError{result, {}, PlatformText(result)};
 }
 
+void CheckWin32(LSTATUS code)
+{
+    if (code != ERROR_SUCCESS) RaiseWin32(static_cast<DWORD>(code));
+}
+
+void CheckLast(BOOL succeeded)
+{
+    if (!succeeded) RaiseLastError();
+}
+
+void RaiseWin32(DWORD code)
+{
+    const HRESULT result = code == 0 ? E_FAIL : HRESULT_FROM_WIN32(code);
+    throw AutomationError{result, {}, PlatformText(result)};
+}
+
 void RaiseLastError()
 {
-    const DWORD code = GetLastError();
-    Check(code == 0 ? E_FAIL : HRESULT_FROM_WIN32(code));
-    throw AutomationError{E_FAIL, {}, {}};
+    RaiseWin32(GetLastError());
 }
 
 HRESULT ReportException(const IID& interfaceId, const std::wstring& source) noexcept

@@ -44,10 +44,14 @@ enum class RuntimeError : unsigned {
 // HRESULT.
 LONG NumberOf(const AutomationError& error) noexcept;
 
-// Turns a failing HRESULT of the platform into an error with the platform's own text.
+// Turn a failure of the platform into an error with the platform's own text, for functions that
+// return an HRESULT, a Windows error code, or success with the reason in GetLastError.
 void Check(HRESULT result);
+void CheckWin32(LSTATUS code);
+void CheckLast(BOOL succeeded);
 
-// The same for a platform function that reports through GetLastError.
+// Raise a failure with this code, or with the one in GetLastError; E_FAIL if that is 0.
+[[noreturn]] void RaiseWin32(DWORD code);
 [[noreturn]] void RaiseLastError();
 
 // Called in a catch block: turns the exception in flight into the thread's error information and

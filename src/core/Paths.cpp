@@ -8,7 +8,7 @@ namespace quill {
 
 namespace {
 
-constexpr size_t kLongestPath = 32767; // of what the platform takes, with its NUL
+constexpr size_t kLongestPath = 32767; // UTF-16 units, with the NUL
 
 // Calls a platform function that fills a buffer and says how much room it needs, with the NUL,
 // when that was too little. 0 is failure.
@@ -54,12 +54,10 @@ FileHandle OpenDiskFile(const std::wstring& path, DWORD access, DWORD dispositio
 {
     SetLastError(ERROR_INVALID_NAME);
     if (!IsPlain(path) || !IsFullPath(path)) return nullptr;
-    const HANDLE handle =
-        CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, disposition, flags, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return nullptr;
-    FileHandle file(handle);
-    if (GetFileType(handle) == FILE_TYPE_DISK) return file;
+    FileHandle file(CreateFileW(path.c_str(), access,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                disposition, flags, nullptr));
+    if (!file || GetFileType(file.get()) == FILE_TYPE_DISK) return file;
     SetLastError(ERROR_INVALID_NAME);
     return nullptr;
 }
@@ -72,9 +70,10 @@ std::wstring CombinePath(const std::wstring& folder, const std::wstring& name)
     constexpr unsigned long kAllowLongPaths = 1;
     if (!IsPlain(folder) || !IsPlain(name) || (folder.empty() && name.empty())) return {};
     if (combine) {
-        PWSTR combined = nullptr;
-        if (FAILED(combine(folder.c_str(), name.c_str(), kAllowLongPaths, &combined))) return {};
-        return Owned<PWSTR, LocalFree>(combined).get();
+        Owned<PWSTR, LocalFree> combined;
+        if (FAILED(combine(folder.c_str(), name.c_str(), kAllowLongPaths, Into(combined))))
+            return {};
+        return combined.get();
     }
     // Windows 7, which knows short paths only.
     wchar_t combined[MAX_PATH];
@@ -101,7 +100,7 @@ std::wstring RelativePath(const std::wstring& path, const std::wstring& folder)
 {
     if (!IsPlain(path) || !IsPlain(folder) || path.size() >= MAX_PATH || folder.size() >= MAX_PATH)
         return {};
-    wchar_t relative[3 * MAX_PATH]; // a folder of one letter is left by two points
+    wchar_t relative[3 * MAX_PATH]; // "..\\" replaces a folder of one letter
     if (!PathRelativePathToW(relative, folder.c_str(), FILE_ATTRIBUTE_DIRECTORY, path.c_str(), 0))
         return {};
     return relative;
@@ -155,7 +154,7 @@ std::wstring ExpandEnvironment(const std::wstring& text)
 
 Variant SplitCommandLine(const std::wstring& commandLine)
 {
-    // An empty command line would stand for that of this process.
+    // The platform takes an empty command line for that of this process.
     const size_t begin = commandLine.find_first_not_of(L" \t");
     std::vector<std::wstring> parts;
     if (begin != std::wstring::npos && IsPlain(commandLine)) {

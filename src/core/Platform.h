@@ -16,6 +16,7 @@
 #include <shlwapi.h>
 #include <wrl/client.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -36,12 +37,40 @@ struct Closer {
         Close(handle);
     }
 };
-template <class Handle, auto Close>
-using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Closer<Close>>;
+template <class Pointer, auto Close>
+using Owned = std::unique_ptr<std::remove_pointer_t<Pointer>, Closer<Close>>;
+
+// The same for functions that return INVALID_HANDLE_VALUE for "none".
+template <auto Close>
+class OwnedOrInvalid : public Owned<HANDLE, Close> {
+public:
+    OwnedOrInvalid(std::nullptr_t = nullptr) noexcept {}
+    explicit OwnedOrInvalid(HANDLE handle) noexcept
+        : Owned<HANDLE, Close>(handle == INVALID_HANDLE_VALUE ? nullptr : handle)
+    {
+    }
+};
+
+// Passes an owner to a function that hands out what is to be owned: RegOpenKeyExW(..., Into(key)).
+template <class Owner>
+class Into {
+public:
+    explicit Into(Owner& owner) noexcept : owner_(owner) {}
+    ~Into() { owner_.reset(received_); }
+    Into(const Into&) = delete;
+    Into& operator=(const Into&) = delete;
+
+    operator typename Owner::pointer *() noexcept { return &received_; }
+
+private:
+    Owner& owner_;
+    typename Owner::pointer received_{};
+};
 
 using Bstr = Owned<BSTR, SysFreeString>;
-using Event = Owned<HANDLE, CloseHandle>;
-using FileHandle = Owned<HANDLE, CloseHandle>;
+using Handle = Owned<HANDLE, CloseHandle>;
+using Event = Handle;
+using FileHandle = OwnedOrInvalid<CloseHandle>;
 using Font = Owned<HFONT, DeleteObject>;
 using RegistryKey = Owned<HKEY, RegCloseKey>;
 

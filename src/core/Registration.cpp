@@ -2,8 +2,8 @@
 
 #include "core/AutomationError.h"
 #include "core/Catalogue.h"
-#include "core/TypeLibrary.h"
 #include "core/Paths.h"
+#include "core/TypeLibrary.h"
 
 namespace quill {
 
@@ -12,7 +12,7 @@ namespace {
 constexpr wchar_t kDualProxy[] = L"{00020424-0000-0000-C000-000000000046}";
 constexpr wchar_t kDispatchProxy[] = L"{00020420-0000-0000-C000-000000000046}";
 
-struct RegistryValue {
+struct RegistryEntry {
     std::wstring key;  // below the root that it is written to
     std::wstring name; // empty: the key's default value
     std::wstring text;
@@ -49,11 +49,6 @@ constexpr wchar_t kMessageFile[] = L"EventMessageFile";
 constexpr DWORD kEventTypes =
     EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE;
 
-void CheckWin32(LSTATUS status)
-{
-    Check(HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
-}
-
 std::wstring Braced(const GUID& id)
 {
     wchar_t text[39];
@@ -61,10 +56,10 @@ std::wstring Braced(const GUID& id)
     return text;
 }
 
-std::wstring TextOf(BSTR text)
+// The name of an entry of the type library, or its description; empty where it has none.
+std::wstring OrEmpty(const Bstr& text)
 {
-    const Bstr owned(text);
-    return text ? text : L"";
+    return text ? text.get() : L"";
 }
 
 std::wstring ProgId(const CatalogueRow& row)
@@ -115,24 +110,24 @@ std::vector<PublishedInterface> PublishedInterfaces()
     for (UINT index = 0; index < library->GetTypeInfoCount(); ++index) {
         ComPtr<ITypeInfo> info;
         TYPEATTR* attributes = nullptr;
-        BSTR name = nullptr;
+        Bstr name;
         Check(library->GetTypeInfo(index, &info));
         Check(info->GetTypeAttr(&attributes));
         const TYPEATTR copy = *attributes;
         info->ReleaseTypeAttr(attributes);
         if (copy.typekind != TKIND_DISPATCH && copy.typekind != TKIND_INTERFACE) continue;
-        Check(info->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr));
-        interfaces.push_back({copy.guid, TextOf(name), (copy.wTypeFlags & TYPEFLAG_FDUAL) != 0});
+        Check(info->GetDocumentation(MEMBERID_NIL, Into(name), nullptr, nullptr, nullptr));
+        interfaces.push_back({copy.guid, OrEmpty(name), (copy.wTypeFlags & TYPEFLAG_FDUAL) != 0});
     }
     return interfaces;
 }
 
-std::vector<RegistryValue> Values(const std::wstring& program)
+std::vector<RegistryEntry> Values(const std::wstring& program)
 {
     const TLIBATTR library = LibraryAttributes();
     const std::wstring libraryId = Braced(library.guid);
     const std::wstring version = LibraryVersion(library);
-    std::vector<RegistryValue> values;
+    std::vector<RegistryEntry> values;
 
     for (const CatalogueRow& row : kCatalogue) {
         const std::wstring progId = ProgId(row);
@@ -153,10 +148,10 @@ std::vector<RegistryValue> Values(const std::wstring& program)
         values.push_back({progId + L"\\CurVer", L"", versioned});
     }
 
-    BSTR description = nullptr;
-    Check(TypeLibrary()->GetDocumentation(-1, nullptr, &description, nullptr, nullptr));
+    Bstr description;
+    Check(TypeLibrary()->GetDocumentation(-1, nullptr, Into(description), nullptr, nullptr));
     const std::wstring libraryKey = LibraryKey(library) + L'\\' + version;
-    values.push_back({libraryKey, L"", TextOf(description)});
+    values.push_back({libraryKey, L"", OrEmpty(description)});
     // The platform sets one more flag in a library that it has loaded.
     values.push_back({libraryKey + L"\\FLAGS", L"",
                       std::to_wstring(library.wLibFlags & ~LIBFLAG_FHASDISKIMAGE)});
@@ -174,55 +169,56 @@ std::vector<RegistryValue> Values(const std::wstring& program)
     return values;
 }
 
-void Write(const Root& root, const RegistryValue& value)
+// Opens a key below a root. A Windows error code.
+LSTATUS Open(const Root& root, const std::wstring& name, REGSAM access, RegistryKey& key)
 {
-    HKEY key = nullptr;
+    return RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, access | root.view, Into(key));
+}
+
+void Write(const Root& root, const RegistryEntry& value)
+{
+    RegistryKey key;
     CheckWin32(RegCreateKeyExW(root.hive, (root.path + value.key).c_str(), 0, nullptr, 0,
-                               KEY_SET_VALUE | root.view, nullptr, &key, nullptr));
-    const RegistryKey owned(key);
+                               KEY_SET_VALUE | root.view, nullptr, Into(key), nullptr));
     const auto bytes = static_cast<DWORD>((value.text.size() + 1) * sizeof(wchar_t));
-    CheckWin32(RegSetValueExW(key, value.name.c_str(), 0, REG_SZ,
+    CheckWin32(RegSetValueExW(key.get(), value.name.c_str(), 0, REG_SZ,
                               reinterpret_cast<const BYTE*>(value.text.c_str()), bytes));
 }
 
 // A text value of a key, the default one if no other is named; empty when there is none.
 std::wstring Read(const Root& root, const std::wstring& name, const wchar_t* value = nullptr)
 {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_QUERY_VALUE | root.view, &key))
-        return {};
-    const RegistryKey owned(key);
+    RegistryKey key;
+    if (Open(root, name, KEY_QUERY_VALUE, key) != ERROR_SUCCESS) return {};
     std::wstring text(4096, L'\0');
     auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    if (RegGetValueW(key, nullptr, value, RRF_RT_REG_SZ, nullptr, text.data(), &bytes)) return {};
+    if (RegGetValueW(key.get(), nullptr, value, RRF_RT_REG_SZ, nullptr, text.data(), &bytes))
+        return {};
     text.resize(bytes / sizeof(wchar_t) - 1);
     return text;
 }
 
-// Removes a key with all below it; a key that is not there is as good.
+// Removes a key and everything below it; does nothing if there is none.
 void Remove(const Root& root, const std::wstring& name)
 {
-    HKEY key = nullptr;
-    LSTATUS status =
-        RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_ALL_ACCESS | root.view, &key);
+    RegistryKey key;
+    LSTATUS status = Open(root, name, KEY_ALL_ACCESS, key);
     if (status == ERROR_FILE_NOT_FOUND) return;
     CheckWin32(status);
-    const RegistryKey owned(key);
-    CheckWin32(RegDeleteTreeW(key, nullptr));
+    CheckWin32(RegDeleteTreeW(key.get(), nullptr));
     status = RegDeleteKeyExW(root.hive, (root.path + name).c_str(), root.view, 0);
     if (status != ERROR_FILE_NOT_FOUND) CheckWin32(status);
 }
 
-// The same, but only where nothing is below it.
+// The same, but only if the key is empty.
 void RemoveIfEmpty(const Root& root, const std::wstring& name)
 {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root.hive, (root.path + name).c_str(), 0, KEY_READ | root.view, &key)) return;
-    const RegistryKey owned(key);
+    RegistryKey key;
+    if (Open(root, name, KEY_READ, key) != ERROR_SUCCESS) return;
     DWORD keys = 0;
     DWORD values = 0;
-    CheckWin32(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values,
-                                nullptr, nullptr, nullptr, nullptr));
+    CheckWin32(RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, &keys, nullptr, nullptr,
+                                &values, nullptr, nullptr, nullptr, nullptr));
     if (keys == 0 && values == 0) Remove(root, name);
 }
 
@@ -289,9 +285,9 @@ RegistrationScope DefaultRegistrationScope() noexcept
 void RegisterServer(RegistrationScope scope, const std::wstring& program)
 {
     const HKEY hive = scope == RegistrationScope::AllUsers ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    const std::vector<RegistryValue> values = Values(program);
+    const std::vector<RegistryEntry> values = Values(program);
     for (const Root& root : RootsOf(hive))
-        for (const RegistryValue& value : values)
+        for (const RegistryEntry& value : values)
             Write(root, value);
     // The event log belongs to the machine; events of an unknown source are recorded all the same.
     if (scope == RegistrationScope::AllUsers) WriteEventSource(program);

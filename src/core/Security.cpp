@@ -10,30 +10,23 @@ namespace quill {
 
 namespace {
 
-void CheckCall(BOOL succeeded)
-{
-    if (!succeeded) RaiseLastError();
-}
-
-// A part of what the process's token says, as it lies in memory.
+// A part of the process's token, as the platform lays it out in memory.
 std::vector<BYTE> TokenPart(TOKEN_INFORMATION_CLASS part)
 {
-    HANDLE token = nullptr;
-    CheckCall(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token));
-    const Event owner(token);
+    Handle token;
+    CheckLast(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, Into(token)));
     DWORD size = 0;
-    GetTokenInformation(token, part, nullptr, 0, &size);
+    GetTokenInformation(token.get(), part, nullptr, 0, &size);
     std::vector<BYTE> data(size);
-    CheckCall(GetTokenInformation(token, part, data.data(), size, &size));
+    CheckLast(GetTokenInformation(token.get(), part, data.data(), size, &size));
     return data;
 }
 
 std::wstring SidText(PSID sid)
 {
-    wchar_t* text = nullptr;
-    CheckCall(ConvertSidToStringSidW(sid, &text));
-    const Owned<HLOCAL, LocalFree> owner(text);
-    return text;
+    Owned<LPWSTR, LocalFree> text;
+    CheckLast(ConvertSidToStringSidW(sid, Into(text)));
+    return text.get();
 }
 
 PSECURITY_DESCRIPTOR MakeRights()
@@ -47,7 +40,7 @@ PSECURITY_DESCRIPTOR MakeRights()
     const std::wstring text = L"O:" + sid + L"G:" + sid + L"D:(A;;0x3;;;" + sid +
                               L")(A;;0x3;;;SY)(A;;0x3;;;BA)S:(ML;;NX;;;" + integrity + L")";
     PSECURITY_DESCRIPTOR rights = nullptr;
-    CheckCall(ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1,
+    CheckLast(ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1,
                                                                    &rights, nullptr));
     return rights;
 }
@@ -60,14 +53,14 @@ AccessRights::AccessRights() : rights_(MakeRights())
     PACL list = nullptr;
     BOOL present = FALSE;
     BOOL defaulted = FALSE;
-    CheckCall(InitializeSecurityDescriptor(&absolute_, SECURITY_DESCRIPTOR_REVISION));
-    CheckCall(GetSecurityDescriptorOwner(rights_.get(), &sid, &defaulted) &&
+    CheckLast(InitializeSecurityDescriptor(&absolute_, SECURITY_DESCRIPTOR_REVISION));
+    CheckLast(GetSecurityDescriptorOwner(rights_.get(), &sid, &defaulted) &&
               SetSecurityDescriptorOwner(&absolute_, sid, FALSE));
-    CheckCall(GetSecurityDescriptorGroup(rights_.get(), &sid, &defaulted) &&
+    CheckLast(GetSecurityDescriptorGroup(rights_.get(), &sid, &defaulted) &&
               SetSecurityDescriptorGroup(&absolute_, sid, FALSE));
-    CheckCall(GetSecurityDescriptorDacl(rights_.get(), &present, &list, &defaulted) &&
+    CheckLast(GetSecurityDescriptorDacl(rights_.get(), &present, &list, &defaulted) &&
               SetSecurityDescriptorDacl(&absolute_, present, list, FALSE));
-    CheckCall(GetSecurityDescriptorSacl(rights_.get(), &present, &list, &defaulted) &&
+    CheckLast(GetSecurityDescriptorSacl(rights_.get(), &present, &list, &defaulted) &&
               SetSecurityDescriptorSacl(&absolute_, present, list, FALSE));
 }
 

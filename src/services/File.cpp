@@ -10,12 +10,11 @@ namespace {
 
 enum Time : SHORT { kCreation = 1, kLastWrite = 2, kLastAccess = 4 };
 
-// Null where the platform refuses. Shared with nobody, which opens for attributes alone neither
-// respect nor demand.
+// Null if the platform refuses. Not shared; opening a file for its attributes alone ignores that
+// and keeps nobody out.
 FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags)
 {
-    const HANDLE file = CreateFileW(path.c_str(), access, 0, nullptr, disposition, flags, nullptr);
-    return FileHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+    return FileHandle(CreateFileW(path.c_str(), access, 0, nullptr, disposition, flags, nullptr));
 }
 
 // Folders have times too, and open with backup semantics.
@@ -96,10 +95,7 @@ SHORT File::ExeType3(const std::wstring& path, bool version) const
 bool File::Exists(const std::wstring& pattern) const
 {
     WIN32_FIND_DATAW data;
-    const HANDLE search = FindFirstFileW(pattern.c_str(), &data);
-    if (search == INVALID_HANDLE_VALUE) return false;
-    FindClose(search);
-    return true;
+    return OwnedOrInvalid<FindClose>(FindFirstFileW(pattern.c_str(), &data)) != nullptr;
 }
 
 bool File::Replace(const std::wstring& path, const std::wstring& replacement,
@@ -148,7 +144,7 @@ SHORT File::TimeCompare(const std::wstring& first, const std::wstring& second, S
     if (!secondFile) return -1;
     FILETIME firstTime{};
     FILETIME secondTime;
-    TimeOf(firstFile.get(), which, firstTime); // a time that is not told is the earliest
+    TimeOf(firstFile.get(), which, firstTime); // a time that cannot be read counts as the earliest
     if (!TimeOf(secondFile.get(), which, secondTime)) return -1;
     const LONG order = CompareFileTime(&firstTime, &secondTime);
     return static_cast<SHORT>(order < 0 ? 1 : order > 0 ? 2 : 0);

@@ -110,12 +110,9 @@ std::wstring LineOf(const std::wstring& text, LogEventType type)
 std::wstring Locate(const std::wstring& name)
 {
     if (IsFullPath(name)) return name;
-    PWSTR data = nullptr;
-    const HRESULT found =
-        SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_CREATE, nullptr, &data);
-    const TaskMemory<wchar_t> owned(data);
-    Check(found);
-    const std::wstring folder = CombinePath(data, kSource);
+    TaskMemory<wchar_t> data;
+    Check(SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_CREATE, nullptr, Into(data)));
+    const std::wstring folder = CombinePath(data.get(), kSource);
     CreateDirectoryW(folder.c_str(), nullptr);
     return CombinePath(folder, name);
 }
@@ -132,8 +129,7 @@ void Lock(HANDLE file)
         const DWORD reason = GetLastError();
         if ((reason != ERROR_LOCK_VIOLATION && reason != ERROR_IO_PENDING) ||
             GetTickCount64() - begin > kLockDeadline || !WaitForMessages(kLockRetry)) {
-            SetLastError(reason);
-            RaiseLastError();
+            RaiseWin32(reason);
         }
     }
 }
@@ -142,10 +138,10 @@ void Append(const std::wstring& path, const std::wstring& line)
 {
     const FileHandle file =
         OpenDiskFile(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL);
-    if (!file) RaiseLastError();
+    CheckLast(file != nullptr);
     Lock(file.get());
     LARGE_INTEGER end{};
-    if (!SetFilePointerEx(file.get(), {}, &end, FILE_END)) RaiseLastError();
+    CheckLast(SetFilePointerEx(file.get(), {}, &end, FILE_END));
     std::wstring text(end.QuadPart == 0 ? kByteOrderMark : std::wstring_view());
     const Bytes bytes = ToCodePage(text += line, CP_UTF8);
     const auto size = static_cast<DWORD>(bytes.size());
@@ -156,8 +152,7 @@ void Append(const std::wstring& path, const std::wstring& line)
     // Half a line, of a disk that is full, is worse than none.
     const DWORD reason = done ? ERROR_DISK_FULL : GetLastError();
     if (SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN)) SetEndOfFile(file.get());
-    SetLastError(reason);
-    RaiseLastError();
+    RaiseWin32(reason);
 }
 
 void LogToFile(const std::wstring& name, const std::wstring& line)
@@ -174,12 +169,11 @@ void LogToFile(const std::wstring& name, const std::wstring& line)
 
 void Logging::Log(const std::wstring& text, LogEventType type) const
 {
-    size_t recorded = 0; // in the system's event log; the file gets what is left
+    size_t recorded = 0; // in the system's event log; the rest goes to the file
     if (mode_ != LogMode::File) {
         const DWORD refusal = LogToSystem(text, type, recorded);
         if (refusal == ERROR_SUCCESS) return;
-        SetLastError(refusal);
-        if (mode_ == LogMode::System) RaiseLastError();
+        if (mode_ == LogMode::System) RaiseWin32(refusal);
     }
     LogToFile(file_, LineOf(text.substr(recorded), type));
 }

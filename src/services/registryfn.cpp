@@ -28,10 +28,7 @@ HKEY RootKeyOf(std::wstring name)
 LONG OpenKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key)
 {
     if (path.size() > kKeyPathLimit) return ERROR_FILE_NOT_FOUND;
-    HKEY opened = nullptr;
-    const LONG result = RegOpenKeyExW(parent, path.c_str(), 0, access, &opened);
-    if (result == ERROR_SUCCESS) key.reset(opened);
-    return result;
+    return RegOpenKeyExW(parent, path.c_str(), 0, access, Into(key));
 }
 
 LONG FindValue(HKEY key, const std::wstring& name)
@@ -46,7 +43,7 @@ std::optional<RegistryValue> ReadValue(HKEY key, const std::wstring& name)
     RegistryValue value{};
     LONG result = ERROR_MORE_DATA;
     // Others may change the value after it was measured. What has become larger is measured again;
-    // a smaller one tells its own size and type.
+    // for a smaller one, the second call returns its size and type.
     while (result == ERROR_MORE_DATA) {
         DWORD size = 0;
         result = RegQueryValueExW(key, name.c_str(), nullptr, &value.type, nullptr, &size);

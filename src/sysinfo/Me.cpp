@@ -83,16 +83,15 @@ std::wstring Me::Version()
 
 LONG Me::ParentProcessID()
 {
-    const HANDLE taken = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    if (taken == INVALID_HANDLE_VALUE) return 0;
-    const Owned<HANDLE, CloseHandle> snapshot(taken);
+    const OwnedOrInvalid<CloseHandle> taken(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    const HANDLE snapshot = taken.get();
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof entry;
     const DWORD self = GetCurrentProcessId();
-    DWORD parent = 0;
-    for (BOOL more = Process32FirstW(taken, &entry); more; more = Process32NextW(taken, &entry))
-        if (entry.th32ProcessID == self) parent = entry.th32ParentProcessID;
-    return static_cast<LONG>(parent);
+    BOOL more = snapshot && Process32FirstW(snapshot, &entry);
+    while (more && entry.th32ProcessID != self)
+        more = Process32NextW(snapshot, &entry);
+    return more ? static_cast<LONG>(entry.th32ParentProcessID) : 0;
 }
 
 LONG Me::CallerTID()
