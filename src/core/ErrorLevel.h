@@ -14,10 +14,11 @@ public:
     STORED_PROPERTY(SHORT, ErrorLevel, errorLevel_, Within<0, 1>)
 
 protected:
-    // Raises an entry of the error table, or returns for the method to go on with its quiet result.
-    void RaiseUnlessQuiet(const PublishedError& entry, const std::wstring& value = {}) const
+    // Raises one of the class's errors; returns False where the script keeps errors quiet.
+    bool Refuse(const PublishedError& entry, const std::wstring& value = {}) const
     {
         if (errorLevel_ >= 1) Raise(entry, value);
+        return false;
     }
 
 private:

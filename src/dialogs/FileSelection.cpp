@@ -105,7 +105,7 @@ size_t FileSelection::BufferUnits(SHORT mode) const
 LONG FileSelection::Dialog(SHORT mode)
 {
     if (!InRange(mode, kOpen, kOpenSeveral)) {
-        RaiseUnlessQuiet(kInvalidDialogMode);
+        Refuse(kInvalidDialogMode);
         return 0;
     }
     const size_t units = BufferUnits(mode);

@@ -56,15 +56,13 @@ bool BinFile::Open(const std::wstring& path, bool writeAccess)
 {
     path_ = path;
     writeAccess_ = writeAccess;
-    const HANDLE opened = CreateFileW(
+    FileHandle file(CreateFileW(
         path.c_str(), writeAccess ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, 0, nullptr,
-        OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS | FILE_ATTRIBUTE_ARCHIVE, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) return false;
-    FileHandle file(opened);
-    if (GetFileType(opened) != FILE_TYPE_DISK) return false;
+        OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS | FILE_ATTRIBUTE_ARCHIVE, nullptr));
+    if (!file || GetFileType(file.get()) != FILE_TYPE_DISK) return false;
     SetLastError(NO_ERROR);
     DWORD high = 0;
-    if (GetFileSize(opened, &high) == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
+    if (GetFileSize(file.get(), &high) == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
         // Kept as published: a volume, which is not a file, stays held until the server ends.
         static_cast<void>(file.release());
         return false;
@@ -75,14 +73,8 @@ bool BinFile::Open(const std::wstring& path, bool writeAccess)
 
 bool BinFile::BRead(VARIANT& variable, LONG count, LONG type)
 {
-    if (!file_) {
-        RaiseUnlessQuiet(kFileNotOpen, kOfFile, path_);
-        return false;
-    }
-    if (IsArrayByReference(variable)) {
-        RaiseUnlessQuiet(kWrongVariantType, kOfArgument);
-        return false;
-    }
+    if (!file_) return Refuse(kFileNotOpen, kOfFile, path_);
+    if (IsArrayByReference(variable)) return Refuse(kWrongVariantType, kOfArgument);
     Assign(variable, {});
     switch (type) {
     case VT_UI1: return ReadNumber(variable, VT_UI1, 1);
@@ -92,10 +84,7 @@ bool BinFile::BRead(VARIANT& variable, LONG count, LONG type)
     case VT_R8: return ReadNumber(variable, VT_R8, 8);
     case VT_CY: return ReadNumber(variable, VT_CY, 8);
     }
-    if (count <= 0) {
-        RaiseUnlessQuiet(kReadSizeUndefined, kOfArgument);
-        return false;
-    }
+    if (count <= 0) return Refuse(kReadSizeUndefined, kOfArgument);
     if (count >= kLargestRead) throw std::bad_alloc();
     return type == VT_BSTR ? ReadText(variable, count) : ReadArray(variable, count);
 }
@@ -156,14 +145,9 @@ bool BinFile::BWrite(VARIANT& data, LONG count)
     if (!RequireWriteAccess()) return false;
     std::vector<BYTE> storage;
     const auto bytes = BytesOf(data, form_, storage);
-    if (!bytes) {
-        RaiseUnlessQuiet(kWriteDataUnusable, kOfArgument);
-        return false;
-    }
-    if (count < 0 || static_cast<size_t>(count) > bytes->size()) {
-        RaiseUnlessQuiet(kWriteSizeMismatch, kOfArgument);
-        return false;
-    }
+    if (!bytes) return Refuse(kWriteDataUnusable, kOfArgument);
+    if (count < 0 || static_cast<size_t>(count) > bytes->size())
+        return Refuse(kWriteSizeMismatch, kOfArgument);
     const DWORD wanted = static_cast<DWORD>(count == 0 ? bytes->size() : count);
     DWORD written = 0;
     if (!WriteFile(file_.get(), bytes->data(), wanted, &written, nullptr)) written = 0;
@@ -234,34 +218,31 @@ CURRENCY BinFile::LOC() const
     return AsCurrency(Position(), L"LOC");
 }
 
-void BinFile::SetLocationLow(LONG low)
+void BinFile::SetLocation(LONG low)
 {
     if (!file_) return;
-    if (!MoveTo(Joined(low, locationHigh_))) {
-        RaiseUnlessQuiet(kLocationNotSet, kOfFile);
-        return;
-    }
-    locationLow_ = low;
+    if (MoveTo(Joined(low, locationHigh_)))
+        locationLow_ = low;
+    else
+        Refuse(kLocationNotSet, kOfFile);
 }
 
-void BinFile::SetLocationHigh(LONG high)
+void BinFile::SetLocation2(LONG high)
 {
     if (!file_) return;
-    if (high < 0) {
-        RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, L"Location2");
-        return;
-    }
-    locationHigh_ = high;
+    if (high >= 0)
+        locationHigh_ = high;
+    else
+        Refuse(kWrongPropertyValue, kOfFile, L"Location2");
 }
 
-void BinFile::SetLocationCount(CURRENCY amount)
+void BinFile::SetLOC(CURRENCY amount)
 {
     if (!file_) return;
-    if (!IsCountInRange(amount)) {
-        RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, L"LOC");
-        return;
-    }
-    if (!MoveTo(CurrencyToCount(amount))) RaiseUnlessQuiet(kFilePointerNotSet, kOfFile);
+    if (!IsCountInRange(amount))
+        Refuse(kWrongPropertyValue, kOfFile, L"LOC");
+    else if (!MoveTo(CurrencyToCount(amount)))
+        Refuse(kFilePointerNotSet, kOfFile);
 }
 
 // In bytes; 0 when the file is closed.
@@ -270,7 +251,7 @@ std::int64_t BinFile::Size() const
     if (!file_) return 0;
     LARGE_INTEGER size;
     if (GetFileSizeEx(file_.get(), &size)) return size.QuadPart;
-    RaiseUnlessQuiet(kNoFileSize, kOfFile);
+    Refuse(kNoFileSize, kOfFile);
     return 0;
 }
 
@@ -281,7 +262,7 @@ std::int64_t BinFile::Position() const
     LARGE_INTEGER position;
     if (SetFilePointerEx(file_.get(), LARGE_INTEGER{}, &position, FILE_CURRENT))
         return position.QuadPart;
-    RaiseUnlessQuiet(kNoFilePointer, kOfFile);
+    Refuse(kNoFilePointer, kOfFile);
     return 0;
 }
 
@@ -307,23 +288,22 @@ void BinFile::RefreshHalves()
 CURRENCY BinFile::AsCurrency(std::int64_t count, const wchar_t* property) const
 {
     if (IsCountInRange(count)) return CountToCurrency(count);
-    RaiseUnlessQuiet(kWrongPropertyValue, kOfFile, property);
+    Refuse(kWrongPropertyValue, kOfFile, property);
     return {};
 }
 
 bool BinFile::RequireWriteAccess() const
 {
-    if (!file_)
-        RaiseUnlessQuiet(kFileNotOpen, kOfFile, path_);
-    else if (!writeAccess_)
-        RaiseUnlessQuiet(kNoWriteAccess, kOfFile);
-    return file_ && writeAccess_;
+    if (!file_) return Refuse(kFileNotOpen, kOfFile, path_);
+    return writeAccess_ || Refuse(kNoWriteAccess, kOfFile);
 }
 
-void BinFile::RaiseUnlessQuiet(const PublishedError& entry, Severity severity,
-                               const std::wstring& value) const
+// Raises an error of at least this severity, or returns False.
+bool BinFile::Refuse(const PublishedError& entry, Severity severity,
+                     const std::wstring& value) const
 {
     if (errorLevel_ >= severity) Raise(entry, value);
+    return false;
 }
 
 } // namespace quill

@@ -32,18 +32,15 @@ public:
     COMPUTED_PROPERTY(LONG, Location)
     STDMETHODIMP put_Location(LONG value) noexcept override
     {
-        return Call(&BinFile::SetLocationLow, value);
+        return Call(&BinFile::SetLocation, value);
     }
     COMPUTED_PROPERTY(LONG, Location2)
     STDMETHODIMP put_Location2(LONG value) noexcept override
     {
-        return Call(&BinFile::SetLocationHigh, value);
+        return Call(&BinFile::SetLocation2, value);
     }
     COMPUTED_PROPERTY(CURRENCY, LOC)
-    STDMETHODIMP put_LOC(CURRENCY value) noexcept override
-    {
-        return Call(&BinFile::SetLocationCount, value);
-    }
+    STDMETHODIMP put_LOC(CURRENCY value) noexcept override { return Call(&BinFile::SetLOC, value); }
     COMPUTED_PROPERTY(CURRENCY, LOF)
 
 private:
@@ -57,7 +54,6 @@ private:
     bool ReadInto(void* buffer, LONG count);
     bool BWrite(VARIANT& data, LONG count);
     bool BTrim();
-    void Flush() const;
 
     LONG handle() const;
     LONG Length() const;
@@ -66,9 +62,9 @@ private:
     LONG Location();
     LONG Location2();
     CURRENCY LOC() const;
-    void SetLocationLow(LONG low);
-    void SetLocationHigh(LONG high);
-    void SetLocationCount(CURRENCY amount);
+    void SetLocation(LONG low);
+    void SetLocation2(LONG high);
+    void SetLOC(CURRENCY amount);
 
     std::int64_t Size() const;
     std::int64_t Position() const;
@@ -77,8 +73,8 @@ private:
     CURRENCY AsCurrency(std::int64_t count, const wchar_t* property) const;
 
     bool RequireWriteAccess() const;
-    void RaiseUnlessQuiet(const PublishedError& entry, Severity severity,
-                          const std::wstring& value = {}) const;
+    bool Refuse(const PublishedError& entry, Severity severity,
+                const std::wstring& value = {}) const;
 
     FileHandle file_; // null when closed
     std::wstring path_;

@@ -31,13 +31,13 @@ void EventLog::SetMode(SHORT mode)
     if (InRange(mode, 0, 2))
         mode_ = static_cast<SHORT>(kModes[mode]);
     else
-        RaiseUnlessQuiet(kInvalidLogMode);
+        Refuse(kInvalidLogMode);
 }
 
 void EventLog::Report(const std::wstring& text, LONG icon)
 {
     // Kept as published: where the error stays quiet, the empty text is recorded.
-    if (text.empty()) RaiseUnlessQuiet(kNoLogText);
+    if (text.empty()) Refuse(kNoLogText);
     const Logging service(file_.empty() ? kDefaultFile : file_, static_cast<LogMode>(mode_));
     service.Log(text, TypeOfIcon(icon));
 }

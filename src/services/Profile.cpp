@@ -15,13 +15,15 @@ constexpr PublishedError kSectionTooLong{ErrorNumber(0x80040341),
                                          L"Section entries beyond maximum (0x8000)."};
 
 // Buffer sizes and limits, in UTF-16 units.
-constexpr size_t kValueLimit = 8192;
-constexpr size_t kSectionLimit = 32768;
+constexpr DWORD kValueLimit = 8192;
+constexpr DWORD kSectionLimit = 32768;
 
-// The first `count` units of a buffer that the platform filled.
-std::wstring Filled(std::wstring buffer, DWORD count)
+// What the platform puts into a buffer of this size; `fill` returns its length.
+template <class Fill>
+std::wstring Filled(DWORD size, Fill fill)
 {
-    buffer.resize(count);
+    std::wstring buffer(size, L'\0');
+    buffer.resize(fill(buffer.data(), size));
     return buffer;
 }
 
@@ -35,34 +37,33 @@ void Profile::SetFile(const std::wstring& path)
     if (FileExists(tested, false))
         file_ = path;
     else
-        RaiseUnlessQuiet(kProfileNotFound, path);
+        Refuse(kProfileNotFound, path);
 }
 
 std::wstring Profile::GetValue(const std::wstring& section, const std::wstring& key) const
 {
     if (!RequireFile()) return {};
-    std::wstring buffer(kValueLimit, L'\0');
-    const DWORD count = GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", buffer.data(),
-                                                 kValueLimit, file_.c_str());
-    return Filled(std::move(buffer), count);
+    return Filled(kValueLimit, [&](wchar_t* buffer, DWORD size) {
+        return GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", buffer, size,
+                                        file_.c_str());
+    });
 }
 
 std::wstring Profile::GetSection(const std::wstring& section, bool convert) const
 {
     if (!RequireFile()) return {};
-    std::wstring buffer(kSectionLimit, L'\0');
-    const DWORD count =
-        GetPrivateProfileSectionW(section.c_str(), buffer.data(), kSectionLimit, file_.c_str());
-    const std::wstring entries = Filled(std::move(buffer), count);
+    const std::wstring entries = Filled(kSectionLimit, [&](wchar_t* buffer, DWORD size) {
+        return GetPrivateProfileSectionW(section.c_str(), buffer, size, file_.c_str());
+    });
     return convert ? NulsToLineBreaks(entries) : entries;
 }
 
 std::wstring Profile::GetSectionNames(bool convert) const
 {
     if (!RequireFile()) return {};
-    std::wstring buffer(kSectionLimit, L'\0');
-    const DWORD count = GetPrivateProfileSectionNamesW(buffer.data(), kSectionLimit, file_.c_str());
-    const std::wstring names = Filled(std::move(buffer), count);
+    const std::wstring names = Filled(kSectionLimit, [&](wchar_t* buffer, DWORD size) {
+        return GetPrivateProfileSectionNamesW(buffer, size, file_.c_str());
+    });
     return convert ? NulsToLineBreaks(names) : names;
 }
 
@@ -70,10 +71,7 @@ bool Profile::SetValue(const std::wstring& section, const std::wstring& key,
                        const std::wstring& entry)
 {
     if (!RequireFile()) return false;
-    if (entry.size() > kValueLimit) {
-        RaiseUnlessQuiet(kValueTooLong);
-        return false;
-    }
+    if (entry.size() > kValueLimit) return Refuse(kValueTooLong);
     // No key: the whole section goes. No entry: the key goes.
     const wchar_t* keyText = key.empty() ? nullptr : key.c_str();
     const wchar_t* entryText = key.empty() || entry.empty() ? nullptr : entry.c_str();
@@ -83,10 +81,7 @@ bool Profile::SetValue(const std::wstring& section, const std::wstring& key,
 bool Profile::SetSection(const std::wstring& section, const std::wstring& entries, bool convert)
 {
     if (!RequireFile()) return false;
-    if (entries.size() > kSectionLimit) {
-        RaiseUnlessQuiet(kSectionTooLong);
-        return false;
-    }
+    if (entries.size() > kSectionLimit) return Refuse(kSectionTooLong);
     // With two more at the end the list is ended, even where the script forgot it.
     const std::wstring list = (convert ? LineBreaksToNuls(entries) : entries) + L'\0';
     return WritePrivateProfileSectionW(section.c_str(), list.c_str(), file_.c_str()) != FALSE;
@@ -94,8 +89,7 @@ bool Profile::SetSection(const std::wstring& section, const std::wstring& entrie
 
 bool Profile::RequireFile() const
 {
-    if (file_.empty()) RaiseUnlessQuiet(kNoProfile);
-    return !file_.empty();
+    return !file_.empty() || Refuse(kNoProfile);
 }
 
 } // namespace quill

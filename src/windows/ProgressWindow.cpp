@@ -66,7 +66,7 @@ void ProgressWindow::Create(const std::wstring& title, SHORT width, SHORT classi
     form->lblBtnText.SetText(buttonLabel_);
     if (!form->AddBar(style_, classic != 0)) {
         form->Unload();
-        RaiseUnlessQuiet(kControlCreation);
+        Refuse(kControlCreation);
         return;
     }
     form_ = form;
