@@ -54,7 +54,7 @@ struct ApartmentPool::Apartment {
     Event ended{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::thread thread;
 
-    // Throws AutomationError when there is no memory, window or event for the thread.
+    // Throws AutomationError if the platform refuses a window, an event or the thread.
     Apartment()
     {
         if (!ready || !ended) RaiseLastError();

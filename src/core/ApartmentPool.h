@@ -27,7 +27,7 @@ public:
     // is closed.
     HRESULT Create(const CatalogueRow& row, REFIID id, void** object) noexcept;
 
-    // Ends the threads and with them all waits, as if cancelled, and the objects that are left.
+    // Ends the threads and with them all waits, as if cancelled, and the remaining objects.
     // Creations fail from now on.
     void Close() noexcept;
 

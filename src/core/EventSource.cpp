@@ -6,7 +6,7 @@ namespace quill {
 
 namespace {
 
-// An enumerator over a copy of what there was when it was made. `Item` owns its references.
+// An enumerator over a copy of the items at the time of its creation. `Item` owns its references.
 template <class Interface, const IID* Id, class Raw, class Item>
 class Enumerator final : public Interface {
 public:

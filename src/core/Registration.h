@@ -13,7 +13,7 @@ enum class RegistrationScope { AllUsers, CurrentUser };
 RegistrationScope DefaultRegistrationScope() noexcept;
 
 // Writes the registration of the executable at `program` (a full path), readable by 32-bit and
-// 64-bit clients. Doing it again renews it. Throws AutomationError.
+// 64-bit clients. Registering again renews it. Throws AutomationError.
 void RegisterServer(RegistrationScope scope, const std::wstring& program);
 
 // Removes what was written for the executable at `program`, for all users and for the current one,

@@ -9,7 +9,7 @@ namespace quill {
 
 // The rights to a server of this process: its own user, the system and administrators may call, all
 // of them from this computer only; nobody of a lower integrity level may. Throws AutomationError
-// when the platform does not tell who its user is.
+// if the platform does not report the user.
 class AccessRights {
 public:
     AccessRights();

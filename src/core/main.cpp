@@ -71,7 +71,7 @@ void Report(const std::wstring& line)
 }
 
 // Before anything else is loaded: libraries come from the system folder only, a damaged heap ends
-// the process, and a drive without a disk is an error of the call, not a box of the system's that
+// the process, and a drive without a disk is an error of the call, and no system message box
 // waits.
 void Harden() noexcept
 {

@@ -5,7 +5,7 @@
 
 namespace quill {
 
-// Raises nothing of its own: what fails is told by the result.
+// Raises no errors of its own: the results report failures.
 class File final : public Automation<_File> {
 public:
     METHOD(BSTR, Application, (BSTR filespec), filespec)

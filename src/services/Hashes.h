@@ -8,7 +8,7 @@
 namespace quill {
 
 // Upper-case hexadecimal digits. The algorithm is MD5, SHA1 or SHA256, in any case, with a hyphen
-// (SHA-256) or without. Empty for another algorithm and for data that are no bytes.
+// (SHA-256) or without. Empty for another algorithm and for data that is not bytes.
 std::wstring Hash(const VARIANT& data, const std::wstring& algorithm);
 
 // Empty also when the file cannot be read to its end, or when the path is not a full one.

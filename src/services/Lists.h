@@ -1,8 +1,8 @@
 // Arrays of scripts: what is in them, whatever their type and bounds, and arrays that every script
 // language can index, which are zero-based ones of Variants.
 //
-// An array of more than one dimension, or of records, has no elements here; nor has anything that
-// is no array. Elements are compared by their text or their number. Objects, arrays, Null and
+// Anything but an array has no elements here; nor has an array of more than one dimension or of
+// records. Elements are compared by their text or their number. Objects, arrays, Null and
 // errors have neither: nobody's default property is asked.
 #pragma once
 

@@ -1,4 +1,5 @@
-// URLs: percent encoding in UTF-8, parts, relative ones, files. A text with a NUL in it is no URL.
+// URLs: percent encoding in UTF-8, parts, relative URLs, files. A text with a NUL in it is not a
+// URL.
 #pragma once
 
 #include <string>
@@ -10,7 +11,7 @@ namespace quill {
 // Keeps letters and digits of ASCII and - . _ ~ only. With `plus`, a blank becomes a plus sign.
 std::wstring EncodeUrl(const std::wstring& text, bool plus);
 
-// What is no percent sign with two digits stays; bytes that are no UTF-8 become U+FFFD.
+// A percent sign without two digits stays; bytes that are not UTF-8 become U+FFFD.
 std::wstring DecodeUrl(const std::wstring& text, bool plus);
 
 // Eight texts, as they stand in the URL: scheme, user, password, host, port, path, query, fragment.

@@ -23,7 +23,7 @@ size_t NumberSize(VARTYPE type) noexcept
     }
 }
 
-// As lenient as a language that reads a number up to the first character that is no digit.
+// As lenient as a language that reads a number up to the first character that is not a digit.
 BYTE ByteOfPair(wchar_t first, wchar_t second) noexcept
 {
     const int high = HexDigit(first);

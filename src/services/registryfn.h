@@ -20,7 +20,7 @@ struct RegistryValue {
     std::vector<BYTE> bytes;
 };
 
-// The root of this name, long or short and in any case; null for a name that is none.
+// The root of this name, long or short and in any case; null for an unknown name.
 HKEY RootKeyOf(std::wstring name);
 
 // Opens a key below another, or the other itself for an empty path. The platform's result code.
@@ -56,7 +56,7 @@ private:
     const RegistryItem item_;
     const REGSAM access_;
     LONG skip_;
-    std::wstring path_; // of the key that is looked through, at the end of what was found
+    std::wstring path_; // of the key that is being searched; at the end, of the match
 };
 
 } // namespace quill
