@@ -2,6 +2,8 @@
 // them to the boundary.
 #pragma once
 
+#include <string>
+
 #include "core/Platform.h"
 
 namespace quill {

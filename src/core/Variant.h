@@ -2,6 +2,8 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

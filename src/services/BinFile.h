@@ -1,6 +1,9 @@
 // Quill.BinFile: reads and writes the bytes of one file, anywhere in it. File.OpenBinary makes it.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "core/Automation.h"
 #include "services/bytefn.h"
 

@@ -6,6 +6,8 @@
 // are replaced by their pictures (U+2400 and on).
 #pragma once
 
+#include <string>
+
 #include "core/Platform.h"
 
 namespace quill {

@@ -1,6 +1,10 @@
 // Quill.Registry: reads and searches the registry.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "core/Automation.h"
 #include "services/registryfn.h"
 

@@ -5,6 +5,9 @@
 
 #include <mmsystem.h>
 
+#include <functional>
+#include <string>
+
 namespace quill {
 
 // Keeps nothing and raises no errors. A call that lasts as long as its sound serves other calls

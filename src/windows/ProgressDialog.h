@@ -3,7 +3,10 @@
 
 #include "core/Automation.h"
 
-#include <shlobj.h> // after the platform's headers as we take them
+#include <shlobj.h>
+
+#include <functional>
+#include <string>
 
 namespace quill {
 
