@@ -10,9 +10,8 @@ namespace {
 
 thread_local ApartmentRecord* recordOfThread = nullptr;
 
-// An event that its client is too busy for, with a modal dialog or a cell that is being edited, is
-// tried again for a while; without the filter it would be lost at once. Calls that come in are
-// served in any case.
+// Retries an event for a while if its client is too busy for it, with a modal dialog or a cell that
+// is being edited; without the filter it would be lost at once. Incoming calls are always served.
 class RetryFilter final : public IMessageFilter {
 public:
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
@@ -41,7 +40,8 @@ public:
 
 private:
     static constexpr DWORD kRetryForMilliseconds = 3'000;
-    static constexpr DWORD kRetryAfterMilliseconds = 100; // less would be at once
+    static constexpr DWORD kRetryAfterMilliseconds =
+        100; // the platform retries lower values at once
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// A thread of the server that runs objects, and what it keeps for itself.
+// A thread of the server that runs objects, and its own data.
 #pragma once
 
 #include <atomic>

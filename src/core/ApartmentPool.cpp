@@ -12,8 +12,8 @@ namespace quill {
 
 namespace {
 
-// Calls that end together with their thread are answered by threads of the platform, which use what
-// the thread gives back: they get this time.
+// Threads of the platform answer the calls that end together with their thread, and use what that
+// thread releases: they get this much time.
 constexpr DWORD kAnswerMilliseconds = 100;
 
 constexpr UINT kCreateObject = WM_APP; // lParam: the Request
@@ -113,7 +113,7 @@ void ApartmentPool::Close() noexcept
             for (const auto& apartment : apartments_)
                 if (apartment) PostMessageW(apartment->window, WM_CLOSE, 0, 0);
     }
-    // Their windows and ours send each other messages while they go.
+    // Their windows and ours send each other messages while they are destroyed.
     for (const auto& apartment : apartments_)
         if (apartment) WaitForEvent(apartment->ended.get());
 }

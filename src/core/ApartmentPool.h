@@ -1,5 +1,5 @@
-// The single-threaded apartments that objects live in. Waits on one thread nest: the one that began
-// last must end first. In apartments of their own, each ends when its own user answers.
+// The single-threaded apartments that objects live in. Waits on one thread nest: the last to begin
+// must end first. In separate apartments, each wait ends when its own user answers.
 #pragma once
 
 #include <array>
@@ -20,11 +20,11 @@ public:
     ApartmentPool(const ApartmentPool&) = delete;
     ApartmentPool& operator=(const ApartmentPool&) = delete;
 
-    // Makes an object where its class wants to be placed: in the shared apartment, or in one
+    // Makes an object where its class belongs: in the shared apartment, or in one
     // without objects, or in a new one while there are fewer than kLimit, or in the one with the
     // fewest. Returns its proxy for the calling thread. Any thread may call; calls that come in
-    // meanwhile are served. Fails with out of memory when a thread cannot be had, and once the pool
-    // is closed.
+    // meanwhile are served. Fails with out of memory if there is no thread for it, and once the
+    // pool is closed.
     HRESULT Create(const CatalogueRow& row, REFIID id, void** object) noexcept;
 
     // Ends the threads and with them all waits, as if cancelled, and the remaining objects.
@@ -40,7 +40,7 @@ private:
     static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam,
                                             LPARAM lParam) noexcept;
 
-    std::mutex mutex_;                                              // for what follows
+    std::mutex mutex_;                                              // protects the rest
     std::array<std::unique_ptr<Apartment>, 1 + kLimit> apartments_; // the shared one first
     bool closed_ = false;
 };

@@ -1,4 +1,4 @@
-// The automation boundary: everything about a published class that is not its own job.
+// The automation boundary: what all published classes have in common.
 //
 //     class Profile final : public Automation<_Profile> {
 //     public:
@@ -12,7 +12,7 @@
 //     };
 //
 // A published method is one line; the method that does the work has the same name, takes and
-// returns the types of Conversions.h and throws AutomationError. Nothing thrown gets further.
+// returns the types of Conversions.h and throws AutomationError. No exception leaves the boundary.
 #pragma once
 
 #include <functional>
@@ -33,7 +33,7 @@
         return this->template Put<__VA_ARGS__>(field, value);                                      \
     }
 
-// The same for a property whose put does more than keep: it is the plain method's.
+// The same for a property whose put does more than store the value: the plain method does it.
 #define PROPERTY_SET_BY(type, name, field, method)                                                 \
     STDMETHODIMP get_##name(type* value) noexcept override                                         \
     {                                                                                              \
@@ -74,7 +74,7 @@
                              __VA_ARGS__);                                                         \
     }
 
-// A published method that is a routine and needs nothing of the object.
+// A published method that is a routine and does not use the object.
 #define ROUTINE(type, name, routine, parameters, ...)                                              \
     STDMETHODIMP name(UNPACKED parameters __VA_OPT__(, ) type* result) noexcept override           \
     {                                                                                              \
@@ -82,14 +82,14 @@
                                       __VA_ARGS__);                                                \
     }
 
-// A property that scripts can only read, and that the method of its name finds out.
+// A read-only property that the method of its name computes.
 #define COMPUTED_PROPERTY(type, name)                                                              \
     STDMETHODIMP get_##name(type* value) noexcept override                                         \
     {                                                                                              \
         return this->Call(value, [this] { return this->name(); });                                 \
     }
 
-// A property that scripts can only read: a field.
+// A read-only property: a field, or an expression that does not throw.
 #define READ_ONLY_PROPERTY(type, name, field)                                                      \
     STDMETHODIMP get_##name(type* value) noexcept override                                         \
     {                                                                                              \
@@ -250,8 +250,8 @@ protected:
             [&] { field = Rule::Apply(field, static_cast<Field>(Argument<Value>{value})); });
     }
 
-    // True when the clients that held this object are gone, killed ones as soon as the platform
-    // tells. A call that waits for its user then ends as if cancelled.
+    // True when the clients that held this object are gone; the platform reports killed ones after
+    // a while. A call that waits for its user then ends as if cancelled.
     bool ClientsGone() const noexcept { return clients_.Gone(); }
 
     const PublishedClass& Published() const noexcept { return class_; }

@@ -6,7 +6,7 @@
 namespace quill {
 
 // Which apartment the objects of a class live in. Those whose calls answer at once share one; those
-// that may wait for a user, a disk or the network get their own while there are enough.
+// that may wait for a user, a disk or the network get their own, up to a limit.
 enum class Placement { Shared, Own };
 
 struct CatalogueRow {
@@ -20,7 +20,7 @@ struct CatalogueRow {
 template <class PublishedName>
 IDispatch* Create();
 
-// Defines that for a class; stands in its .cpp.
+// Defines Create for a class, in its .cpp.
 #define CREATABLE(name)                                                                            \
     template <>                                                                                    \
     IDispatch* Create<::name>()                                                                    \

@@ -84,7 +84,7 @@ struct ConnectionItem {
 using ConnectionEnumerator =
     Enumerator<IEnumConnections, &IID_IEnumConnections, CONNECTDATA, ConnectionItem>;
 
-// What a call to a sink answers when its process has ended.
+// The result of a call to a sink whose process has ended.
 bool IsGone(HRESULT result) noexcept
 {
     return result == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) || result == RPC_E_DISCONNECTED ||
@@ -92,7 +92,7 @@ bool IsGone(HRESULT result) noexcept
            result == CO_E_OBJNOTCONNECTED;
 }
 
-// What a call to a sink answers when its process has no time for it.
+// The result of a call to a sink whose process is too busy.
 bool IsBusy(HRESULT result) noexcept
 {
     return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER;
@@ -104,12 +104,12 @@ bool ConnectionPoint::Fire(DISPID event, std::vector<Variant> arguments)
 {
     // While another program waits in SendMessage, the platform refuses calls to third ones.
     if ((InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND) ReplyMessage(0);
-    // A window that the script opens now would else stay behind the one whose user it answers.
+    // Otherwise a window that the script opens now would stay behind the one that raised the event.
     AllowSetForegroundWindow(ASFW_ANY);
 
     bool delivered = true;
-    std::reverse(arguments.begin(), arguments.end()); // the last one stands first in a call
-    const std::vector<Sink> connected = sinks_;       // handlers connect and disconnect meanwhile
+    std::reverse(arguments.begin(), arguments.end()); // a call has the last one first
+    const std::vector<Sink> connected = sinks_;       // handlers may connect and disconnect
     for (const Sink& sink : connected) {
         DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
         const HRESULT result =
@@ -167,7 +167,8 @@ HRESULT ConnectionPoint::Unadvise(DWORD cookie) noexcept
 {
     for (auto sink = sinks_.begin(); sink != sinks_.end(); ++sink) {
         if (sink->cookie != cookie) continue;
-        const ComPtr<IDispatch> last = std::move(sink->object); // released when the list is whole
+        const ComPtr<IDispatch> last =
+            std::move(sink->object); // released once the list is consistent
         sinks_.erase(sink);
         return S_OK;
     }

@@ -11,7 +11,7 @@
 
 namespace quill {
 
-// The list of an object's sinks. Belongs to the object and lives as long.
+// The list of an object's sinks. A part of the object, with the same lifetime.
 class ConnectionPoint final : public IConnectionPoint {
 public:
     ConnectionPoint(IConnectionPointContainer& owner, const IID& events)
@@ -20,9 +20,9 @@ public:
     }
 
     // Calls every sink that is connected now, one after the other, and waits for each; incoming
-    // calls are served meanwhile. A sink that fails does not keep the others from hearing; one that
-    // is gone is dropped. False when a client was too busy for the event, for longer than the
-    // apartment's message filter tries.
+    // calls are served meanwhile. A sink that fails does not affect the others; one that is
+    // gone is dropped. False if a client was too busy for the event for as long as the apartment's
+    // message filter retries.
     bool Fire(DISPID event, std::vector<Variant> arguments);
 
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override;

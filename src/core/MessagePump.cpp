@@ -61,7 +61,7 @@ HWND CreateHiddenWindow(const wchar_t* className, WNDPROC procedure, void* param
     windowClass.lpfnWndProc = procedure;
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.lpszClassName = className;
-    RegisterClassExW(&windowClass); // fails when the class is there already, and then it is
+    RegisterClassExW(&windowClass); // fails if the class is already registered, which is fine
     const HWND window = CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0,
                                         messageOnly ? HWND_MESSAGE : nullptr, nullptr,
                                         windowClass.hInstance, parameter);

@@ -1,23 +1,23 @@
-// The message loops of the server's threads. Every pump goes through DispatchPending, so that the
-// keys of a modeless window work whoever pumps.
+// The message loops of the server's threads. Every pump uses DispatchPending, so that the
+// keys of a modeless window work in all of them.
 #pragma once
 
 #include "core/Platform.h"
 
 namespace quill {
 
-// Sees each posted message of its thread before it is dispatched; true when it has dealt with it.
+// Sees each posted message of its thread before it is dispatched; true when it has handled it.
 using MessagePreview = bool (*)(MSG& message);
 
-// Dispatches all messages that wait. False when the thread is to end: WM_QUIT was met, and has been
-// posted again for the loop outside.
+// Dispatches all pending messages. False if the thread should end: WM_QUIT was found, and has been
+// posted again for the outer loop.
 bool DispatchPending();
 
-// One round of a wait: sleeps until input or a call is there, or the event is set, for at most
-// `milliseconds`, and dispatches what is there. False when the thread is to end.
+// One round of a wait: sleeps until there is input or a call, or the event is set, for at most
+// `milliseconds`, and dispatches what has come. False if the thread should end.
 bool WaitForMessages(DWORD milliseconds, HANDLE event = nullptr);
 
-// Waits for the event, serving messages that are sent, but none that is posted.
+// Waits for the event; serves sent messages, but no posted ones.
 void WaitForEvent(HANDLE event);
 
 // Pumps until WM_QUIT. Returns its exit code.

@@ -1,4 +1,4 @@
-// What an object counts while it lives, and who counts on it.
+// What is counted while an object lives: server locks, client references, load of its thread.
 #pragma once
 
 #include <atomic>
@@ -7,7 +7,7 @@
 
 namespace quill {
 
-// Keep the server process running, and let it go again.
+// Keep the server process running, and release it again.
 void LockServerProcess() noexcept;
 void UnlockServerProcess() noexcept;
 
@@ -23,7 +23,7 @@ public:
 // True while anything keeps the process running.
 bool IsServerLocked() noexcept;
 
-// Has the message posted to the window each time that the last lock goes; null: no more.
+// Posts the message to the window each time the last lock is released; null ends that.
 void NotifyUnlocked(HWND window, UINT message) noexcept;
 
 // References that clients hold to one object, as the platform counts them on any thread.
@@ -43,7 +43,7 @@ private:
     std::atomic<bool> known_{false};
 };
 
-// Counts an object of the calling thread while it lives; the pool of apartments goes by the counts.
+// Counts an object of the calling thread while it lives; the pool of apartments uses the counts.
 class ApartmentLoad {
 public:
     ApartmentLoad() noexcept;

@@ -29,7 +29,7 @@ public:
         Check(CoRegisterClassObject(row_.id, static_cast<IClassFactory*>(this), CLSCTX_LOCAL_SERVER,
                                     REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED, &registration_));
         ofRegistration_ = references_.Count();
-        // Clients that are on their way when it is revoked still find it.
+        // Clients that are already connecting when it is revoked still find it.
         CoLockObjectExternal(static_cast<IClassFactory*>(this), TRUE, TRUE);
         ofLock_ = references_.Count() - ofRegistration_;
     }
@@ -76,7 +76,7 @@ public:
             LockServerProcess();
             return S_OK;
         }
-        // One more unlock than locks would let the server end under the objects of others.
+        // A surplus unlock would end the server under the objects of other clients.
         long held = clientLocks_;
         while (held > 0 && !clientLocks_.compare_exchange_weak(held, held - 1)) {
         }
@@ -91,7 +91,7 @@ public:
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD, BOOL) noexcept override
     {
         const DWORD left = type & EXTCONN_STRONG ? references_.Remove() : references_.Count();
-        // A client that was killed undoes none of its locks.
+        // A killed client does not undo its locks.
         if (!HasClients())
             for (long held = clientLocks_.exchange(0); held > 0; --held)
                 UnlockServerProcess();
@@ -108,7 +108,7 @@ private:
     DWORD registration_ = 0;
 };
 
-// What becomes of a server. Never freed: a client's call may be inside when it has ended.
+// The life of a server. Never freed: a client's call may still be inside when it has ended.
 class Server {
 public:
     explicit Server(const Patience& patience) : patience_(patience) {}
@@ -151,11 +151,11 @@ private:
         switch (message) {
         case kUnlocked: self->OnUnlocked(); return 0;
         case WM_TIMER: self->OnTimer(); return 0;
-        case WM_CLOSE: return 0; // asked of all windows; means those that the user sees
+        case WM_CLOSE: return 0; // sent to all windows, but meant for visible ones
         case WM_QUERYENDSESSION: return TRUE;
         case WM_ENDSESSION:
-            // The system ends the process any time after this: what is open ends before. A script
-            // gets the answer of a user who cancelled.
+            // The system may end the process any time after this, so open dialogs end now. A script
+            // gets the result of a user who cancelled.
             if (wParam) self->Enter(Phase::Ended);
             return 0;
         default: return DefWindowProcW(window, message, wParam, lParam);
@@ -195,7 +195,7 @@ private:
         if (IsServerLocked()) return;
         switch (phase_) {
         case Phase::Serving:
-            // At zero the platform turns new clients to a new server, in the same step.
+            // At zero the platform directs new clients to a new server, in the same step.
             if (CoReleaseServerProcess() == 0)
                 Enter(Phase::Closed);
             else

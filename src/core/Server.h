@@ -7,16 +7,15 @@ namespace quill {
 
 // How long the server waits, in milliseconds.
 struct Patience {
-    // After the last object is gone: a script that makes one object after another does not pay for
-    // a start each time.
+    // After the last object is gone: a script that makes one object after another does not
+    // start the server each time.
     UINT linger = 5'000;
-    // After the start, for the client that had the server started.
+    // After the start, for the client that started the server.
     UINT firstClient = 30'000;
     // While it ends, for a client that holds a class object and may still ask for an object.
     UINT lastCall = 10'000;
-    // When it ends, by itself or with the session: what hangs for longer, such as a call to a
-    // client that does not answer, goes with the process. The system gives five seconds. 0 is no
-    // limit.
+    // At its end, by itself or with the session: what hangs for longer, such as a call to a client
+    // that does not answer, ends with the process. The system allows five seconds. 0: no limit.
     UINT end = 4'000;
 };
 

@@ -1,13 +1,13 @@
-// The published type library, as it lies in the executable's resources.
+// The published type library, from the executable's resources.
 #pragma once
 
 #include "core/Platform.h"
 
 namespace quill {
 
-// What the type library says of a class, found by its default interface.
+// The type library's description of a class, found by its default interface.
 struct PublishedClass {
-    ComPtr<ITypeInfo> interfaceInfo; // carries out late-bound calls
+    ComPtr<ITypeInfo> interfaceInfo; // executes late-bound calls
     ComPtr<ITypeInfo> classInfo;
     IID eventsId;        // the default source interface; GUID_NULL where the class raises no events
     std::wstring source; // "Quill.<Class>", the source of its errors
