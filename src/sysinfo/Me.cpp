@@ -54,6 +54,9 @@ private:
     std::vector<BYTE> block_;
 };
 
+// Of the thread that runs main, which initialises this; objects live on others.
+const DWORD kMainThread = GetCurrentThreadId();
+
 } // namespace
 
 CREATABLE(Me)
@@ -79,6 +82,11 @@ std::wstring Me::Version()
 {
     const DWORD version = VersionResource().Numbers().dwFileVersionMS;
     return std::to_wstring(HIWORD(version)) + L'.' + std::to_wstring(LOWORD(version));
+}
+
+LONG Me::ThreadID()
+{
+    return static_cast<LONG>(kMainThread);
 }
 
 LONG Me::ParentProcessID()

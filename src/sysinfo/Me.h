@@ -5,14 +5,14 @@
 
 namespace quill {
 
-// Lives on the server's main thread. Keeps nothing and raises no errors.
+// Keeps nothing and raises no errors.
 class Me final : public Automation<_Me> {
 public:
     COMPUTED_PROPERTY(BSTR, About)
     COMPUTED_PROPERTY(LONG, hInstance)
     COMPUTED_PROPERTY(BSTR, Path)
     READ_ONLY_PROPERTY(LONG, ProcessID, static_cast<LONG>(GetCurrentProcessId()))
-    READ_ONLY_PROPERTY(LONG, ThreadID, static_cast<LONG>(GetCurrentThreadId()))
+    COMPUTED_PROPERTY(LONG, ThreadID)
     COMPUTED_PROPERTY(BSTR, Version)
     COMPUTED_PROPERTY(LONG, ParentProcessID)
     COMPUTED_PROPERTY(LONG, CallerTID)
@@ -22,6 +22,7 @@ private:
     static LONG hInstance();
     static std::wstring Path();
     static std::wstring Version();
+    static LONG ThreadID();
     static LONG ParentProcessID();
     static LONG CallerTID();
 };

@@ -182,6 +182,7 @@ TEST_F(ClockTest, SinksAreIndependent)
     EXPECT_EQ(left[1].dwCookie, cookies[2]);
     EXPECT_EQ(point->Unadvise(cookies[1]), CONNECT_E_NOCONNECTION);
     EXPECT_EQ(point->Unadvise(0), CONNECT_E_NOCONNECTION);
+    clock_.Release(); // before the sinks
 }
 
 // The platform refuses calls out of a message that another thread waits for; it gets its answer
@@ -209,6 +210,7 @@ TEST_F(ClockTest, AnEventFromASentMessageReachesItsSink)
     sender.join();
     EXPECT_TRUE(state & ISMEX_REPLIED);
     DestroyWindow(window);
+    clock_.Release(); // before the sink
 }
 
 } // namespace

@@ -73,22 +73,24 @@ TEST(Server, TheLocksOfAKilledClientGoWithIt)
     KillTimer(nullptr, timer);
 }
 
+Event serving(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+
 // The platform lets go of the class objects when their apartment ends, after the server.
 TEST(Server, ClassObjectsThatAClientKeepsFailAfterItsEnd)
 {
     std::thread server([] {
         const ApartmentRecord record(COINIT_MULTITHREADED);
+        SetTimer(nullptr, 0, 10, [](HWND, UINT, UINT_PTR timer, DWORD) WINAPI {
+            KillTimer(nullptr, timer);
+            SetEvent(serving.get());
+        });
         EXPECT_EQ(RunServer(kPatience), 0);
     });
+    WaitForSingleObject(serving.get(), INFINITE);
     std::array<ComPtr<IClassFactory>, 24> kept;
-    const ULONGLONG deadline = GetTickCount64() + Desk::kDeadline;
     for (ComPtr<IClassFactory>& factory : kept)
-        while (FAILED(CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr,
-                                       IID_PPV_ARGS(&factory))) &&
-               GetTickCount64() < deadline)
-            Sleep(1); // it has not started yet
+        factory = ClassOfProfile();
     ComPtr<IDispatch> profile;
-    ASSERT_TRUE(kept.back());
     EXPECT_HRESULT_SUCCEEDED(kept.back()->CreateInstance(nullptr, IID_PPV_ARGS(&profile)));
     profile.Reset();
     server.join();

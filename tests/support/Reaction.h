@@ -19,7 +19,7 @@ inline bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds
     return true;
 }
 
-// A sink; belongs to the test, and outlives its connection.
+// A sink; belongs to the test, which ends the connection first or releases the object.
 class Reaction : public IDispatch {
 public:
     explicit Reaction(std::function<void()> act) : act_(std::move(act)) {}
