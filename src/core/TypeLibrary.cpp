@@ -66,6 +66,21 @@ std::list<Entry> ReadClasses()
     return classes;
 }
 
+const std::list<Entry>& Classes()
+{
+    static const std::list<Entry> classes = ReadClasses();
+    return classes;
+}
+
+// True for a member of the type's own, not one of IUnknown or IDispatch.
+bool HasMember(ITypeInfo* info, std::wstring name)
+{
+    constexpr MEMBERID kFirstInherited = 0x60000000;
+    wchar_t* names = name.data();
+    MEMBERID id = MEMBERID_NIL;
+    return SUCCEEDED(info->GetIDsOfNames(&names, 1, &id)) && id < kFirstInherited;
+}
+
 } // namespace
 
 ITypeLib* TypeLibrary()
@@ -80,10 +95,30 @@ ITypeLib* TypeLibrary()
     return library.Get();
 }
 
+bool IsPublished(const std::wstring& name)
+{
+    constexpr std::wstring_view kLibrary = L"Quill.";
+    if (name.find(L'\0') != std::wstring::npos) return false;
+    const bool qualified = _wcsnicmp(name.c_str(), kLibrary.data(), kLibrary.size()) == 0;
+    const std::wstring path = qualified ? name.substr(kLibrary.size()) : name;
+    const size_t point = path.find(L'.');
+    const std::wstring source = std::wstring(kLibrary) + path.substr(0, point);
+    for (const Entry& entry : Classes()) {
+        const PublishedClass& published = entry.published;
+        if (_wcsicmp(published.source.c_str(), source.c_str()) != 0) continue;
+        if (point == std::wstring::npos) return true;
+        const std::wstring member = path.substr(point + 1);
+        ComPtr<ITypeInfo> events;
+        return HasMember(published.interfaceInfo.Get(), member) ||
+               (SUCCEEDED(TypeLibrary()->GetTypeInfoOfGuid(published.eventsId, &events)) &&
+                HasMember(events.Get(), member));
+    }
+    return false;
+}
+
 const PublishedClass& FindPublishedClass(const IID& interfaceId)
 {
-    static const std::list<Entry> classes = ReadClasses();
-    for (const Entry& entry : classes)
+    for (const Entry& entry : Classes())
         if (entry.interfaceId == interfaceId) return entry.published;
     throw AutomationError{TYPE_E_ELEMENTNOTFOUND, {}, {}};
 }

@@ -19,4 +19,8 @@ ITypeLib* TypeLibrary();
 // Throws AutomationError when no class has this default interface.
 const PublishedClass& FindPublishedClass(const IID& interfaceId);
 
+// True when the library has the class of this name ("List", "Quill.List"), or the member of a class
+// or of its events ("List.Selection"), in upper or lower case.
+bool IsPublished(const std::wstring& name);
+
 } // namespace quill

@@ -84,6 +84,23 @@ std::wstring Me::Version()
     return std::to_wstring(HIWORD(version)) + L'.' + std::to_wstring(LOWORD(version));
 }
 
+std::wstring Me::FullVersion()
+{
+    const VS_FIXEDFILEINFO numbers = VersionResource().Numbers();
+    return std::to_wstring(HIWORD(numbers.dwFileVersionMS)) + L'.' +
+           std::to_wstring(LOWORD(numbers.dwFileVersionMS)) + L'.' +
+           std::to_wstring(HIWORD(numbers.dwFileVersionLS));
+}
+
+// A service and a task without a user have a window station that nobody sees.
+bool Me::Interactive()
+{
+    USEROBJECTFLAGS station{};
+    return GetUserObjectInformationW(Seam<StationFunctions>().current(), UOI_FLAGS, &station,
+                                     sizeof station, nullptr) &&
+           (station.dwFlags & WSF_VISIBLE);
+}
+
 LONG Me::ThreadID()
 {
     return static_cast<LONG>(kMainThread);

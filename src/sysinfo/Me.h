@@ -16,6 +16,9 @@ public:
     COMPUTED_PROPERTY(BSTR, Version)
     COMPUTED_PROPERTY(LONG, ParentProcessID)
     COMPUTED_PROPERTY(LONG, CallerTID)
+    COMPUTED_PROPERTY(BSTR, FullVersion)
+    ROUTINE(VARIANT_BOOL, Has, IsPublished, (BSTR name), name)
+    COMPUTED_PROPERTY(VARIANT_BOOL, Interactive)
 
 private:
     static std::wstring About();
@@ -25,6 +28,13 @@ private:
     static LONG ThreadID();
     static LONG ParentProcessID();
     static LONG CallerTID();
+    static std::wstring FullVersion();
+    static bool Interactive();
+};
+
+// A seam: the window station of the process.
+struct StationFunctions {
+    decltype(&GetProcessWindowStation) current = GetProcessWindowStation;
 };
 
 // A seam: who called.

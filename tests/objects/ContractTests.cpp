@@ -70,6 +70,9 @@ _Me
   6 Version BSTR get
   7 ParentProcessID I4 get
   8 CallerTID I4 get
+  9 FullVersion BSTR get
+  10 Has(name BSTR) BOOL
+  11 Interactive BOOL get
 _DriveList
   1 ButtonText BSTR get put
   2 Crop BOOL get put

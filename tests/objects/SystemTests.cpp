@@ -139,6 +139,23 @@ TEST(MeTest, ParentAndCallerAreThoseThatThePlatformTells)
     Seam<CallerFunctions>().getThread = before;
 }
 
+TEST(MeTest, KnowsWhatItHasAndWhetherAUserIsThere)
+{
+    ScriptObject me = ScriptObject::Make(L"Me");
+    EXPECT_EQ(me.Get(L"FullVersion").Text(), me.Get(L"Version").Text() + L".1");
+    for (const wchar_t* name : {L"List", L"quill.list", L"List.SELECTION", L"Clock.Buzz",
+                                L"BinFile.BRead", L"Quill.Me.Has"})
+        EXPECT_TRUE(me.Call(L"Has", name).Truth()) << Narrow(name);
+    for (const wchar_t* name : {L"", L".", L"List.", L"Quill.", L"Nope", L"List.Invoke",
+                                L"List.QueryInterface", L"Quill.Quill.List", L"List.Selection.x"})
+        EXPECT_FALSE(me.Call(L"Has", name).Truth()) << Narrow(name);
+    EXPECT_FALSE(me.Call(L"Has", std::wstring(L"List\0", 5)).Truth());
+    EXPECT_TRUE(me.Get(L"Interactive").Truth());
+    Seam<StationFunctions>().current = []() WINAPI -> HWINSTA { return nullptr; };
+    EXPECT_FALSE(me.Get(L"Interactive").Truth());
+    Seam<StationFunctions>() = {};
+}
+
 // A copy of this program for which Wine plays another Windows runs this test again.
 TEST(OsVersionTest, IsTheVersionThatRuns)
 {
