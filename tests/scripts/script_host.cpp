@@ -128,41 +128,6 @@ unsigned ErrorNumberOf(const VARIANT& value)
     return static_cast<unsigned>(static_cast<long long>(NumberOf(value)));
 }
 
-// Keys in the notation that script authors know: {NAME}, with ^ + % before for Ctrl, Shift, Alt.
-void PressKeys(Desk& desk, std::wstring_view keys)
-{
-    static const std::map<std::wstring_view, WORD> names{
-        {L"ENTER", VK_RETURN}, {L"ESC", VK_ESCAPE}, {L"TAB", VK_TAB},    {L"SPACE", VK_SPACE},
-        {L"UP", VK_UP},        {L"DOWN", VK_DOWN},  {L"LEFT", VK_LEFT},  {L"RIGHT", VK_RIGHT},
-        {L"HOME", VK_HOME},    {L"END", VK_END},    {L"DEL", VK_DELETE}, {L"BS", VK_BACK},
-        {L"PGUP", VK_PRIOR},   {L"PGDN", VK_NEXT},  {L"F4", VK_F4}};
-    WORD held = 0;
-    for (size_t index = 0; index < keys.size(); ++index) {
-        const wchar_t unit = keys[index];
-        WORD key = 0;
-        if (unit == L'^' || unit == L'+' || unit == L'%') {
-            held = unit == L'^' ? VK_CONTROL : unit == L'+' ? VK_SHIFT : VK_MENU;
-            continue;
-        }
-        if (unit == L'{') {
-            const size_t end = keys.find(L'}', index);
-            const auto found = names.find(keys.substr(index + 1, end - index - 1));
-            if (found == names.end()) throw std::runtime_error("unknown key in " + Narrow(keys));
-            key = found->second;
-            index = end;
-        } else if (held != 0) {
-            key = static_cast<WORD>(towupper(unit));
-        }
-        if (key == 0)
-            desk.Type({&unit, 1});
-        else if (held != 0)
-            desk.Press(key, {held});
-        else
-            desk.Press(key);
-        held = 0;
-    }
-}
-
 // Starts the platform's script host for a script and its arguments. It prints to `output`, an
 // inheritable handle, or where this program does.
 Event StartScript(const std::vector<std::wstring>& words, HANDLE output = nullptr)
@@ -354,36 +319,7 @@ private:
     {
         answers_.Add([caption = TextOf(given[0]), controlClass = TextOf(given[1]),
                       text = TextOf(given[2]), action = TextOf(given[3])](Desk& desk) {
-            const auto any = [](const std::wstring& name) {
-                return name.empty() ? nullptr : name.c_str();
-            };
-            if (action == L"see") {
-                desk.Window(any(caption), any(controlClass));
-                return;
-            }
-            const HWND control = desk.Control(any(caption), any(controlClass), any(text));
-            POINT point{};
-            if (action == L"click")
-                desk.Click(control);
-            else if (swscanf(action.c_str(), L"double %ld %ld", &point.x, &point.y) == 2)
-                desk.DoubleClickAt(control, point);
-            else if (action == L"close")
-                desk.Close(GetAncestor(control, GA_ROOT));
-            else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2)
-                desk.Move(GetAncestor(control, GA_ROOT), point);
-            else if (action.starts_with(L"menu ")) {
-                desk.Click(control, Desk::Button::Right);
-                const HWND menu = desk.Window(nullptr, L"#32768");
-                PressKeys(desk, std::wstring_view(action).substr(5));
-                desk.WaitUntilGone(menu); // not to be taken for the next one
-            } else if (action.starts_with(L"write "))
-                std::ofstream(std::filesystem::path(action.substr(6))) << "written";
-            else if (action.starts_with(L"keys "))
-                PressKeys(desk, std::wstring_view(action).substr(5));
-            else if (swscanf(action.c_str(), L"rest %ld", &point.x) == 1)
-                Sleep(static_cast<DWORD>(point.x));
-            else if (action != L"wait")
-                throw std::runtime_error("unknown action " + Narrow(action));
+            desk.Act(caption, controlClass, text, action);
         });
         return {};
     }

@@ -1,6 +1,9 @@
 #include "support/Robot.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -250,6 +253,89 @@ void Desk::Type(std::wstring_view text)
         inputs.push_back(input);
     }
     Send(std::move(inputs));
+}
+
+void Desk::PressKeys(std::wstring_view keys)
+{
+    static const std::map<std::wstring_view, WORD> names{
+        {L"ENTER", VK_RETURN}, {L"ESC", VK_ESCAPE}, {L"TAB", VK_TAB},    {L"SPACE", VK_SPACE},
+        {L"UP", VK_UP},        {L"DOWN", VK_DOWN},  {L"LEFT", VK_LEFT},  {L"RIGHT", VK_RIGHT},
+        {L"HOME", VK_HOME},    {L"END", VK_END},    {L"DEL", VK_DELETE}, {L"BS", VK_BACK},
+        {L"PGUP", VK_PRIOR},   {L"PGDN", VK_NEXT},  {L"F4", VK_F4}};
+    WORD held = 0;
+    for (size_t index = 0; index < keys.size(); ++index) {
+        const wchar_t unit = keys[index];
+        WORD key = 0;
+        if (unit == L'^' || unit == L'+' || unit == L'%') {
+            held = unit == L'^' ? VK_CONTROL : unit == L'+' ? VK_SHIFT : VK_MENU;
+            continue;
+        }
+        if (unit == L'{') {
+            const size_t end = keys.find(L'}', index);
+            const auto found = names.find(keys.substr(index + 1, end - index - 1));
+            if (found == names.end()) throw std::runtime_error("unknown key in " + Narrow(keys));
+            key = found->second;
+            index = end;
+        } else if (held != 0) {
+            key = static_cast<WORD>(towupper(unit));
+        }
+        if (key == 0)
+            Type({&unit, 1});
+        else if (held != 0)
+            Press(key, {held});
+        else
+            Press(key);
+        held = 0;
+    }
+}
+
+void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
+               const std::wstring& text, const std::wstring& action)
+{
+    const auto any = [](const std::wstring& name) { return name.empty() ? nullptr : name.c_str(); };
+    if (action == L"see") {
+        Window(any(caption), any(controlClass));
+        return;
+    }
+    const HWND control = Control(any(caption), any(controlClass), any(text));
+    POINT point{};
+    if (action == L"click") {
+        Click(control);
+    } else if (swscanf(action.c_str(), L"double %ld %ld", &point.x, &point.y) == 2) {
+        DoubleClickAt(control, point);
+    } else if (action == L"close") {
+        Close(GetAncestor(control, GA_ROOT));
+    } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
+        Move(GetAncestor(control, GA_ROOT), point);
+    } else if (action.starts_with(L"menu ")) {
+        Click(control, Button::Right);
+        const HWND menu = Window(nullptr, kMenuClass);
+        PressKeys(std::wstring_view(action).substr(5));
+        WaitUntilGone(menu); // not to be taken for the next one
+    } else if (action.starts_with(L"write ")) {
+        std::ofstream(std::filesystem::path(action.substr(6))) << "written";
+    } else if (swscanf(action.c_str(), L"rest %ld", &point.x) == 1) {
+        Sleep(static_cast<DWORD>(point.x));
+    } else if (action != L"wait") {
+        PressKeys(std::wstring_view(action).substr(action.starts_with(L"keys ") ? 5 : 0));
+    }
+}
+
+void Desk::Act(const std::wstring& line)
+{
+    std::wstring rest = line;
+    std::wstring caption;
+    if (rest.starts_with(L'"')) {
+        const size_t end = rest.find(L'"', 1);
+        caption = rest.substr(1, end - 1);
+        rest.erase(0, rest.find_first_not_of(L' ', end + 1));
+    }
+    const size_t blank = rest.find(L' ');
+    if (blank == std::wstring::npos) throw std::runtime_error("no action: " + Narrow(line));
+    const std::wstring target = rest.substr(0, blank);
+    const size_t colon = std::min(target.find(L':'), target.size());
+    const std::wstring text = target.substr(std::min(colon + 1, target.size()));
+    Act(caption, target.substr(0, colon), text, rest.substr(blank + 1));
 }
 
 void Desk::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)

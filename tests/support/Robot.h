@@ -53,6 +53,18 @@ public:
     void DoubleClickAt(HWND window, POINT point);
     void Press(WORD key, std::initializer_list<WORD> held = {}); // VK_ codes
     void Type(std::wstring_view text);
+    // Keys in the notation that script authors know: {NAME}, with ^ + % before for Ctrl, Shift,
+    // Alt.
+    void PressKeys(std::wstring_view keys);
+
+    // Waits for this control (an empty text stands for any) and acts. Actions: click, double x y,
+    // close, move x y, wait, rest milliseconds; menu and keys: a right click, then the keys in its
+    // menu; write and a path: the file appears; see waits for a window of this caption and class
+    // instead of a control; everything else, or what follows `keys`, is typed.
+    void Act(const std::wstring& caption, const std::wstring& controlClass,
+             const std::wstring& text, const std::wstring& action);
+    // The same in one line: ["caption"] Class[:text] action.
+    void Act(const std::wstring& line);
 
     void Post(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
     void Close(HWND window);                        // by its close box

@@ -1,0 +1,369 @@
+// Runs the tables of tests/tables, each in an engine of its own. A line is
+//
+//     ? expression                    which must be True
+//     ! statement -> 8004033F text    which must raise this error of the table's class; without a
+//                                     text only the number counts
+//     < Class[:text] action           what the user does while the next line runs
+//     ' comment                       or a blank line
+//     end                             the last line
+//
+// and everything else that begins with a letter is a statement. Classes are objects by their name
+// (Make("Me") for those whose name the language has taken), and scripts know the members of Host.
+// With QUILL_SERVER set, objects come from the registered server.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+#include <utility>
+
+#include "core/Catalogue.h"
+#include "services/Bytes.h"
+#include "support/CountedDispatch.h"
+#include "support/Engine.h"
+#include "support/Robot.h"
+#include "support/TemporaryFolder.h"
+#include "support/Values.h"
+
+namespace quill::test {
+namespace {
+
+ComPtr<IDispatch> MakeObject(const std::wstring& className)
+{
+    if (!_wgetenv(L"QUILL_SERVER")) return ScriptObject::Make(className).Dispatch();
+    CLSID id;
+    ComPtr<IDispatch> object;
+    Check(CLSIDFromProgID((L"Quill." + className).c_str(), &id));
+    Check(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&object)));
+    return object;
+}
+
+// One character a byte, both ways.
+std::string Narrowed(const std::wstring& text)
+{
+    std::string bytes;
+    for (const wchar_t unit : text)
+        bytes += static_cast<char>(unit);
+    return bytes;
+}
+
+std::wstring Widened(std::string_view bytes)
+{
+    std::wstring text;
+    for (const char byte : bytes)
+        text += static_cast<unsigned char>(byte);
+    return text;
+}
+
+std::wstring TextOf(const VARIANT& value)
+{
+    Variant text;
+    if (FAILED(VariantChangeType(&text, const_cast<VARIANT*>(&value), VARIANT_ALPHABOOL, VT_BSTR)))
+        return L'<' + std::to_wstring(V_VT(&value)) + L'>';
+    return {V_BSTR(&text) ? V_BSTR(&text) : L"", SysStringLen(V_BSTR(&text))};
+}
+
+// What tables know besides the classes.
+class Host final : public CountedDispatch {
+public:
+    using Arguments = std::vector<Variant>; // behind all references
+
+    explicit Host(const TemporaryFolder& folder) : folder_(folder) {}
+
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override
+    {
+        for (size_t index = 0; index < std::size(kMembers); ++index)
+            if (_wcsicmp(names[0], kMembers[index].name) == 0) {
+                ids[0] = static_cast<DISPID>(index + 1);
+                return S_OK;
+            }
+        return DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO*, UINT*) noexcept override
+    try {
+        if (id < 1 || static_cast<size_t>(id) > std::size(kMembers)) return DISP_E_MEMBERNOTFOUND;
+        Arguments arguments;
+        for (UINT index = parameters->cArgs; index-- > 0;)
+            arguments.push_back(Variant::Dereferenced(parameters->rgvarg[index]));
+        if (arguments.size() != kMembers[id - 1].arguments) return DISP_E_BADPARAMCOUNT;
+        Variant value = (this->*kMembers[id - 1].method)(arguments);
+        if (result) *result = value.Detach();
+        return S_OK;
+    } catch (const AutomationError& error) {
+        return error.number;
+    } catch (...) {
+        return E_FAIL;
+    }
+
+private:
+    struct Member {
+        const wchar_t* name;
+        size_t arguments;
+        Variant (Host::*method)(const Arguments&);
+    };
+    static const Member kMembers[16];
+
+    Variant Folder(const Arguments&) { return Variant(folder_.Path(L"")); }
+    Variant Nul(const Arguments&) { return Variant(std::wstring_view(L"\0", 1)); }
+    Variant Make(const Arguments& given) { return Variant(MakeObject(TextOf(given[0])).Get()); }
+
+    // A file's bytes as text of one character each.
+    Variant Write(const Arguments& given)
+    {
+        folder_.Write(TextOf(given[0]), Narrowed(TextOf(given[1])));
+        return {};
+    }
+    Variant Read(const Arguments& given)
+    {
+        std::ifstream file(std::filesystem::path(TextOf(given[0])), std::ios::binary);
+        if (!file) return Variant(L"<no file>");
+        const std::string bytes(std::istreambuf_iterator<char>(file), {});
+        return Variant(Widened(bytes));
+    }
+    Variant Delete(const Arguments& given)
+    {
+        return Variant(DeleteFileW(TextOf(given[0]).c_str()) != FALSE);
+    }
+    Variant Environment(const Arguments& given)
+    {
+        wchar_t value[MAX_PATH]{};
+        GetEnvironmentVariableW(TextOf(given[0]).c_str(), value, MAX_PATH);
+        return Variant(std::wstring_view(value));
+    }
+
+    // Values that the language cannot make.
+    Variant Bytes(const Arguments& given) { return ByteArray(Narrowed(TextOf(given[0]))); }
+    Variant Typed(const Arguments& given)
+    {
+        const auto type = static_cast<VARTYPE>(std::stoi(TextOf(given[0])));
+        const std::wstring text = TextOf(given[1]);
+        Variant value;
+        if (text == L"nan" || text == L"inf") {
+            value = Variant(text == L"nan" ? std::nan("") : HUGE_VAL);
+            V_VT(&value) = type;
+        } else if (text.empty()) {
+            value = OfType(type);
+        } else {
+            Check(VariantChangeType(&value, const_cast<Variant*>(&given[1]), 0, type));
+        }
+        return value;
+    }
+    Variant Lower(const Arguments& given)
+    {
+        return StartingAt(std::stoi(TextOf(given[1])), Variant::Dereferenced(given[0]));
+    }
+    Variant MakeSquare(const Arguments&) { return Square(); }
+
+    // The elements of a list, each followed by a bar; before them what is not as usual.
+    Variant Items(const Arguments& given)
+    {
+        const SAFEARRAY* array = ArrayOf(given[0]);
+        if (!array) return Variant(L"no list: " + TextOf(given[0]));
+        std::wstring text;
+        if (const int type = V_VT(&given[0]) & VT_TYPEMASK; type != VT_VARIANT)
+            text += std::to_wstring(type) + L':';
+        if (array->rgsabound[0].lLbound != 0)
+            text += L"from " + std::to_wstring(array->rgsabound[0].lLbound) + L':';
+        for (const Variant& element : ElementsOf(*array, SIZE_MAX))
+            text += TextOf(element) + L'|';
+        return Variant(text);
+    }
+    Variant TypeOf(const Arguments& given) { return Variant(static_cast<LONG>(V_VT(&given[0]))); }
+
+    // Keys below HKEY_CURRENT_USER. Texts are stored as they are, with or without a NUL; of other
+    // types, one byte a character.
+    Variant RegMake(const Arguments& given)
+    {
+        HKEY key = nullptr;
+        RegCreateKeyW(HKEY_CURRENT_USER, TextOf(given[0]).c_str(), &key);
+        const RegistryKey owned(key);
+        return {};
+    }
+    Variant RegSet(const Arguments& given)
+    {
+        const auto type = static_cast<DWORD>(std::stoi(TextOf(given[2])));
+        const std::wstring text = TextOf(given[3]);
+        const std::wstring wide = text + L'x'; // no NUL behind it, which the platform would store
+        const std::string bytes = Narrowed(text);
+        const bool isText = type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+        Check(HRESULT_FROM_WIN32(static_cast<DWORD>(
+            RegSetKeyValueW(HKEY_CURRENT_USER, TextOf(given[0]).c_str(), TextOf(given[1]).c_str(),
+                            type, isText ? static_cast<const void*>(wide.data()) : bytes.data(),
+                            static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
+        return {};
+    }
+    Variant RegDelete(const Arguments& given)
+    {
+        RegDeleteTreeW(HKEY_CURRENT_USER, TextOf(given[0]).c_str());
+        return {};
+    }
+
+    const TemporaryFolder& folder_;
+};
+
+const Host::Member Host::kMembers[16] = {
+    {L"folder", 0, &Host::Folder},     {L"nul", 0, &Host::Nul},
+    {L"Make", 1, &Host::Make},         {L"Write", 2, &Host::Write},
+    {L"Read", 1, &Host::Read},         {L"Delete", 1, &Host::Delete},
+    {L"Env", 1, &Host::Environment},   {L"Bytes", 1, &Host::Bytes},
+    {L"Typed", 2, &Host::Typed},       {L"Lower", 2, &Host::Lower},
+    {L"Square", 0, &Host::MakeSquare}, {L"Items", 1, &Host::Items},
+    {L"TypeOf", 1, &Host::TypeOf},     {L"RegMake", 1, &Host::RegMake},
+    {L"RegSet", 4, &Host::RegSet},     {L"RegDelete", 1, &Host::RegDelete},
+};
+
+struct Failure {
+    int line;
+    std::string text;
+};
+
+class Table {
+public:
+    explicit Table(std::wstring name)
+        : name_(std::move(name)), engine_([this](const std::wstring& item) {
+              if (item == L"Host") return ComPtr<IDispatch>(new Host(folder_));
+              return MakeObject(item);
+          })
+    {
+        engine_.Add(L"Host", true);
+        for (const CatalogueRow& row : kCatalogue)
+            if (wcscmp(row.name, L"Me") != 0) engine_.Add(row.name);
+    }
+
+    std::vector<Failure> Run(std::istream& lines)
+    {
+        int number = 0;
+        int checks = 0;
+        bool ended = false;
+        for (std::string line; std::getline(lines, line);) {
+            ++number;
+            while (!line.empty() && (line.back() == '\r' || line.back() == ' '))
+                line.pop_back();
+            if (line.empty() || line[0] == '\'') continue;
+            if (ended) failures_.push_back({number, "behind the end: " + line});
+            ended = line == "end";
+            if (ended) continue;
+            if (line[0] == '?' || line[0] == '!') ++checks;
+            const std::string failure = RunLine(FromCodePage({line.begin(), line.end()}, CP_UTF8));
+            if (!failure.empty()) failures_.push_back({number, line + "\n  " + failure});
+        }
+        if (!ended) failures_.push_back({number, "the table ends early"});
+        if (checks == 0) failures_.push_back({number, "nothing was checked"});
+        return failures_;
+    }
+
+private:
+    // What is wrong; an empty text when all is well.
+    std::string RunLine(const std::wstring& line)
+    {
+        const std::wstring text =
+            line.substr(std::min(line.find_first_not_of(L"?!< "), line.size()));
+        if (line[0] == L'<') {
+            actions_.push_back(text);
+            return {};
+        }
+        std::optional<Robot> robot;
+        if (!actions_.empty())
+            robot.emplace([actions = std::exchange(actions_, {})](Desk& desk) {
+                for (const std::wstring& action : actions)
+                    desk.Act(action);
+            });
+        if (line[0] == L'?') return Expect(text);
+        if (line[0] == L'!') return ExpectError(text);
+        if (!iswalpha(line[0])) return "unknown mark";
+        return Raised(engine_.Run(text).error);
+    }
+
+    std::string Expect(const std::wstring& expression)
+    {
+        const Outcome outcome = engine_.Evaluate(expression);
+        if (outcome.error.number) return Raised(outcome.error);
+        if (V_VT(&outcome.value) == VT_BOOL && V_BOOL(&outcome.value)) return {};
+        const size_t equals = expression.rfind(L" = ");
+        if (equals == std::wstring::npos || expression.find(L" And ") != std::wstring::npos)
+            return "is " + Narrow(TextOf(outcome.value));
+        return "is " + Narrow(TextOf(engine_.Evaluate(expression.substr(0, equals)).value));
+    }
+
+    std::string ExpectError(const std::wstring& line)
+    {
+        const size_t arrow = line.rfind(L" -> ");
+        if (arrow == std::wstring::npos) return "-> is missing";
+        std::wstring expected = line.substr(arrow + 4);
+        if (const size_t place = expected.find(L"{folder}"); place != std::wstring::npos)
+            expected.replace(place, 8, folder_.Path(L""));
+        const ScriptError error = engine_.Run(line.substr(0, arrow)).error;
+        if (error.number != std::wcstoul(expected.c_str(), nullptr, 16)) return Raised(error, true);
+        if (expected.size() <= 9) return {};
+        const bool same =
+            error.description == expected.substr(9) && error.source == L"Quill." + name_;
+        return same ? std::string() : Raised(error, true);
+    }
+
+    static std::string Raised(const ScriptError& error, bool wanted = false)
+    {
+        if (error.number == 0) return wanted ? "raises nothing" : "";
+        std::ostringstream text;
+        PrintTo(error, &text);
+        return text.str();
+    }
+
+    const std::wstring name_;
+    const TemporaryFolder folder_;
+    Engine engine_;
+    std::vector<std::wstring> actions_;
+    std::vector<Failure> failures_;
+};
+
+std::vector<std::string> TableNames()
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
+        names.push_back(entry.path().stem().string());
+    return names;
+}
+
+class TableTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(TableTest, Holds)
+{
+    const std::string path = QUILL_TABLES "/" + GetParam() + ".txt";
+    std::ifstream file(path);
+    Table table(std::wstring(GetParam().begin(), GetParam().end()));
+    for (const Failure& failure : table.Run(file))
+        ADD_FAILURE_AT(path.c_str(), failure.line) << failure.text;
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, TableTest, testing::ValuesIn(TableNames()),
+                         [](const auto& test) { return test.param; });
+
+TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"? 1 = 1\nend\n", ""},
+        {"? 1 + 1 = 3\nend", "1:? 1 + 1 = 3\n  is 2;"},
+        {"? 1\n? 1 = 1\nend", "1:? 1\n  is 1;"},
+        {"? Profile.Nothing\n? 1 = 1\nend", "1:? Profile.Nothing\n  error 0x800a01b6 from"},
+        {"? 1 = 1\n\nx = (\n? 1 = 1\nend", "3:x = (\n  error 0x80"},
+        {"? 1 = 1\n~ 1\nend", "2:~ 1\n  unknown mark;"},
+        {"! x = 1\nend", "1:! x = 1\n  -> is missing;"},
+        {"! x = 1 -> 800A000D\nend", "1:! x = 1 -> 800A000D\n  raises nothing;"},
+        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No\nend", "1:! Profile"},
+        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No Profile defined.\nend", ""},
+        {"? 1 = 1\n", "1:the table ends early;"},
+        {"end\n? 1 = 1\nend", "2:behind the end: ? 1 = 1;"},
+        {"x = 1\nend", "2:nothing was checked;"},
+        {"", "0:the table ends early;0:nothing was checked;"},
+    };
+    for (const auto& [lines, expected] : cases) {
+        std::istringstream input(lines);
+        std::string failures;
+        for (const Failure& failure : Table(L"Profile").Run(input))
+            failures += std::to_string(failure.line) + ':' + failure.text + ';';
+        EXPECT_TRUE(*expected ? failures.starts_with(expected) : failures.empty())
+            << lines << "\ngives " << failures;
+    }
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,132 @@
+#include "support/Engine.h"
+
+#include <map>
+#include <utility>
+
+#include "support/CountedDispatch.h"
+
+namespace quill::test {
+
+namespace {
+
+constexpr CLSID kVbScript{
+    0xB54F3741, 0x5B07, 0x11CF, {0xA4, 0xB0, 0x00, 0xAA, 0x00, 0x4A, 0x55, 0xE8}};
+
+std::wstring Taken(BSTR text)
+{
+    const Bstr owned(text);
+    return {text ? text : L"", SysStringLen(text)};
+}
+
+} // namespace
+
+// What the engine asks of its host.
+class Engine::Site final : public IActiveScriptSite {
+public:
+    explicit Site(Maker maker) : maker_(std::move(maker)) {}
+
+    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
+    {
+        const bool known = id == IID_IUnknown || id == IID_IActiveScriptSite;
+        *object = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
+    STDMETHODIMP_(ULONG) Release() noexcept override
+    {
+        const ULONG left = --references_;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    STDMETHODIMP GetLCID(LCID*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetItemInfo(LPCOLESTR name, DWORD wanted, IUnknown** object,
+                             ITypeInfo** info) noexcept override
+    {
+        if (info) *info = nullptr;
+        if (!(wanted & SCRIPTINFO_IUNKNOWN)) return S_OK;
+        *object = nullptr;
+        try {
+            ComPtr<IDispatch>& made = objects_[name];
+            if (!made) made = maker_(name);
+            return made.CopyTo(IID_IUnknown, reinterpret_cast<void**>(object));
+        } catch (...) {
+            return TYPE_E_ELEMENTNOTFOUND;
+        }
+    }
+    STDMETHODIMP GetDocVersionString(BSTR*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP OnScriptTerminate(const VARIANT*, const EXCEPINFO*) noexcept override
+    {
+        return S_OK;
+    }
+    STDMETHODIMP OnStateChange(SCRIPTSTATE) noexcept override { return S_OK; }
+    STDMETHODIMP OnScriptError(IActiveScriptError* error) noexcept override
+    {
+        EXCEPINFO raised{};
+        if (FAILED(error->GetExceptionInfo(&raised))) return S_OK;
+        SysFreeString(raised.bstrHelpFile);
+        error_ = {static_cast<unsigned>(raised.wCode ? raised.wCode : raised.scode),
+                  Taken(raised.bstrSource), Taken(raised.bstrDescription)};
+        return S_OK;
+    }
+    STDMETHODIMP OnEnterScript() noexcept override { return S_OK; }
+    STDMETHODIMP OnLeaveScript() noexcept override { return S_OK; }
+
+    ScriptError TakeError() { return std::exchange(error_, {}); }
+    void Forget() { objects_.clear(); }
+
+private:
+    ULONG references_ = 0;
+    const Maker maker_;
+    std::map<std::wstring, ComPtr<IDispatch>> objects_;
+    ScriptError error_;
+};
+
+Engine::Engine(Maker maker) : site_(new Site(std::move(maker)))
+{
+    ComPtr<IActiveScriptParse> parse;
+    Check(CoCreateInstance(kVbScript, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&script_)));
+    Check(script_.As(&parse));
+    Check(parse->InitNew());
+    Check(script_->SetScriptSite(site_.Get()));
+    Check(script_->SetScriptState(SCRIPTSTATE_CONNECTED));
+}
+
+Engine::~Engine()
+{
+    script_->Close();
+    site_->Forget();
+}
+
+void Engine::Add(const std::wstring& name, bool global)
+{
+    Check(script_->AddNamedItem(name.c_str(), SCRIPTITEM_ISVISIBLE |
+                                                  (global ? DWORD{SCRIPTITEM_GLOBALMEMBERS} : 0)));
+}
+
+Outcome Engine::Run(const std::wstring& statement)
+{
+    return Parse(statement, SCRIPTTEXT_ISVISIBLE);
+}
+
+Outcome Engine::Evaluate(const std::wstring& expression)
+{
+    return Parse(expression, SCRIPTTEXT_ISEXPRESSION);
+}
+
+Outcome Engine::Parse(const std::wstring& text, DWORD flags)
+{
+    ComPtr<IActiveScriptParse> parse;
+    Check(script_.As(&parse));
+    Outcome outcome;
+    const HRESULT result =
+        parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, flags,
+                               flags & SCRIPTTEXT_ISEXPRESSION ? &outcome.value : nullptr, nullptr);
+    outcome.error = site_->TakeError();
+    if (FAILED(result) && outcome.error.number == 0)
+        outcome.error.number = static_cast<unsigned>(result);
+    return outcome;
+}
+
+} // namespace quill::test
