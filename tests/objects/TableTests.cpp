@@ -12,12 +12,12 @@
 // With QUILL_SERVER set, objects come from the registered server.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <sstream>
 #include <utility>
 
 #include "core/Catalogue.h"
 #include "services/Bytes.h"
+#include "services/registryfn.h"
 #include "support/CountedDispatch.h"
 #include "support/Engine.h"
 #include "support/Robot.h"
@@ -101,7 +101,7 @@ private:
         size_t arguments;
         Variant (Host::*method)(const Arguments&);
     };
-    static const Member kMembers[16];
+    static const Member kMembers[17];
 
     Variant Folder(const Arguments&) { return Variant(folder_.Path(L"")); }
     Variant Nul(const Arguments&) { return Variant(std::wstring_view(L"\0", 1)); }
@@ -131,15 +131,23 @@ private:
         return Variant(std::wstring_view(value));
     }
 
-    // Values that the language cannot make.
+    // Values that the language cannot make; the bytes of hexadecimal digits as text.
+    Variant FromHex(const Arguments& given)
+    {
+        const std::wstring digits = TextOf(given[0]);
+        std::wstring text;
+        for (size_t index = 0; index < digits.size(); index += 2)
+            text += static_cast<wchar_t>(std::stoi(digits.substr(index, 2), nullptr, 16));
+        return Variant(text);
+    }
     Variant Bytes(const Arguments& given) { return ByteArray(Narrowed(TextOf(given[0]))); }
     Variant Typed(const Arguments& given)
     {
         const auto type = static_cast<VARTYPE>(std::stoi(TextOf(given[0])));
         const std::wstring text = TextOf(given[1]);
         Variant value;
-        if (text == L"nan" || text == L"inf") {
-            value = Variant(text == L"nan" ? std::nan("") : HUGE_VAL);
+        if (type == VT_R8 || type == VT_DATE) { // also what is no number
+            value = Variant(std::wcstod(text.c_str(), nullptr));
             V_VT(&value) = type;
         } else if (text.empty()) {
             value = OfType(type);
@@ -170,12 +178,11 @@ private:
     }
     Variant TypeOf(const Arguments& given) { return Variant(static_cast<LONG>(V_VT(&given[0]))); }
 
-    // Keys below HKEY_CURRENT_USER. Texts are stored as they are, with or without a NUL; of other
-    // types, one byte a character.
+    // Texts are stored as they are, with or without a NUL; of other types, one byte a character.
     Variant RegMake(const Arguments& given)
     {
         HKEY key = nullptr;
-        RegCreateKeyW(HKEY_CURRENT_USER, TextOf(given[0]).c_str(), &key);
+        RegCreateKeyW(RootOf(given[0]), BelowRoot(given[0]).c_str(), &key);
         const RegistryKey owned(key);
         return {};
     }
@@ -187,21 +194,30 @@ private:
         const std::string bytes = Narrowed(text);
         const bool isText = type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
         Check(HRESULT_FROM_WIN32(static_cast<DWORD>(
-            RegSetKeyValueW(HKEY_CURRENT_USER, TextOf(given[0]).c_str(), TextOf(given[1]).c_str(),
+            RegSetKeyValueW(RootOf(given[0]), BelowRoot(given[0]).c_str(), TextOf(given[1]).c_str(),
                             type, isText ? static_cast<const void*>(wide.data()) : bytes.data(),
                             static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
         return {};
     }
     Variant RegDelete(const Arguments& given)
     {
-        RegDeleteTreeW(HKEY_CURRENT_USER, TextOf(given[0]).c_str());
+        RegDeleteTreeW(RootOf(given[0]), BelowRoot(given[0]).c_str());
         return {};
+    }
+    static HKEY RootOf(const VARIANT& path)
+    {
+        const std::wstring text = TextOf(path);
+        return RootKeyOf(text.substr(0, text.find(L'\\')));
+    }
+    static std::wstring BelowRoot(const VARIANT& path)
+    {
+        return TextOf(path).substr(TextOf(path).find(L'\\') + 1);
     }
 
     const TemporaryFolder& folder_;
 };
 
-const Host::Member Host::kMembers[16] = {
+const Host::Member Host::kMembers[17] = {
     {L"folder", 0, &Host::Folder},     {L"nul", 0, &Host::Nul},
     {L"Make", 1, &Host::Make},         {L"Write", 2, &Host::Write},
     {L"Read", 1, &Host::Read},         {L"Delete", 1, &Host::Delete},
@@ -210,6 +226,7 @@ const Host::Member Host::kMembers[16] = {
     {L"Square", 0, &Host::MakeSquare}, {L"Items", 1, &Host::Items},
     {L"TypeOf", 1, &Host::TypeOf},     {L"RegMake", 1, &Host::RegMake},
     {L"RegSet", 4, &Host::RegSet},     {L"RegDelete", 1, &Host::RegDelete},
+    {L"X", 1, &Host::FromHex},
 };
 
 struct Failure {
