@@ -41,13 +41,14 @@ class ClipboardTest : public testing::Test {
 protected:
     ClipboardTest() { clipboard_.Put(L"UseUnicode", true); }
 
-    // Milliseconds that an action takes.
+    // Half a second, and not much more even where the processor is busy.
     template <class Action>
-    static ULONGLONG Taken(Action action)
+    static void ExpectPatience(Action action)
     {
         const ULONGLONG begin = GetTickCount64();
         action();
-        return GetTickCount64() - begin;
+        const ULONGLONG taken = GetTickCount64() - begin;
+        EXPECT_TRUE(taken >= 480 && taken < 2'500) << taken;
     }
 
     ScriptObject clipboard_ = ScriptObject::Make(L"Clipboard");
@@ -66,10 +67,8 @@ TEST_F(ClipboardTest, WaitsHalfASecondForAnotherProgram)
     }
     {
         const Holder long_(20'000);
-        EXPECT_NEAR(static_cast<double>(Taken([&] { EXPECT_EQ(clipboard_.Get(L"Text"), L""); })),
-                    600, 150);
-        EXPECT_NEAR(static_cast<double>(Taken([&] { clipboard_.Put(L"Text", L"lost"); })), 600,
-                    150);
+        ExpectPatience([&] { EXPECT_EQ(clipboard_.Get(L"Text"), L""); });
+        ExpectPatience([&] { clipboard_.Put(L"Text", L"lost"); });
     }
     EXPECT_EQ(clipboard_.Get(L"Text"), L"new");
 }
@@ -99,6 +98,10 @@ TEST_F(ClipboardTest, LeavesWhatOtherProgramsExpect)
         EXPECT_EQ(GetClipboardOwner(), nullptr);
         ASSERT_TRUE(OpenClipboard(nullptr));
         EXPECT_EQ(EnumClipboardFormats(0) == CF_UNICODETEXT, unicode);
+        if (unicode) {
+            EXPECT_EQ(GlobalSize(GetClipboardData(CF_UNICODETEXT)), 20u)
+                << "room for twice the text";
+        }
         EXPECT_STREQ(static_cast<const char*>(GlobalLock(GetClipboardData(CF_TEXT))), "caf\xE9");
         EXPECT_STREQ(static_cast<const wchar_t*>(GlobalLock(GetClipboardData(CF_UNICODETEXT))),
                      L"caf\u00E9");
@@ -109,18 +112,6 @@ TEST_F(ClipboardTest, LeavesWhatOtherProgramsExpect)
         EXPECT_TRUE(IsClipboardFormatAvailable(CF_TEXT)); // an empty text is one
         EXPECT_EQ(clipboard_.Get(L"Text"), L"");
     }
-}
-
-TEST_F(ClipboardTest, CharactersAndLengths)
-{
-    const std::wstring large(10 * 1024 * 1024, L'x');
-    clipboard_.Put(L"UseUnicode", false);
-    clipboard_.Put(L"Text", large);
-    EXPECT_TRUE(clipboard_.Get(L"Text").Text() == large);
-    clipboard_.Put(L"Text", L"caf\u00E9 \u0416");
-    EXPECT_EQ(clipboard_.Get(L"Text"), L"caf\u00E9 ?");
-    clipboard_.Put(L"Text", std::wstring_view(L"a\0b", 3)); // readers stop at the NUL
-    EXPECT_EQ(clipboard_.Get(L"Text"), L"a");
 }
 
 } // namespace

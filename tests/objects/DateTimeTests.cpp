@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
 
 #include "support/ScriptObject.h"
 
@@ -105,19 +104,6 @@ TEST(DateTimeInZone, ConvertsAsTheTableSays)
     // Beyond the last date, on the other side of the zone's meridian.
     EXPECT_EQ(DateOf(dateTime.Call(L"ConvertTime", DateOf("9999-12-31 23:00:00"), zone->bias < 0)),
               0);
-}
-
-TEST(DateTimeTest, WhatIsNoDateOfThePlatformBecomesTheZeroDate)
-{
-    ScriptObject dateTime = ScriptObject::Make(L"DateTime");
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    for (double value : {std::nan(""), kInfinity, -kInfinity, 1e300, -1e300, 2958466.0, -657435.0,
-                         -109'206.0 /* the year 1600 */})
-        for (bool fromUtc : {true, false}) {
-            // The runtime lets a Date hold all of them.
-            const Variant date = Variant::OfDate(value);
-            EXPECT_EQ(DateOf(dateTime.Call(L"ConvertTime", date, fromUtc)), 0) << value;
-        }
 }
 
 TEST(DateTimeTest, NameAndBiasesFollowTheKind)

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -10,8 +8,6 @@
 #include "services/Logging.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
-
-#include <shlobj.h>
 
 namespace quill::test {
 namespace {
@@ -46,31 +42,6 @@ std::string Contents(const std::wstring& path)
     return contents.str();
 }
 
-// The time of a line in milliseconds since 1601, by its own offset.
-LONGLONG TimeOf(const std::string& line)
-{
-    SYSTEMTIME time{};
-    char sign = 0;
-    int hours = 0;
-    int minutes = 0;
-    if (std::sscanf(line.c_str(), "%4hu-%2hu-%2huT%2hu:%2hu:%2hu.%3hu%c%2d:%2d", &time.wYear,
-                    &time.wMonth, &time.wDay, &time.wHour, &time.wMinute, &time.wSecond,
-                    &time.wMilliseconds, &sign, &hours, &minutes) != 10)
-        return 0;
-    FILETIME ticks;
-    SystemTimeToFileTime(&time, &ticks);
-    const LONGLONG offset = (hours * 60 + minutes) * 60'000LL * (sign == '-' ? -1 : 1);
-    return (static_cast<LONGLONG>(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime) / 10'000 -
-           offset;
-}
-
-LONGLONG Now()
-{
-    FILETIME ticks;
-    GetSystemTimeAsFileTime(&ticks);
-    return (static_cast<LONGLONG>(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime) / 10'000;
-}
-
 // The platform's own log takes everything here and keeps nothing, so what goes to it is recorded in
 // front of it. How the event viewer shows an event cannot be seen; which text the message table
 // makes of it can.
@@ -89,15 +60,6 @@ protected:
     const std::wstring path_ = folder_.Path(L"a.log");
     ScriptObject log_ = ScriptObject::Make(L"EventLog");
 };
-
-TEST_F(EventLogTest, ModeReadsAsTheServicesNumber)
-{
-    log_.Put(L"ErrorLevel", 0);
-    for (const auto& [value, expected] : {std::pair{0, 0}, {2, 2}, {1, 3}, {5, 3}, {-1, 3}}) {
-        log_.Put(L"mode", value);
-        EXPECT_EQ(log_.Get(L"mode"), expected);
-    }
-}
 
 TEST_F(EventLogTest, AnEmptyTextIsRecordedQuietly)
 {
@@ -155,71 +117,6 @@ TEST_F(EventLogTest, ALongTextBecomesSeveralEvents)
     }
     EXPECT_EQ(together, text);
     EXPECT_EQ(reported[0].texts[0].back(), L'a');
-}
-
-TEST_F(EventLogTest, TheFileHasOneLineAnEvent)
-{
-    log_.Put(L"mode", 2);
-    log_.Put(L"File", path_);
-    const LONGLONG begin = Now();
-    log_.Call(L"Report", L"first", 16);
-    log_.Call(L"Report", L"two\r\nlines\tand\0\u20AC C:\\x"s, 48);
-    log_.Call(L"Report", L"third", 17);
-    const LONGLONG end = Now();
-
-    const std::string contents = Contents(path_);
-    const std::string time = R"((\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d))";
-    const std::regex expected("\xEF\xBB\xBF" + time + "\tError\tfirst\r\n" + time +
-                              "\tWarning\ttwo\xE2\x90\x8D\xE2\x90\x8Alines\xE2\x90\x89"
-                              "and\xE2\x90\x80\xE2\x82\xAC C:\\\\x\r\n" +
-                              time + "\tInformation\tthird\r\n");
-    std::smatch match;
-    ASSERT_TRUE(std::regex_match(contents, match, expected)) << contents;
-    for (size_t line = 1; line < match.size(); ++line) {
-        EXPECT_GE(TimeOf(match[line]), begin);
-        EXPECT_LE(TimeOf(match[line]), end);
-    }
-    EXPECT_TRUE(reported.empty());
-}
-
-TEST_F(EventLogTest, RelativeNamesLieInTheUsersFolder)
-{
-    PWSTR data = nullptr;
-    Check(SHGetKnownFolderPath(FOLDERID_LocalAppData, 0, nullptr, &data));
-    const std::filesystem::path folder =
-        std::filesystem::path(TaskMemory<wchar_t>(data).get()) / L"Quill";
-    log_.Put(L"mode", 2);
-    for (const wchar_t* name : {L"", L"other.log"}) {
-        const auto path = folder / (*name ? name : L"quill.log");
-        std::filesystem::remove(path);
-        log_.Put(L"File", name);
-        log_.Call(L"Report", L"here");
-        EXPECT_TRUE(Contents(path).ends_with("\there\r\n"));
-        std::filesystem::remove(path);
-    }
-}
-
-TEST_F(EventLogTest, AFileThatCannotBeWrittenIsAnError)
-{
-    log_.Put(L"mode", 2);
-    log_.Put(L"ErrorLevel", 0); // silences mistakes of the script, not a lost message
-    std::filesystem::create_directory(folder_.Path(L"folder"));
-    const std::pair<std::wstring, DWORD> cases[] = {
-        {folder_.Path(L"folder"), ERROR_ACCESS_DENIED},
-        {folder_.Path(L"none\\a.log"), ERROR_PATH_NOT_FOUND},
-        {path_ + L'\0', ERROR_INVALID_NAME},
-        {LR"(\\.\nul)", ERROR_INVALID_NAME},
-    };
-    for (const auto& [file, code] : cases) {
-        log_.Put(L"File", file);
-        const ScriptError error = ErrorOf([&] { log_.Call(L"Report", L"lost"); });
-        const std::wstring begin = L"Cannot write to the log file " + file + L": ";
-        EXPECT_EQ(error.number, 0x80070000 | code) << Narrow(file);
-        EXPECT_EQ(error.source, L"Quill.EventLog");
-        // An error's text ends at a NUL.
-        EXPECT_TRUE(error.description.starts_with(begin.substr(0, begin.find(L'\0'))));
-    }
-    EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
 TEST_F(EventLogTest, ARefusedEventGoesToTheFileInAutomaticMode)

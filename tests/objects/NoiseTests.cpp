@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -14,10 +15,12 @@ namespace {
 
 // What reaches the platform. Sounds play on threads of their own, and the call waits for their end.
 std::string heard;
-HWND window;            // of the thread that waits for a sound
-DWORD_PTR served;       // its answer during the sound
-LastClient* lastClient; // is killed during the sound
+HWND window;                // of the thread that waits for a sound
+DWORD_PTR served;           // its answer during the sound
+LastClient* lastClient;     // is killed during the sound
+std::atomic<bool> outlived; // the sound went on after the call had returned
 const Event callReturned(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+const Event soundEnded(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 
 BOOL WINAPI Tone(DWORD frequency, DWORD milliseconds)
 {
@@ -43,7 +46,8 @@ BOOL WINAPI Wave(LPCWSTR sound, HMODULE module, DWORD flags)
     heard += text.str();
     if (lastClient) {
         lastClient->Die();
-        EXPECT_EQ(WaitForSingleObject(callReturned.get(), 5'000), WAIT_OBJECT_0);
+        outlived = WaitForSingleObject(callReturned.get(), 5'000) == WAIT_OBJECT_0;
+        SetEvent(soundEnded.get());
     }
     return TRUE;
 }
@@ -116,6 +120,8 @@ TEST_F(NoiseTest, ASoundWithoutItsClientIsNotWaitedFor)
     lastClient = &client;
     noise_.Call(L"PlayFile", L"long.wav");
     SetEvent(callReturned.get());
+    ASSERT_EQ(WaitForSingleObject(soundEnded.get(), 10'000), WAIT_OBJECT_0);
+    EXPECT_TRUE(outlived);
 }
 
 } // namespace
