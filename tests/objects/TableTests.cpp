@@ -9,13 +9,14 @@
 //
 // and everything else that begins with a letter is a statement. Classes are objects by their name
 // (Make("Me") for those whose name the language has taken), and scripts know the members of Host.
-// With QUILL_SERVER set, objects come from the registered server.
+// With QUILL_SERVER set, objects come from the registered server, and the examples are run too.
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <utility>
 
 #include "core/Catalogue.h"
+#include "core/Text.h"
 #include "services/Bytes.h"
 #include "services/registryfn.h"
 #include "support/CountedDispatch.h"
@@ -27,9 +28,16 @@
 namespace quill::test {
 namespace {
 
+constexpr DWORD kExampleDeadline = 45'000; // milliseconds
+
+bool IsServerRun()
+{
+    return _wgetenv(L"QUILL_SERVER") != nullptr;
+}
+
 ComPtr<IDispatch> MakeObject(const std::wstring& className)
 {
-    if (!_wgetenv(L"QUILL_SERVER")) return ScriptObject::Make(className).Dispatch();
+    if (!IsServerRun()) return ScriptObject::Make(className).Dispatch();
     CLSID id;
     ComPtr<IDispatch> object;
     Check(CLSIDFromProgID((L"Quill." + className).c_str(), &id));
@@ -101,25 +109,27 @@ private:
         size_t arguments;
         Variant (Host::*method)(const Arguments&);
     };
-    static const Member kMembers[17];
+    static const Member kMembers[18];
 
     Variant Folder(const Arguments&) { return Variant(folder_.Path(L"")); }
     Variant Nul(const Arguments&) { return Variant(std::wstring_view(L"\0", 1)); }
     Variant Make(const Arguments& given) { return Variant(MakeObject(TextOf(given[0])).Get()); }
 
-    // A file's bytes as text of one character each.
+    // A file's bytes as text of one character each. Writing makes its folder.
     Variant Write(const Arguments& given)
     {
+        const std::filesystem::path path(folder_.Path(TextOf(given[0])));
+        std::filesystem::create_directories(path.parent_path());
         folder_.Write(TextOf(given[0]), Narrowed(TextOf(given[1])));
         return {};
     }
-    Variant Read(const Arguments& given)
+    static std::wstring Contents(const std::wstring& path)
     {
-        std::ifstream file(std::filesystem::path(TextOf(given[0])), std::ios::binary);
-        if (!file) return Variant(L"<no file>");
-        const std::string bytes(std::istreambuf_iterator<char>(file), {});
-        return Variant(Widened(bytes));
+        std::ifstream file(std::filesystem::path(path), std::ios::binary);
+        if (!file) return L"<no file>";
+        return Widened(std::string(std::istreambuf_iterator<char>(file), {}));
     }
+    Variant Read(const Arguments& given) { return Variant(Contents(TextOf(given[0]))); }
     Variant Delete(const Arguments& given)
     {
         return Variant(DeleteFileW(TextOf(given[0]).c_str()) != FALSE);
@@ -129,6 +139,46 @@ private:
         wchar_t value[MAX_PATH]{};
         GetEnvironmentVariableW(TextOf(given[0]).c_str(), value, MAX_PATH);
         return Variant(std::wstring_view(value));
+    }
+
+    // Runs an example in the platform's script host, with the folder of the table as TEMP. Its last
+    // lines, with bars between them.
+    Variant RunExample(const Arguments& given)
+    {
+        auto script = std::filesystem::path(QUILL_EXAMPLES) / TextOf(given[0]);
+        std::wstring commandLine = L"cscript.exe //nologo \"" + script.make_preferred().wstring() +
+                                   L"\" " + TextOf(given[1]);
+        const std::wstring printed = folder_.Write(L"printed", "");
+        SetEnvironmentVariableW(L"TEMP", folder_.Path().c_str());
+        DWORD exitCode = STILL_ACTIVE;
+        {
+            SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+            const FileHandle output(CreateFileW(printed.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                                &inheritable, OPEN_EXISTING, 0, nullptr));
+            STARTUPINFOW startup{};
+            startup.cb = sizeof startup;
+            startup.dwFlags = STARTF_USESTDHANDLES;
+            startup.hStdOutput = startup.hStdError = output.get();
+            PROCESS_INFORMATION process{};
+            if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                nullptr, &startup, &process))
+                RaiseLastError();
+            const Event thread(process.hThread);
+            const Event owned(process.hProcess);
+            if (WaitForSingleObject(process.hProcess, kExampleDeadline) == WAIT_OBJECT_0)
+                GetExitCodeProcess(process.hProcess, &exitCode);
+            else
+                TerminateProcess(process.hProcess, 1);
+        }
+        if (exitCode != 0) return Variant(L"exit code " + std::to_wstring(exitCode));
+        const std::vector<std::wstring> lines = SplitLines(Contents(printed));
+        const size_t wanted =
+            std::stoul(TextOf(given[2])) + 1; // the last line ends in a line break
+        std::wstring last;
+        for (size_t line = lines.size() - std::min(wanted, lines.size()); line + 1 < lines.size();
+             ++line)
+            last += (last.empty() ? L"" : L"|") + lines[line];
+        return Variant(last);
     }
 
     // Values that the language cannot make; the bytes of hexadecimal digits as text.
@@ -217,7 +267,7 @@ private:
     const TemporaryFolder& folder_;
 };
 
-const Host::Member Host::kMembers[17] = {
+const Host::Member Host::kMembers[18] = {
     {L"folder", 0, &Host::Folder},     {L"nul", 0, &Host::Nul},
     {L"Make", 1, &Host::Make},         {L"Write", 2, &Host::Write},
     {L"Read", 1, &Host::Read},         {L"Delete", 1, &Host::Delete},
@@ -226,7 +276,7 @@ const Host::Member Host::kMembers[17] = {
     {L"Square", 0, &Host::MakeSquare}, {L"Items", 1, &Host::Items},
     {L"TypeOf", 1, &Host::TypeOf},     {L"RegMake", 1, &Host::RegMake},
     {L"RegSet", 4, &Host::RegSet},     {L"RegDelete", 1, &Host::RegDelete},
-    {L"X", 1, &Host::FromHex},
+    {L"X", 1, &Host::FromHex},         {L"Run", 3, &Host::RunExample},
 };
 
 struct Failure {
@@ -276,7 +326,7 @@ private:
         const std::wstring text =
             line.substr(std::min(line.find_first_not_of(L"?!< "), line.size()));
         if (line[0] == L'<') {
-            actions_.push_back(text);
+            actions_.push_back(WithFolder(text));
             return {};
         }
         std::optional<Robot> robot;
@@ -306,9 +356,7 @@ private:
     {
         const size_t arrow = line.rfind(L" -> ");
         if (arrow == std::wstring::npos) return "-> is missing";
-        std::wstring expected = line.substr(arrow + 4);
-        if (const size_t place = expected.find(L"{folder}"); place != std::wstring::npos)
-            expected.replace(place, 8, folder_.Path(L""));
+        const std::wstring expected = WithFolder(line.substr(arrow + 4));
         const ScriptError error = engine_.Run(line.substr(0, arrow)).error;
         if (error.number != std::wcstoul(expected.c_str(), nullptr, 16)) return Raised(error, true);
         if (expected.size() <= 9) return {};
@@ -319,6 +367,13 @@ private:
                           error.description.starts_with(text) &&
                           (!whole || error.description.size() == text.size());
         return same ? std::string() : Raised(error, true);
+    }
+
+    std::wstring WithFolder(std::wstring text) const
+    {
+        if (const size_t place = text.find(L"{folder}"); place != std::wstring::npos)
+            text.replace(place, 8, folder_.Path(L""));
+        return text;
     }
 
     static std::string Raised(const ScriptError& error, bool wanted = false)
@@ -340,7 +395,8 @@ std::vector<std::string> TableNames()
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
-        names.push_back(entry.path().stem().string());
+        if (IsServerRun() || entry.path().stem() != "Examples")
+            names.push_back(entry.path().stem().string());
     return names;
 }
 
@@ -357,6 +413,15 @@ TEST_P(TableTest, Holds)
 
 INSTANTIATE_TEST_SUITE_P(Tables, TableTest, testing::ValuesIn(TableNames()),
                          [](const auto& test) { return test.param; });
+
+TEST(TableRunnerTest, KnowsEveryExample)
+{
+    std::ifstream file(QUILL_TABLES "/Examples.txt");
+    const std::string table(std::istreambuf_iterator<char>(file), {});
+    for (const auto& entry : std::filesystem::directory_iterator(QUILL_EXAMPLES))
+        EXPECT_NE(table.find("Run(\"" + entry.path().filename().string() + '"'), std::string::npos)
+            << entry.path();
+}
 
 TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
 {

@@ -7,18 +7,10 @@
 //     host.CheckEqual actual, expected, message
 //     host.CheckError Err.Number, Err.Source, Err.Description, number, source, description
 //     host.Folder                     a temporary folder, common to all scripts of the run
-//     host.Run(script, argument)      runs another script, with the temporary folder as TEMP, and
-//                                     returns what it printed; an empty argument stands for none
-//     host.ExitCode                   of the script that Run ran last
 //     host.Answer caption, controlClass, text, action
 //                                     has the robot wait for this control (an empty string stands
 //                                     for any) and then act; answers are given one after the other.
-//                                     Actions: click, double x y, close, move x y, wait,
-//                                     rest milliseconds, or
-//                                     keys and what to type: keys a{DOWN}^a{ENTER}, or
-//                                     menu and keys: a right click, then the keys in its menu;
-//                                     write and a path: the file appears; see waits for a window
-//                                     of this caption and class instead of a control
+//                                     Actions are those of Desk::Act
 //     host.Answered                   waits for the robot; True when all went well
 //     host.Listen object              hears the object's events from now on
 //     host.Pump milliseconds          waits for the next event; False when none came
@@ -54,8 +46,7 @@ constexpr wchar_t kProgId[] = L"QuillTest.Host";
 constexpr wchar_t kClassText[] = L"{6D2C41C8-0E53-4B83-93B1-8B7A0A6C1C55}";
 constexpr CLSID kClass{
     0x6D2C41C8, 0x0E53, 0x4B83, {0x93, 0xB1, 0x8B, 0x7A, 0x0A, 0x6C, 0x1C, 0x55}};
-constexpr DWORD kDeadline = 60'000;    // milliseconds, for all scripts of a run
-constexpr DWORD kRunDeadline = 45'000; // for one that another runs
+constexpr DWORD kDeadline = 60'000; // milliseconds, for all scripts of a run
 
 // What the scripts of a run share.
 struct Run {
@@ -128,9 +119,8 @@ unsigned ErrorNumberOf(const VARIANT& value)
     return static_cast<unsigned>(static_cast<long long>(NumberOf(value)));
 }
 
-// Starts the platform's script host for a script and its arguments. It prints to `output`, an
-// inheritable handle, or where this program does.
-Event StartScript(const std::vector<std::wstring>& words, HANDLE output = nullptr)
+// Starts the platform's script host for a script and its arguments.
+Event StartScript(const std::vector<std::wstring>& words)
 {
     std::wstring commandLine = L"cscript.exe //nologo";
     commandLine += L" \"" + std::filesystem::absolute(words[0]).wstring() + L'"';
@@ -138,13 +128,9 @@ Event StartScript(const std::vector<std::wstring>& words, HANDLE output = nullpt
         commandLine += L" \"" + words[index] + L'"';
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
-    if (output) {
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = startup.hStdError = output;
-    }
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, output != nullptr, 0,
-                        nullptr, nullptr, &startup, &process))
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process))
         RaiseLastError();
     CloseHandle(process.hThread);
     return Event(process.hProcess);
@@ -260,7 +246,7 @@ private:
         size_t arguments;
         Variant (Host::*method)(const Arguments&);
     };
-    static const Member kMembers[15];
+    static const Member kMembers[13];
 
     Variant CheckTruth(const Arguments& given)
     {
@@ -290,30 +276,6 @@ private:
         return {};
     }
     Variant Folder(const Arguments&) { return Variant(run_.folder->Path(L"")); }
-
-    Variant RunScript(const Arguments& given)
-    {
-        std::vector<std::wstring> words{TextOf(given[0])};
-        if (const std::wstring argument = TextOf(given[1]); !argument.empty())
-            words.push_back(argument);
-        const std::filesystem::path path(run_.folder->Write(L"output", ""));
-        SetEnvironmentVariableW(L"TEMP", path.parent_path().c_str());
-        {
-            SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-            const Event output(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                           &inheritable, OPEN_EXISTING, 0, nullptr));
-            const Event process = StartScript(words, output.get());
-            if (WaitForSingleObject(process.get(), kRunDeadline) != WAIT_OBJECT_0) {
-                run_.Fail("a script that another runs did not end");
-                TerminateProcess(process.get(), 1);
-            }
-            GetExitCodeProcess(process.get(), &exitCode_);
-        }
-        std::ifstream file(path, std::ios::binary);
-        const std::string printed(std::istreambuf_iterator<char>(file), {});
-        return Variant(std::wstring(printed.begin(), printed.end()));
-    }
-    Variant ExitCode(const Arguments&) { return Variant(static_cast<LONG>(exitCode_)); }
 
     Variant Answer(const Arguments& given)
     {
@@ -385,17 +347,14 @@ private:
     Run& run_;
     Answers answers_;
     std::unique_ptr<EventListener> listener_;
-    size_t seen_ = 0;    // events that Pump has told of
-    DWORD exitCode_ = 0; // of the last script run
+    size_t seen_ = 0; // events that Pump has told of
 };
 
-const Host::Member Host::kMembers[15] = {
+const Host::Member Host::kMembers[13] = {
     {L"Check", 2, &Host::CheckTruth},
     {L"CheckEqual", 3, &Host::CheckEqual},
     {L"CheckError", 6, &Host::CheckError},
     {L"Folder", 0, &Host::Folder},
-    {L"Run", 2, &Host::RunScript},
-    {L"ExitCode", 0, &Host::ExitCode},
     {L"Answer", 4, &Host::Answer},
     {L"Answered", 0, &Host::Answered},
     {L"Listen", 1, &Host::Listen},
