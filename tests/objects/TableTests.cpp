@@ -1,6 +1,7 @@
 // Runs the tables of tests/tables, each in an engine of its own. A line is
 //
 //     ? expression                    which must be True
+//     ?? expression                   which must become True within some seconds
 //     ! statement -> 8004033F text    which must raise this error of the table's class; ... at the
 //                                     end stands for any, and without a text the number counts
 //     < Class[:text] action           what the user does while the next line runs
@@ -21,6 +22,8 @@
 #include "services/registryfn.h"
 #include "support/CountedDispatch.h"
 #include "support/Engine.h"
+#include "support/EventListener.h"
+#include "support/Reaction.h"
 #include "support/Robot.h"
 #include "support/TemporaryFolder.h"
 #include "support/Values.h"
@@ -28,7 +31,9 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD kExampleDeadline = 45'000; // milliseconds
+// Milliseconds.
+constexpr DWORD kExampleDeadline = 45'000;
+constexpr DWORD kPatience = 10'000;
 
 bool IsServerRun()
 {
@@ -109,7 +114,7 @@ private:
         size_t arguments;
         Variant (Host::*method)(const Arguments&);
     };
-    static const Member kMembers[18];
+    static const Member kMembers[21];
 
     Variant Folder(const Arguments&) { return Variant(folder_.Path(L"")); }
     Variant Nul(const Arguments&) { return Variant(std::wstring_view(L"\0", 1)); }
@@ -179,6 +184,23 @@ private:
              ++line)
             last += (last.empty() ? L"" : L"|") + lines[line];
         return Variant(last);
+    }
+
+    // Hears the events of an object from now on; how many of a name came in, and the argument of
+    // one.
+    Variant Listen(const Arguments& given)
+    {
+        listener_ = std::make_unique<EventListener>(V_DISPATCH(&given[0]));
+        return {};
+    }
+    Variant Heard(const Arguments& given)
+    {
+        return Variant(static_cast<LONG>(listener_->Count(TextOf(given[0]))));
+    }
+    Variant Told(const Arguments& given)
+    {
+        const HeardEvent* event = listener_->Find(TextOf(given[0]), std::stoul(TextOf(given[1])));
+        return event ? Variant::Dereferenced(event->arguments.at(0)) : Variant();
     }
 
     // Values that the language cannot make; the bytes of hexadecimal digits as text.
@@ -265,9 +287,10 @@ private:
     }
 
     const TemporaryFolder& folder_;
+    std::unique_ptr<EventListener> listener_;
 };
 
-const Host::Member Host::kMembers[18] = {
+const Host::Member Host::kMembers[21] = {
     {L"folder", 0, &Host::Folder},     {L"nul", 0, &Host::Nul},
     {L"Make", 1, &Host::Make},         {L"Write", 2, &Host::Write},
     {L"Read", 1, &Host::Read},         {L"Delete", 1, &Host::Delete},
@@ -277,6 +300,8 @@ const Host::Member Host::kMembers[18] = {
     {L"TypeOf", 1, &Host::TypeOf},     {L"RegMake", 1, &Host::RegMake},
     {L"RegSet", 4, &Host::RegSet},     {L"RegDelete", 1, &Host::RegDelete},
     {L"X", 1, &Host::FromHex},         {L"Run", 3, &Host::RunExample},
+    {L"Listen", 1, &Host::Listen},     {L"Heard", 1, &Host::Heard},
+    {L"Told", 2, &Host::Told},
 };
 
 struct Failure {
@@ -326,7 +351,7 @@ private:
         const std::wstring text =
             line.substr(std::min(line.find_first_not_of(L"?!< "), line.size()));
         if (line[0] == L'<') {
-            actions_.push_back(WithFolder(text));
+            actions_.push_back(Replaced(text));
             return {};
         }
         std::optional<Robot> robot;
@@ -335,17 +360,24 @@ private:
                 for (const std::wstring& action : actions)
                     desk.Act(action);
             });
+        if (line.starts_with(L"??"))
+            PumpUntil([&] { return IsTrue(engine_.Evaluate(text)); }, kPatience);
         if (line[0] == L'?') return Expect(text);
         if (line[0] == L'!') return ExpectError(text);
         if (!iswalpha(line[0])) return "unknown mark";
         return Raised(engine_.Run(text).error);
     }
 
+    static bool IsTrue(const Outcome& outcome)
+    {
+        return V_VT(&outcome.value) == VT_BOOL && V_BOOL(&outcome.value);
+    }
+
     std::string Expect(const std::wstring& expression)
     {
         const Outcome outcome = engine_.Evaluate(expression);
         if (outcome.error.number) return Raised(outcome.error);
-        if (V_VT(&outcome.value) == VT_BOOL && V_BOOL(&outcome.value)) return {};
+        if (IsTrue(outcome)) return {};
         const size_t equals = expression.rfind(L" = ");
         if (equals == std::wstring::npos || expression.find(L" And ") != std::wstring::npos)
             return "is " + Narrow(TextOf(outcome.value));
@@ -356,7 +388,7 @@ private:
     {
         const size_t arrow = line.rfind(L" -> ");
         if (arrow == std::wstring::npos) return "-> is missing";
-        const std::wstring expected = WithFolder(line.substr(arrow + 4));
+        const std::wstring expected = Replaced(line.substr(arrow + 4));
         const ScriptError error = engine_.Run(line.substr(0, arrow)).error;
         if (error.number != std::wcstoul(expected.c_str(), nullptr, 16)) return Raised(error, true);
         if (expected.size() <= 9) return {};
@@ -369,10 +401,14 @@ private:
         return same ? std::string() : Raised(error, true);
     }
 
-    std::wstring WithFolder(std::wstring text) const
+    // With {folder} and {crlf} replaced.
+    std::wstring Replaced(std::wstring text) const
     {
-        if (const size_t place = text.find(L"{folder}"); place != std::wstring::npos)
-            text.replace(place, 8, folder_.Path(L""));
+        for (const auto& [name, value] :
+             {std::pair<std::wstring, std::wstring>{L"{folder}", folder_.Path(L"")},
+              {L"{crlf}", L"\r\n"}})
+            if (const size_t place = text.find(name); place != std::wstring::npos)
+                text.replace(place, name.size(), value);
         return text;
     }
 

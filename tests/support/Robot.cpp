@@ -14,7 +14,8 @@ namespace quill::test {
 
 namespace {
 
-constexpr DWORD kPoll = 15; // milliseconds between two looks
+constexpr DWORD kPoll = 15;    // milliseconds between two looks
+constexpr int kStillLooks = 6; // more than the server takes to bring a dialog to the front
 constexpr wchar_t kMenuClass[] = L"#32768";
 constexpr DWORD kAnswerDeadline = 2'000; // for a window to answer a message
 
@@ -173,18 +174,25 @@ void Desk::WaitUntilGone(HWND window)
             [&] { return !IsWindow(window) || !IsWindowVisible(window); });
 }
 
-// The point on the screen, once the window stands still there with nothing above it.
+// The point on the screen, once the window has stood still there for a while with nothing above it:
+// one that has just come is brought to the front once more, which would undo half a click.
 POINT Desk::Target(HWND window, POINT point)
 {
     const HWND root = GetAncestor(window, GA_ROOT);
     POINT screen{};
     POINT last{-1, -1};
+    HWND lastFront = nullptr;
+    int looks = 0;
     WaitFor(L"the window " + Quoted(TextOf(root).c_str()) + L" to lie on top", [&] {
         screen = point;
         ClientToScreen(window, &screen);
-        const bool still = screen.x == last.x && screen.y == last.y;
+        const HWND front = GetForegroundWindow();
+        const bool still = screen.x == last.x && screen.y == last.y && front == lastFront &&
+                           GetAncestor(WindowFromPoint(screen), GA_ROOT) == root;
         last = screen;
-        return still && GetAncestor(WindowFromPoint(screen), GA_ROOT) == root;
+        lastFront = front;
+        looks = still ? looks + 1 : 0;
+        return looks == kStillLooks;
     });
     return screen;
 }
@@ -323,19 +331,25 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
 
 void Desk::Act(const std::wstring& line)
 {
-    std::wstring rest = line;
-    std::wstring caption;
-    if (rest.starts_with(L'"')) {
-        const size_t end = rest.find(L'"', 1);
-        caption = rest.substr(1, end - 1);
-        rest.erase(0, rest.find_first_not_of(L' ', end + 1));
+    std::wstring_view rest = line;
+    // Up to this character, or what stands in quotation marks.
+    const auto take = [&](std::wstring_view ends) {
+        const bool quoted = rest.starts_with(L'"');
+        const size_t end = quoted ? rest.find(L'"', 1) : rest.find_first_of(ends);
+        if (end == std::wstring_view::npos) throw std::runtime_error("no action: " + Narrow(line));
+        const std::wstring taken(rest.substr(quoted, end - quoted));
+        rest.remove_prefix(end + quoted);
+        return taken;
+    };
+    const std::wstring caption = rest.starts_with(L'"') ? take({}) : std::wstring();
+    rest.remove_prefix(std::min(rest.find_first_not_of(L' '), rest.size()));
+    const std::wstring controlClass = take(L": ");
+    std::wstring text;
+    if (rest.starts_with(L':')) {
+        rest.remove_prefix(1);
+        text = take(L" ");
     }
-    const size_t blank = rest.find(L' ');
-    if (blank == std::wstring::npos) throw std::runtime_error("no action: " + Narrow(line));
-    const std::wstring target = rest.substr(0, blank);
-    const size_t colon = std::min(target.find(L':'), target.size());
-    const std::wstring text = target.substr(std::min(colon + 1, target.size()));
-    Act(caption, target.substr(0, colon), text, rest.substr(blank + 1));
+    Act(caption, controlClass, text, std::wstring(rest.substr(std::min<size_t>(1, rest.size()))));
 }
 
 void Desk::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)

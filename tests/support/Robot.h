@@ -63,7 +63,7 @@ public:
     // instead of a control; everything else, or what follows `keys`, is typed.
     void Act(const std::wstring& caption, const std::wstring& controlClass,
              const std::wstring& text, const std::wstring& action);
-    // The same in one line: ["caption"] Class[:text] action.
+    // The same in one line: ["caption"] Class[:text or :"text"] action.
     void Act(const std::wstring& line);
 
     void Post(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
