@@ -221,17 +221,22 @@ void Desk::DoubleClickAt(HWND window, POINT point)
 
 void Desk::WaitForKeys()
 {
+    int looks = ready_ == current_ ? kStillLooks : 1; // a window that is new must keep the keyboard
     WaitFor(L"the window " + Quoted(TextOf(current_).c_str()) + L" to have the keyboard", [&] {
         GUITHREADINFO info{};
         info.cbSize = sizeof info;
+        const HWND front = GetForegroundWindow();
+        bool hears = false;
         if (ClassOf(current_) == kMenuClass)
-            return GetGUIThreadInfo(GetWindowThreadProcessId(GetForegroundWindow(), nullptr),
-                                    &info) &&
-                   info.hwndMenuOwner == current_;
-        return GetForegroundWindow() == current_ &&
-               GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
-               info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
+            hears = GetGUIThreadInfo(GetWindowThreadProcessId(front, nullptr), &info) &&
+                    info.hwndMenuOwner == current_;
+        else
+            hears = front == current_ &&
+                    GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
+                    info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
+        return hears && looks++ >= kStillLooks;
     });
+    ready_ = current_;
 }
 
 void Desk::Press(WORD key, std::initializer_list<WORD> held)

@@ -91,6 +91,7 @@ private:
 
     std::vector<HWND> before_;
     HWND current_ = nullptr; // the window that was found last
+    HWND ready_ = nullptr;   // the one that has had keys before
 };
 
 void ReportToGoogleTest(const std::string& failure);

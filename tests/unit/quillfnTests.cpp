@@ -7,7 +7,6 @@
 #include "core/Apartment.h"
 #include "core/Variant.h"
 #include "support/ScriptObject.h"
-#include "support/TemporaryFolder.h"
 #include "support/Values.h"
 
 namespace quill::test {
@@ -76,25 +75,6 @@ TEST(InRange, ComparesNumbersOfAllKinds)
     EXPECT_TRUE(InRange(64, 1, 64));
     EXPECT_FALSE(InRange(65, 1, 64));
     EXPECT_FALSE(InRange(0, 1, 64));
-}
-
-TEST(FileExists, FindsFilesAndFoldersOfTheAnsiCodePage)
-{
-    const TemporaryFolder folder;
-    for (const wchar_t* name : {L"plain.txt", L"\u0416\u4E2D.txt"})
-        folder.Write(name, "");
-    const std::pair<std::wstring, bool> cases[] = {
-        {folder.Path(L"plain.txt"), true},
-        {folder.Path(L""), true},
-        {folder.Path(L"missing.txt"), false},
-        {folder.Path(L"\u0416\u4E2D.txt"), false}, // there, but not for GetFileAttributesA
-        {folder.Path(std::wstring(40'000, L'x')), false},
-    };
-    for (const auto& [path, expected] : cases) {
-        std::wstring tested = path;
-        EXPECT_EQ(FileExists(tested, true), expected) << Narrow(path.substr(0, 100));
-        EXPECT_EQ(tested, path);
-    }
 }
 
 TEST(FileExists, ResolvesBareNamesOnly)
