@@ -8,9 +8,10 @@
 //     ' comment                       or a blank line
 //     end                             the last line
 //
-// and everything else that begins with a letter is a statement. Classes are objects by their name
-// (Make("Me") for those whose name the language has taken), and scripts know the members of Host.
-// With QUILL_SERVER set, objects come from the registered server, and the examples are run too.
+// and everything else that begins with a letter is a statement. A line that ends in " _" goes on.
+// Classes are objects by their name (Make("Me") for those whose name the language has taken), and
+// scripts know the members of Host. With QUILL_SERVER set, objects come from the registered server,
+// and the examples are run too.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -329,6 +330,10 @@ public:
         bool ended = false;
         for (std::string line; std::getline(lines, line);) {
             ++number;
+            const int begin = number;
+            for (std::string more; line.ends_with(" _") && std::getline(lines, more); ++number)
+                line.replace(line.size() - 1, 1,
+                             more.substr(std::min(more.find_first_not_of(' '), more.size())));
             while (!line.empty() && (line.back() == '\r' || line.back() == ' '))
                 line.pop_back();
             if (line.empty() || line[0] == '\'') continue;
@@ -337,7 +342,7 @@ public:
             if (ended) continue;
             if (line[0] == '?' || line[0] == '!') ++checks;
             const std::string failure = RunLine(FromCodePage({line.begin(), line.end()}, CP_UTF8));
-            if (!failure.empty()) failures_.push_back({number, line + "\n  " + failure});
+            if (!failure.empty()) failures_.push_back({begin, line + "\n  " + failure});
         }
         if (!ended) failures_.push_back({number, "the table ends early"});
         if (checks == 0) failures_.push_back({number, "nothing was checked"});
@@ -517,6 +522,7 @@ TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
         {"! Profile.GetValue \"a\", \"b\" -> 80040340 No Profile defined.\nend", ""},
         {"? 1 = 1\n", "1:the table ends early;"},
         {"end\n? 1 = 1\nend", "2:behind the end: ? 1 = 1;"},
+        {"? 1 = _\n  1\n? 1 = _\n  2\nend", "3:? 1 = 2\n  1 is 1;"},
         {"x = 1\nend", "2:nothing was checked;"},
         {"", "0:the table ends early;0:nothing was checked;"},
     };
