@@ -10,9 +10,9 @@
 #include <cstdio>
 #include <deque>
 
-#include "clients/Remote.h"
 #include "core/Catalogue.h"
 #include "support/EventListener.h"
+#include "support/Remote.h"
 
 namespace quill::test {
 namespace {
@@ -69,14 +69,9 @@ int wmain(int count, wchar_t** arguments)
     const quill::ApartmentRecord record;
     try {
         quill::test::Do(count > 1 ? arguments[1] : L"");
-    } catch (const quill::AutomationError& error) {
-        std::printf("client: 0x%08lx %s\n", error.number,
-                    quill::test::Narrow(error.description).c_str());
+    } catch (const std::exception& error) {
+        std::printf("client: %s\n", error.what());
         return 2;
-    } catch (const quill::test::ScriptError& error) {
-        std::printf("client: 0x%08x %s\n", error.number,
-                    quill::test::Narrow(error.description).c_str());
-        return 3;
     }
     return 0;
 }

@@ -18,9 +18,9 @@
 #include <random>
 
 #include "../bench/server.h"
-#include "clients/Remote.h"
 #include "core/Catalogue.h"
 #include "support/CountedDispatch.h"
+#include "support/Remote.h"
 
 namespace quill::test {
 namespace {
@@ -192,8 +192,8 @@ long UseQuill()
     for (;;) {
         try {
             return Remote(L"Me").Get(L"ProcessID").Number();
-        } catch (const AutomationError& error) {
-            if (error.number != E_FAIL || !OnWine()) throw;
+        } catch (const ScriptError& error) {
+            if (error.number != static_cast<unsigned>(E_FAIL) || !OnWine()) throw;
             ++turned;
         }
     }
@@ -221,12 +221,6 @@ std::future<Got> OnThread(long (*use)())
         Got got;
         try {
             got.number = use();
-        } catch (const AutomationError& error) {
-            char text[32];
-            std::snprintf(text, sizeof text, "creation: 0x%08lx", error.number);
-            got.error = text;
-        } catch (const ScriptError& error) {
-            got.error = "call: " + Narrow(error.description) + " " + std::to_string(error.number);
         } catch (const std::exception& error) {
             got.error = error.what();
         }
@@ -405,6 +399,7 @@ int wmain(int count, wchar_t** arguments)
     using namespace quill::test;
     const std::wstring mode = count > 1 ? arguments[1] : L"";
     const int rounds = count > 2 ? _wtoi(arguments[2]) : 10;
+    EndHungServers();
     const quill::ApartmentRecord record(COINIT_MULTITHREADED);
     try {
         if (mode == L"clients")
@@ -421,8 +416,6 @@ int wmain(int count, wchar_t** arguments)
             Kills(rounds);
         else
             Fail("what is to be done?");
-    } catch (const quill::AutomationError& error) {
-        Fail(Narrow(error.description));
     } catch (const std::exception& error) {
         Fail(error.what());
     }

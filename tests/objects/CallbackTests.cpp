@@ -125,32 +125,27 @@ TEST_F(ClockTest, CanBeWaitedForWithoutEvents)
 TEST_F(ClockTest, AHandlerMaySetTheTimerAgain)
 {
     Reaction again([&] { Start(10); });
-    const ComPtr<IConnectionPoint> point = PointOf(clock_.Dispatch());
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(point->Advise(&again, &cookie));
+    again.Hear(clock_.Dispatch());
     Start(10);
     EXPECT_TRUE(PumpUntil([&] { return again.calls >= 3; }));
     clock_.Call(L"RemoveTimer");
-    ASSERT_HRESULT_SUCCEEDED(point->Unadvise(cookie));
 }
 
 TEST_F(ClockTest, AHandlerMayReleaseTheClock)
 {
     Reaction release([&] { clock_.Release(); });
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(&release, &cookie));
+    release.Hear(clock_.Dispatch());
     Start(10);
     EXPECT_TRUE(PumpUntil([&] { return release.calls == 1; }));
 }
 
 TEST_F(ClockTest, AReleasedClockIsSilent)
 {
-    auto reaction = std::make_unique<Reaction>([] {});
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(reaction.get(), &cookie));
+    Reaction reaction([] {});
+    reaction.Hear(clock_.Dispatch());
     Start(20);
     clock_.Release();
-    EXPECT_FALSE(PumpUntil([&] { return reaction->calls > 0; }, 100));
+    EXPECT_FALSE(PumpUntil([&] { return reaction.calls > 0; }, 100));
 }
 
 // One that fails does not keep the next from hearing; one that is gone is dropped.
@@ -162,10 +157,8 @@ TEST_F(ClockTest, SinksAreIndependent)
     failing.result = E_FAIL;
     gone.result = RPC_E_DISCONNECTED;
     const ComPtr<IConnectionPoint> point = PointOf(clock_.Dispatch());
-    DWORD cookies[3]{};
-    ASSERT_HRESULT_SUCCEEDED(point->Advise(&failing, &cookies[0]));
-    ASSERT_HRESULT_SUCCEEDED(point->Advise(&gone, &cookies[1]));
-    ASSERT_HRESULT_SUCCEEDED(point->Advise(&last, &cookies[2]));
+    for (Reaction* reaction : {&failing, &gone, &last})
+        reaction->Hear(clock_.Dispatch());
     for (int round = 1; round <= 2; ++round) {
         Start(10);
         EXPECT_TRUE(PumpUntil([&] { return last.calls == round; }));
@@ -179,8 +172,8 @@ TEST_F(ClockTest, SinksAreIndependent)
     ASSERT_HRESULT_SUCCEEDED(point->EnumConnections(&connections));
     EXPECT_EQ(connections->Next(3, left, &count), S_FALSE);
     EXPECT_EQ(count, 2U);
-    EXPECT_EQ(left[1].dwCookie, cookies[2]);
-    EXPECT_EQ(point->Unadvise(cookies[1]), CONNECT_E_NOCONNECTION);
+    EXPECT_EQ(left[1].dwCookie, last.cookie);
+    EXPECT_EQ(point->Unadvise(gone.cookie), CONNECT_E_NOCONNECTION);
     EXPECT_EQ(point->Unadvise(0), CONNECT_E_NOCONNECTION);
     clock_.Release(); // before the sinks
 }
@@ -191,8 +184,7 @@ TEST_F(ClockTest, AnEventFromASentMessageReachesItsSink)
 {
     DWORD state = 0;
     Reaction sink([&] { state = InSendMessageEx(nullptr); });
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(PointOf(clock_.Dispatch())->Advise(&sink, &cookie));
+    sink.Hear(clock_.Dispatch());
     clock_.Call(L"SetTimer", 60'000);
     const HWND window = CreateHiddenWindow(
         L"quill.SentEvent",

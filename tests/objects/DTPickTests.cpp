@@ -188,7 +188,8 @@ TEST_F(DTPickTest, ClosesUpWithoutAnInfoText)
         Variant date;
         Pick(date, [&](Desk& desk) {
             const HWND window = desk.Window(kTitle);
-            EXPECT_NEAR(Desk::SizeOf(window).cy * 15, height, 7) << "whole pixels";
+            desk.WaitFor(L"a height of " + std::to_wstring(height) + L" twips, in whole pixels",
+                         [&] { return std::abs(Desk::SizeOf(window).cy * 15 - height) <= 7; });
             desk.Close(window);
         });
     }

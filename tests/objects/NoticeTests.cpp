@@ -277,8 +277,7 @@ TEST_F(NoticeTest, AnEventThatItsClientIsTooBusyForStaysArmed)
 {
     Try(L"Add");
     Reaction reaction([] {});
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(PointOf(notice_.Dispatch())->Advise(&reaction, &cookie));
+    reaction.Hear(notice_.Dispatch());
     notice_.Put(L"TriggerEvent", true);
     for (const HRESULT busy : {RPC_E_CALL_REJECTED, RPC_E_SERVERCALL_RETRYLATER, S_OK}) {
         EXPECT_TRUE(notice_.Get(L"TriggerEvent").Truth());
@@ -306,8 +305,7 @@ TEST_F(NoticeTest, HandlersMayDoAnything)
         if (reaction.calls == 2) notice_.Call(L"Remove");
         if (reaction.calls == 2) notice_.Release();
     });
-    DWORD cookie = 0;
-    ASSERT_HRESULT_SUCCEEDED(PointOf(notice_.Dispatch())->Advise(&reaction, &cookie));
+    reaction.Hear(notice_.Dispatch());
     notice_.Put(L"TriggerEvent", true);
     Report(NIN_SELECT);
     EXPECT_EQ(reaction.calls, 1);

@@ -287,15 +287,13 @@ TEST(ProgressWindow, HandlersMayDoWhatTheyLike)
             window.Call(L"Remove");
             if (deed == Deed::MakeAnother) window.Call(L"Create");
         });
-        DWORD cookie = 0;
-        Check(PointOf(window.Dispatch())->Advise(&reaction, &cookie));
+        reaction.Hear(window.Dispatch());
         window.Call(L"Create");
         const HWND first = Find();
         SendMessageW(Child(L"Button", L"Stop"), BM_CLICK, 0, 0);
         EXPECT_EQ(reaction.calls, 1);
         EXPECT_FALSE(IsWindow(first));
         EXPECT_EQ(Find() != nullptr, deed == Deed::MakeAnother);
-        window.Release(); // before its sink
     }
 }
 

@@ -25,6 +25,7 @@
 #include "support/Engine.h"
 #include "support/EventListener.h"
 #include "support/Reaction.h"
+#include "support/Remote.h"
 #include "support/Robot.h"
 #include "support/TemporaryFolder.h"
 #include "support/Values.h"
@@ -43,12 +44,7 @@ bool IsServerRun()
 
 ComPtr<IDispatch> MakeObject(const std::wstring& className)
 {
-    if (!IsServerRun()) return ScriptObject::Make(className).Dispatch();
-    CLSID id;
-    ComPtr<IDispatch> object;
-    Check(CLSIDFromProgID((L"Quill." + className).c_str(), &id));
-    Check(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&object)));
-    return object;
+    return (IsServerRun() ? Remote(className) : ScriptObject::Make(className)).Dispatch();
 }
 
 // One character a byte, both ways.
@@ -462,9 +458,7 @@ private:
     static std::string Raised(const ScriptError& error, bool wanted = false)
     {
         if (error.number == 0) return wanted ? "raises nothing" : "";
-        std::ostringstream text;
-        PrintTo(error, &text);
-        return text.str();
+        return error.what();
     }
 
     const std::wstring name_;

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "core/Apartment.h"
+#include "support/Remote.h"
 #include "support/Robot.h"
 
 namespace {
@@ -32,6 +33,7 @@ int wmain(int count, wchar_t** arguments)
 {
     SetUnhandledExceptionFilter(ReportCrash);
     testing::InitGoogleTest(&count, arguments);
+    quill::test::EndHungServers();
     const quill::ApartmentRecord record;
     return RUN_ALL_TESTS();
 }

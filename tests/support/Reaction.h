@@ -5,6 +5,7 @@
 
 #include "core/MessagePump.h"
 #include "core/Variant.h"
+#include "support/CountedDispatch.h"
 
 namespace quill::test {
 
@@ -19,36 +20,48 @@ inline bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds
     return true;
 }
 
-// A sink; belongs to the test, which ends the connection first or releases the object.
-class Reaction : public IDispatch {
-public:
-    explicit Reaction(std::function<void()> act) : act_(std::move(act)) {}
-    STDMETHODIMP QueryInterface(REFIID, void** object) override
-    {
-        *object = this;
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
-    {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                        UINT*) override
-    {
-        ++calls;
-        act_();
-        return result;
-    }
+inline ComPtr<IConnectionPoint> PointOf(IDispatch* object)
+{
+    ComPtr<IConnectionPointContainer> container;
+    ComPtr<IEnumConnectionPoints> points;
+    ComPtr<IConnectionPoint> point;
+    Check(object->QueryInterface(IID_PPV_ARGS(&container)));
+    Check(container->EnumConnectionPoints(&points));
+    Check(points->Next(1, &point, nullptr));
+    return point;
+}
 
-    int calls = 0;
-    HRESULT result = S_OK;
+// A sink that does something at each event. It lives as long as its connections: an object may go
+// after the test's own variables.
+class Reaction {
+public:
+    explicit Reaction(std::function<void()> act) : sink_(new Sink(std::move(act))) {}
+
+    // Hears the events of the object from now on.
+    void Hear(IDispatch* object) { Check(PointOf(object)->Advise(sink_.Get(), &cookie)); }
 
 private:
-    std::function<void()> act_;
+    struct Sink final : CountedDispatch {
+        explicit Sink(std::function<void()> then) : act(std::move(then)) {}
+        STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                            UINT*) noexcept override
+        {
+            ++calls;
+            act();
+            return result;
+        }
+
+        const std::function<void()> act;
+        int calls = 0;
+        HRESULT result = S_OK;
+    };
+
+    const ComPtr<Sink> sink_;
+
+public:
+    int& calls = sink_->calls;
+    HRESULT& result = sink_->result; // of each event
+    DWORD cookie = 0;
 };
 
 // Stands for an object of the platform that only its maker knows.
@@ -70,16 +83,5 @@ protected:
 private:
     ULONG references_ = 0;
 };
-
-inline ComPtr<IConnectionPoint> PointOf(IDispatch* object)
-{
-    ComPtr<IConnectionPointContainer> container;
-    ComPtr<IEnumConnectionPoints> points;
-    ComPtr<IConnectionPoint> point;
-    Check(object->QueryInterface(IID_PPV_ARGS(&container)));
-    Check(container->EnumConnectionPoints(&points));
-    Check(points->Next(1, &point, nullptr));
-    return point;
-}
 
 } // namespace quill::test

@@ -310,6 +310,11 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
         Window(any(caption), any(controlClass));
         return;
     }
+    if (action == L"gone") {
+        WaitFor(L"the window " + Quoted(any(caption)) + L" to go",
+                [&] { return !FindWindowOnce(any(caption), any(controlClass)); });
+        return;
+    }
     const HWND control = Control(any(caption), any(controlClass), any(text));
     POINT point{};
     if (action == L"click") {

@@ -60,7 +60,8 @@ public:
     // Waits for this control (an empty text stands for any) and acts. Actions: click, double x y,
     // close, move x y, wait, rest milliseconds; menu and keys: a right click, then the keys in its
     // menu; write and a path: the file appears; see waits for a window of this caption and class
-    // instead of a control; everything else, or what follows `keys`, is typed.
+    // instead of a control, and gone until there is none; everything else, or what follows `keys`,
+    // is typed.
     void Act(const std::wstring& caption, const std::wstring& controlClass,
              const std::wstring& text, const std::wstring& action);
     // The same in one line: ["caption"] Class[:text or :"text"] action.

@@ -1,6 +1,8 @@
 #include "support/ScriptObject.h"
 
+#include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "core/Catalogue.h"
 
@@ -45,6 +47,14 @@ std::string Narrow(std::wstring_view text)
     std::string narrow(static_cast<size_t>(bytes), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), units, narrow.data(), bytes, nullptr, nullptr);
     return narrow;
+}
+
+ScriptError::ScriptError(unsigned raised, std::wstring by, std::wstring text)
+    : number(raised), source(std::move(by)), description(std::move(text))
+{
+    std::ostringstream message;
+    PrintTo(*this, &message);
+    message_ = message.str();
 }
 
 void PrintTo(const ScriptError& error, std::ostream* out)

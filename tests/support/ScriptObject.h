@@ -8,6 +8,7 @@
 //               (ScriptError{0x8004033F, L"Quill.Profile", L"Profile not found: ?"}));
 #pragma once
 
+#include <exception>
 #include <initializer_list>
 #include <ostream>
 #include <string>
@@ -18,12 +19,21 @@
 namespace quill::test {
 
 // What a call raised, as the Err object of a script shows it. Number 0: nothing was raised.
-struct ScriptError {
+struct ScriptError : std::exception {
+    ScriptError() = default;
+    ScriptError(unsigned raised, std::wstring by, std::wstring text);
+    const char* what() const noexcept override { return message_.c_str(); }
+    bool operator==(const ScriptError& other) const
+    {
+        return number == other.number && source == other.source && description == other.description;
+    }
+
     unsigned number = 0;
     std::wstring source;
     std::wstring description;
 
-    bool operator==(const ScriptError&) const = default;
+private:
+    std::string message_;
 };
 void PrintTo(const ScriptError& error, std::ostream* out);
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <future>
 
-#include "clients/Remote.h"
+#include "support/Remote.h"
 #include "support/Robot.h"
 #include "support/TemporaryFolder.h"
 
@@ -86,7 +86,7 @@ public:
               try {
                   result = kind_.wait(object_, caption_);
               } catch (const ScriptError& error) {
-                  result += L": " + error.description;
+                  result += L": " + error.description + L' ' + std::to_wstring(error.number);
               }
               CoUninitialize();
               return result;
@@ -259,6 +259,17 @@ DWORD ExitCode(const Event& process)
     WaitForSingleObject(process.get(), 10'000);
     GetExitCodeProcess(process.get(), &code);
     return code;
+}
+
+TEST_F(RunningServer, IsEndedByTheNextProgramWhenItHangs)
+{
+    const Event process = ServerProcess();
+    const DWORD id = GetWindowThreadProcessId(FindWindowW(L"quill.Server", nullptr), nullptr);
+    const Event thread(OpenThread(THREAD_SUSPEND_RESUME, FALSE, id));
+    ASSERT_NE(SuspendThread(thread.get()), static_cast<DWORD>(-1));
+    EndHungServers();
+    EXPECT_EQ(ExitCode(process), 1u);
+    EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1) << "the next client has a new server";
 }
 
 TEST_F(RunningServer, EndsWithTheSession)

@@ -9,15 +9,12 @@ namespace quill::test {
 // Set by the program `client` when it has what it was asked for.
 inline constexpr wchar_t kReady[] = L"quill.test.ready";
 
-// A new object of a registered server.
-inline ScriptObject ObjectOf(const std::wstring& progId)
-{
-    CLSID id;
-    ComPtr<IDispatch> object;
-    Check(CLSIDFromProgID(progId.c_str(), &id));
-    Check(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&object)));
-    return ScriptObject(object.Get());
-}
+// Ends servers that do not answer within two seconds, by their process, and says so: one that hangs
+// would take along every test that comes after.
+void EndHungServers();
+
+// A new object of a registered server. Throws ScriptError.
+ScriptObject ObjectOf(const std::wstring& progId);
 inline ScriptObject Remote(std::wstring_view className)
 {
     return ObjectOf(L"Quill." + std::wstring(className));
