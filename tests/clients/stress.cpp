@@ -178,11 +178,6 @@ void Objects()
     }
 }
 
-bool OnWine()
-{
-    return FindSystemFunction<const char*()>(L"ntdll.dll", "wine_get_version") != nullptr;
-}
-
 // Wine names a server to clients up to the moment in which it closes its classes, and refuses with
 // E_FAIL who comes to it just after; Windows turns them to a new server in the same step. So do we.
 std::atomic<int> turned{0};

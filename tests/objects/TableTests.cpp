@@ -187,6 +187,7 @@ private:
     // one.
     Variant Listen(const Arguments& given)
     {
+        if (V_VT(&given[0]) != VT_DISPATCH) Check(E_INVALIDARG);
         listener_ = std::make_unique<EventListener>(V_DISPATCH(&given[0]));
         return {};
     }

@@ -9,7 +9,29 @@ namespace {
 constexpr UINT kAnswerDeadline = 2'000; // milliseconds
 constexpr DWORD kEndDeadline = 10'000;
 
+using Service = Owned<SC_HANDLE, CloseServiceHandle>;
+
+// Wine goes on leading clients to a server that was ended by force, until its service for that
+// starts anew. Clients start it when they need it.
+void ForgetServers()
+{
+    const Service manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const Service service(
+        OpenServiceW(manager.get(), L"RpcSs", SERVICE_STOP | SERVICE_QUERY_STATUS));
+    SERVICE_STATUS status{};
+    if (!ControlService(service.get(), SERVICE_CONTROL_STOP, &status)) return;
+    const ULONGLONG end = GetTickCount64() + kEndDeadline;
+    while (QueryServiceStatus(service.get(), &status) && status.dwCurrentState != SERVICE_STOPPED &&
+           GetTickCount64() < end)
+        Sleep(20);
+}
+
 } // namespace
+
+bool OnWine()
+{
+    return FindSystemFunction<const char*()>(L"ntdll.dll", "wine_get_version") != nullptr;
+}
 
 void EndHungServers()
 {
@@ -28,6 +50,7 @@ void EndHungServers()
                     ended ? "" : " not");
         std::fflush(stdout);
         if (!ended) return;
+        if (OnWine()) ForgetServers();
         server = nullptr;
     }
 }

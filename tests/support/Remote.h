@@ -9,6 +9,8 @@ namespace quill::test {
 // Set by the program `client` when it has what it was asked for.
 inline constexpr wchar_t kReady[] = L"quill.test.ready";
 
+bool OnWine();
+
 // Ends servers that do not answer within two seconds, by their process, and says so: one that hangs
 // would take along every test that comes after.
 void EndHungServers();
