@@ -286,7 +286,6 @@ TEST_F(NoticeTest, AnEventThatItsClientIsTooBusyForStaysArmed)
     }
     EXPECT_EQ(reaction.calls, 3);
     EXPECT_FALSE(notice_.Get(L"TriggerEvent").Truth());
-    notice_.Release(); // before the sink
 }
 
 // A click during a handler is dropped, what waits in the queue afterwards too, and what is chosen

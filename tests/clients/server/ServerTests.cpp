@@ -193,7 +193,7 @@ TEST_F(RunningServer, AnOpenMenuHoldsNobodyUp)
     const HWND menu = desk_.Window(nullptr, L"#32768");
     ScriptObject clock = Remote(L"Clock");
     clock.Call(L"SetTimer", 50);
-    EXPECT_TRUE(clock.Call(L"Wait", 5000));
+    desk_.WaitFor(L"the clock to ring", [&] { return !clock.Get(L"Running"); });
     EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
     EXPECT_TRUE(IsWindowVisible(menu));
     notice.Call(L"Remove");
