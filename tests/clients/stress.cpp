@@ -1,13 +1,12 @@
-// stress clients COUNT | objects | races ROUNDS | crowds ROUNDS | control ROUNDS | kills ROUNDS
+// stress clients COUNT | objects | races ROUNDS | crowds ROUNDS | kills ROUNDS
 //
 // Puts load on a server and prints what becomes of it. `clients` and `objects` need a registered
-// server, the others register their own, quick.exe or bare.exe beside this program, for a while.
+// server, the others register their own, quick.exe beside this program, for a while.
 //
 //     clients   COUNT programs one after another, then 20 at once
 //     objects   10,000 objects at once, several times
 //     races     clients that come, one by one, while the server ends
 //     crowds    the same, four at once
-//     control   as races, of the bare server; which arguments of calls to it stay
 //     kills     clients that are killed while the server starts or ends
 //
 // The exit code is 1 when a client failed or something grew.
@@ -19,7 +18,6 @@
 
 #include "../bench/server.h"
 #include "core/Catalogue.h"
-#include "support/CountedDispatch.h"
 #include "support/Remote.h"
 
 namespace quill::test {
@@ -40,10 +38,7 @@ void Fail(const std::string& what)
 // A server beside this program that is registered for a while.
 class Registered {
 public:
-    Registered(const std::wstring& program, const std::wstring& arguments) : program_(program)
-    {
-        Run(L"/regserver" + arguments);
-    }
+    explicit Registered(const wchar_t* program) : program_(program) { Run(L"/regserver"); }
     ~Registered() { Run(L"/unregserver"); }
     Registered(const Registered&) = delete;
     Registered& operator=(const Registered&) = delete;
@@ -194,14 +189,6 @@ long UseQuill()
     }
 }
 
-// The control: what becomes of clients of the least server that there can be. Which of its
-// processes served is not told.
-long UseBare()
-{
-    ObjectOf(L"QuillBench.Bare");
-    return 0;
-}
-
 // What a client got: a number from its server, or an error.
 struct Got {
     long number = 0;
@@ -209,13 +196,13 @@ struct Got {
 };
 
 // On a thread that is no apartment of the others.
-std::future<Got> OnThread(long (*use)())
+std::future<Got> OnThread()
 {
-    return std::async(std::launch::async, [use] {
+    return std::async(std::launch::async, [] {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         Got got;
         try {
-            got.number = use();
+            got.number = UseQuill();
         } catch (const std::exception& error) {
             got.error = error.what();
         }
@@ -226,126 +213,31 @@ std::future<Got> OnThread(long (*use)())
 
 // The server lingers for 20 ms here: clients come around the end of that time, alone, or four in
 // the same moment.
-struct Raced {
-    std::map<bool, int> served; // by another server than the last one
-    std::map<std::string, int> errors;
-};
-Raced Race(int rounds, int clientsAtOnce, long (*use)())
+void Races(int rounds, int clientsAtOnce)
 {
+    const Registered server(L"quick.exe");
     std::mt19937 random(1);
     std::uniform_int_distribution<int> microseconds(0, 35'000);
-    Raced raced;
-    double longest = 0;
-    const double begin = Milliseconds();
+    std::map<bool, int> served; // by another server than the last one
+    const auto use = [](std::future<Got> client) {
+        const Got got = client.get();
+        if (!got.error.empty()) Fail(got.error);
+        return got;
+    };
     for (int round = 0; round < rounds; ++round) {
-        const Got before = OnThread(use).get();
-        if (!before.error.empty()) ++raced.errors[before.error];
+        const Got before = use(OnThread());
         const double due = Milliseconds() + microseconds(random) / 1e3;
         while (Milliseconds() < due)
             Sleep(0);
-        const double called = Milliseconds();
         std::vector<std::future<Got>> clients;
         for (int number = 0; number < clientsAtOnce; ++number)
-            clients.push_back(OnThread(use));
-        for (auto& client : clients) {
-            const Got got = client.get();
-            if (got.error.empty())
-                ++raced.served[got.number != before.number];
-            else
-                ++raced.errors[got.error];
-        }
-        longest = std::max(longest, Milliseconds() - called);
+            clients.push_back(OnThread());
+        for (auto& client : clients)
+            if (const Got got = use(std::move(client)); got.error.empty())
+                ++served[got.number != before.number];
     }
-    std::printf("  %d rounds, %d clients each; the longest took %.0f ms, all %.0f s\n", rounds,
-                clientsAtOnce, longest, (Milliseconds() - begin) / 1e3);
-    for (const auto& [error, count] : raced.errors)
-        std::printf("  %4d  %s\n", count, error.c_str());
-    std::fflush(stdout);
-    return raced;
-}
-
-void Races(int rounds, int clientsAtOnce)
-{
-    const Registered server(L"quick.exe", L"");
-    Raced raced = Race(rounds, clientsAtOnce, UseQuill);
     std::printf("  %d served by the ending server, %d by a new one; %d were turned to it here\n",
-                raced.served[false], raced.served[true], turned.load());
-    if (!raced.errors.empty()) Fail("a client got no object");
-}
-
-class Passed final : public CountedDispatch {
-public:
-    static inline std::atomic<long> live{0};
-
-    Passed() { ++live; }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                        UINT*) noexcept override
-    {
-        return DISP_E_MEMBERNOTFOUND;
-    }
-
-private:
-    ~Passed() override { --live; }
-};
-
-Variant NewObject()
-{
-    return Variant(new Passed);
-}
-
-// Ten objects, in an array of objects or of Variants.
-Variant TenObjects(VARTYPE type)
-{
-    Array array = MakeArray(type, 10);
-    for (size_t index = 0; index < 10; ++index) {
-        const VARIANT object = NewObject().Detach();
-        if (type == VT_DISPATCH)
-            DataOf<IDispatch*>(*array)[index] = V_DISPATCH(&object);
-        else
-            DataOf<VARIANT>(*array)[index] = object;
-    }
-    return Variant(std::move(array));
-}
-
-// Calls the bare server, which keeps nothing, and tells how many objects of the calls stay.
-void PrintKept(const char* what, Variant (*bytes)(), Variant (*count)())
-{
-    constexpr int kCalls = 20;
-    const ScriptObject keeper = ObjectOf(L"QuillBench.Bare"); // an ended server keeps nothing
-    const long before = Passed::live;
-    const char* outcome = "taken";
-    {
-        ScriptObject bare = ObjectOf(L"QuillBench.Bare");
-        for (int call = 0; call < kCalls; ++call) {
-            try {
-                bare.Call(L"Take", bytes(), count());
-            } catch (const ScriptError&) {
-                outcome = "refused";
-            }
-        }
-    }
-    for (int round = 0; round < 40 && Passed::live != before; ++round)
-        Sleep(25); // the last releases are on their way
-    std::printf("  %d times %s, %s: %ld objects stay\n", kCalls, what, outcome,
-                Passed::live - before);
-}
-
-// The same with the bare server, to see what the platform does to its clients, and what it keeps of
-// arguments.
-void Control(int rounds)
-{
-    {
-        const Registered server(L"bare.exe", L" 20");
-        Race(rounds, 1, UseBare);
-    }
-    const Registered server(L"bare.exe", L"");
-    const auto one = [] { return Variant(LONG{1}); };
-    PrintKept("an object", NewObject, one);
-    PrintKept(
-        "an array of ten Variants that are objects", [] { return TenObjects(VT_VARIANT); }, one);
-    PrintKept(
-        "an array of ten objects", [] { return TenObjects(VT_DISPATCH); }, one);
-    PrintKept("an object, and another for a number", NewObject, NewObject);
+                served[false], served[true], turned.load());
 }
 
 // Clients are killed between the first step of their first creation and the end of their last
@@ -353,20 +245,20 @@ void Control(int rounds)
 // the session.
 void Kills(int rounds)
 {
-    const Registered registered(L"quick.exe", L"");
+    const Registered registered(L"quick.exe");
     std::mt19937 random(1);
     const bench::Server server(L"Quill.Me");
     int ended = 0;
     int failures = 0;
     for (int round = 0; round < rounds; ++round) {
         const bool starting = round % 2 == 0;
-        if (!starting) OnThread(UseQuill).get(); // it is about to end now
+        if (!starting) OnThread().get(); // it is about to end now
         {
             const Client client(L"once");
             Sleep(std::uniform_int_distribution<DWORD>(0, 1'500)(random));
             client.Kill();
         }
-        if (const Got got = OnThread(UseQuill).get(); !got.error.empty()) {
+        if (const Got got = OnThread().get(); !got.error.empty()) {
             Fail(got.error);
             ++failures;
             continue;
@@ -405,8 +297,6 @@ int wmain(int count, wchar_t** arguments)
             Races(rounds, 1);
         else if (mode == L"crowds")
             Races(rounds, 4);
-        else if (mode == L"control")
-            Control(rounds);
         else if (mode == L"kills")
             Kills(rounds);
         else
