@@ -53,13 +53,16 @@ CREATABLE(CheckList)
 
 LONG CheckList::Selection(const std::wstring& items, LONG checked, const std::wstring& title)
 {
+    Showing showing(*this);
     if (items.empty()) return 0;
     const std::vector<std::wstring> lines = SplitLines(items);
-    return lines.size() > kMostLines ? 0 : frmCheckListBox(Request()).CLBox(lines, checked, title);
+    if (lines.size() > kMostLines) return 0;
+    return frmCheckListBox(showing.Request()).CLBox(lines, checked, title);
 }
 
 LONG CheckList::SelectionA(VARIANT& items, VARIANT& indices, const std::wstring& title)
 {
+    Showing showing(*this);
     const auto values = LineArray(items);
     if (!values || values->empty()) return 0;
     std::optional<std::vector<Variant>> states(std::in_place);
@@ -73,7 +76,7 @@ LONG CheckList::SelectionA(VARIANT& items, VARIANT& indices, const std::wstring&
         lines.push_back(TextOfLine((*values)[index]));
         if (index < states->size() && IsChecked((*states)[index])) checked |= 1L << index;
     }
-    return frmCheckListBox(Request()).CLBox(lines, checked, title);
+    return frmCheckListBox(showing.Request()).CLBox(lines, checked, title);
 }
 
 } // namespace quill

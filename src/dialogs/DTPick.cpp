@@ -33,11 +33,13 @@ DTPick::DTPick()
 
 bool DTPick::Selection(VARIANT& date)
 {
+    Showing showing(*this);
     if (open_ || IsArrayByReference(date)) return false;
     const FlagScope open(open_);
     std::optional<DATE> chosen;
     try {
-        chosen = frmDTPick(Request(), static_cast<PickMode>(mode_)).Pick(StartTime(date), title_);
+        chosen = frmDTPick(showing.Request(), static_cast<PickMode>(mode_))
+                     .Pick(StartTime(date), title_);
     } catch (const AutomationError&) {
         return false; // the platform refused a control
     }

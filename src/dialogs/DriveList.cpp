@@ -28,9 +28,10 @@ CREATABLE(DriveList)
 
 std::wstring DriveList::Selection(const std::wstring& preselected, const std::wstring& title)
 {
+    Showing showing(*this);
     if (open_) return {};
     const FlagScope open(open_);
-    std::wstring chosen = frmDrives(Request()).List(DriveOf(preselected), title);
+    std::wstring chosen = frmDrives(showing.Request()).List(DriveOf(preselected), title);
     if (crop_ && chosen.size() > kDriveLength) chosen.resize(kDriveLength);
     return chosen;
 }

@@ -104,6 +104,7 @@ size_t FileSelection::BufferUnits(SHORT mode) const
 
 LONG FileSelection::Dialog(SHORT mode)
 {
+    OutcomeScope outcome(ending_);
     if (!InRange(mode, kOpen, kOpenSeveral)) {
         Refuse(kInvalidDialogMode);
         return 0;
@@ -135,14 +136,22 @@ LONG FileSelection::Dialog(SHORT mode)
     dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = orNull(shown.fileExtension);
 
-    const DialogWatch company([this] { return ClientsGone(); });
+    const DialogWatch watch(timeout_, [this] { return ClientsGone(); });
     const std::wstring& home = HomeFolder(); // before the dialog changes it
     const BOOL chosen = Seam<FileDialogs>().show(&dialog, mode == kSave);
     SetCurrentDirectoryW(home.c_str());
+    outcome.ending = watch.EndingOr(chosen ? Ending::Accepted : Ending::Cancelled);
+    if (outcome.ending == Ending::TimeOver) {
+        errorCode_ = kCancelled;
+        return 0;
+    }
     if (!chosen) {
         const auto code = static_cast<LONG>(
             CommonDialog<decltype(CommDlgExtendedError)>("CommDlgExtendedError")());
         errorCode_ = code == 0 ? kCancelled : code;
+        // The user has chosen, but more than there is room for.
+        if (code == FNERR_BUFFERTOOSMALL) outcome.ending = watch.EndingOr(Ending::Accepted);
+        if (code != 0 && code != FNERR_BUFFERTOOSMALL) outcome.ending = Ending::NotShown;
         return 0;
     }
     errorCode_ = 0;

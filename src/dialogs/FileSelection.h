@@ -4,15 +4,15 @@
 #include <functional>
 #include <string>
 
-#include "core/Automation.h"
 #include "core/ErrorLevel.h"
+#include "dialogs/Answers.h"
 
 #include <commdlg.h> // needs the platform's main header before it
 
 namespace quill {
 
 // An invalid mode raises as ErrorLevel says; ErrorCode reports what goes wrong in the dialog.
-class FileSelection final : public WithErrorLevel<Automation<_FileSelection>> {
+class FileSelection final : public WithErrorLevel<WithTimeout<Automation<_FileSelection>>> {
 public:
     STORED_PROPERTY(BSTR, Directory, properties_.directory)
     STORED_PROPERTY(BSTR, DlgTitle, properties_.dlgTitle)

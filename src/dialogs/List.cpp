@@ -9,8 +9,9 @@ CREATABLE(List)
 
 std::wstring List::Selection(const std::wstring& items, LONG index, const std::wstring& title)
 {
+    Showing showing(*this);
     if (items.empty()) return {};
-    return frmListBox(Request()).LBox(items, multiSel_, index, title);
+    return frmListBox(showing.Request()).LBox(items, multiSel_, index, title);
 }
 
 } // namespace quill

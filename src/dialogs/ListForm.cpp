@@ -34,10 +34,11 @@ void ListForm::OnResize(TwipSize outer)
                           ToPixels(outer.height) < ToPixels(smallest.height);
     if (tooSmall && !settingBack_) PostTo(Window(), 0);
     settingBack_ = tooSmall;
-    const ListLayout layout = LayOutList(outer, InfoHeight(), ButtonWidth());
+    const ListLayout layout =
+        LayOutList(outer, InfoHeight(), ButtonWidth(), WidthSurplus(kListButtonRoom));
     lblText.Move(layout.label);
     list_->Move(layout.list);
-    OKButton.Move(layout.button);
+    PlaceButtons(layout.button);
 }
 
 void ListForm::OnPosted(WPARAM)
@@ -49,7 +50,7 @@ void ListForm::OnPosted(WPARAM)
 
 TwipSize ListForm::MinimumSize() const
 {
-    return MinimumListSize(InfoHeight());
+    return MinimumListSize(InfoHeight(), WidthSurplus(kListButtonRoom));
 }
 
 } // namespace quill

@@ -67,18 +67,20 @@ MInputBox::MInputBox()
 std::wstring MInputBox::InputS(const std::wstring& prompt, const std::wstring& title,
                                const std::wstring& text)
 {
+    Showing showing(*this);
     InputSettings input;
     input.bigInfo = input_.bigInfo;
     InputField field;
     field.label = prompt;
     field.text = text;
-    const auto form = std::make_unique<frmMIB>(Request(), input, std::vector{field});
+    const auto form = std::make_unique<frmMIB>(showing.Request(), input, std::vector{field});
     const bool accepted = form->Ask(title, 0);
     return accepted ? form->Texts().front() : std::wstring();
 }
 
 bool MInputBox::InputM(VARIANT& texts)
 {
+    Showing showing(*this);
     if (IsArrayByReference(texts)) return false;
     const std::vector<InputField> fields = Fields();
     const bool convert = convertArr_;
@@ -88,7 +90,7 @@ bool MInputBox::InputM(VARIANT& texts)
     if (interval > SHRT_MAX) RaiseRuntimeError(RuntimeError::Overflow);
     InputSettings input = input_;
     input.columns = true;
-    const auto form = std::make_unique<frmMIB>(Request(), input, fields);
+    const auto form = std::make_unique<frmMIB>(showing.Request(), input, fields);
     const bool accepted = form->Ask(title_, static_cast<UINT>(interval));
     Assign(texts,
            MakeStringArray(accepted ? form->Texts() : std::vector<std::wstring>(fields.size()),

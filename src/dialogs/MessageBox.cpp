@@ -10,6 +10,8 @@ namespace quill {
 
 namespace {
 
+constexpr SHORT kTimeOver = -1; // the result
+
 constexpr LONG kPropertyMode = -1; // the style that stands for the properties
 
 // Comes before everything else. Kept as published: both kinds of modality are set.
@@ -31,6 +33,7 @@ CREATABLE(MessageBox)
 
 SHORT MessageBox::Show(const std::wstring& message, LONG style, const std::wstring& title)
 {
+    OutcomeScope outcome(ending_);
     Appearance appearance;
     if (style == kPropertyMode)
         appearance = FromProperties();
@@ -49,9 +52,13 @@ SHORT MessageBox::Show(const std::wstring& message, LONG style, const std::wstri
     parameters.dwLanguageId = static_cast<DWORD>(static_cast<SHORT>(LOWORD(language_)));
 
     const bool leave = (appearance.style & MB_NOFOCUS) != 0;
-    const DialogWatch company([this] { return ClientsGone(); },
-                              leave ? DialogWatch::Front::Leave : DialogWatch::Front::Bring);
-    return static_cast<SHORT>(Seam<MessageBoxFunctions>().show(&parameters));
+    const DialogWatch watch(
+        timeout_, [this] { return ClientsGone(); },
+        leave ? DialogWatch::Front::Leave : DialogWatch::Front::Bring);
+    const auto button = static_cast<SHORT>(Seam<MessageBoxFunctions>().show(&parameters));
+    if (button == 0) return 0;
+    outcome.ending = watch.EndingOr(button == IDCANCEL ? Ending::Cancelled : Ending::Accepted);
+    return outcome.ending == Ending::TimeOver ? kTimeOver : button;
 }
 
 MessageBox::Appearance MessageBox::FromProperties() const

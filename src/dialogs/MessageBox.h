@@ -3,14 +3,14 @@
 
 #include <functional>
 
-#include "core/Automation.h"
+#include "dialogs/Answers.h"
 #include "gui/IconModule.h"
 #include "gui/windowfn.h"
 
 namespace quill {
 
 // Raises no errors of its own.
-class MessageBox final : public Automation<_MessageBox> {
+class MessageBox final : public WithTimeout<Automation<_MessageBox>> {
 public:
     STORED_PROPERTY(LONG, Buttons, buttons_, Within<MB_OK, MB_CANCELTRYCONTINUE>)
     STORED_PROPERTY(LONG, DefButton, defButton_, DefaultButtonFlag)

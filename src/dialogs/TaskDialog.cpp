@@ -2,7 +2,6 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "gui/DialogWatch.h"
 
 namespace quill {
 
@@ -30,24 +29,28 @@ CREATABLE(TaskDialog)
 template <class Body>
 SHORT TaskDialog::Guarded(Body&& body)
 {
-    const DialogWatch company([this] { return ClientsGone(); });
+    OutcomeScope outcome(ending_);
+    const DialogWatch watch(timeout_, [this] { return ClientsGone(); });
     try {
-        return body();
+        return body(outcome, watch);
     } catch (const AutomationError& error) {
         errorCode_ = NumberOf(error);
         return 0;
     }
 }
 
-SHORT TaskDialog::Finish(HRESULT result, int pressed)
+SHORT TaskDialog::Finish(HRESULT result, int pressed, OutcomeScope& outcome,
+                         const DialogWatch& watch)
 {
     errorCode_ = result;
-    return result == S_OK ? static_cast<SHORT>(pressed) : SHORT{0};
+    if (result != S_OK) return 0;
+    outcome.ending = watch.EndingOr(pressed == IDCANCEL ? Ending::Cancelled : Ending::Accepted);
+    return outcome.ending == Ending::TimeOver ? SHORT{0} : static_cast<SHORT>(pressed);
 }
 
 SHORT TaskDialog::Show(const std::wstring& prompt, LONG buttons, const std::wstring& title)
 {
-    return Guarded([&] {
+    return Guarded([&](OutcomeScope& outcome, const DialogWatch& watch) {
         // One argument can carry both texts, with a NUL between them.
         const size_t nul = prompt.find(L'\0');
         const std::wstring instruction = prompt.empty() ? properties_.text : prompt.substr(0, nul);
@@ -65,13 +68,13 @@ SHORT TaskDialog::Show(const std::wstring& prompt, LONG buttons, const std::wstr
         int pressed = 0;
         const HRESULT result = show(nullptr, module.get(), caption.c_str(), instruction.c_str(),
                                     NullIfEmpty(content), common, icon.Pointer(), &pressed);
-        return Finish(result, pressed);
+        return Finish(result, pressed, outcome, watch);
     });
 }
 
 SHORT TaskDialog::ShowEx()
 {
-    return Guarded([&] {
+    return Guarded([&](OutcomeScope& outcome, const DialogWatch& watch) {
         LONG flags = properties_.options;
         if (properties_.customButtonStyle == 1) flags |= TDF_USE_COMMAND_LINKS;
         if (properties_.customButtonStyle == 2) flags |= TDF_USE_COMMAND_LINKS_NO_ICON;
@@ -111,11 +114,12 @@ SHORT TaskDialog::ShowEx()
         int radioButton = 0;
         BOOL checked = FALSE;
         const HRESULT result = show(&config, &pressed, &radioButton, &checked);
-        if (result == S_OK && pressed != 0) {
+        const SHORT answer = Finish(result, pressed, outcome, watch);
+        if (answer != 0) {
             properties_.radioButtonSelected = radioButton;
             properties_.verificationChecked = checked != FALSE;
         }
-        return Finish(result, pressed);
+        return answer;
     });
 }
 

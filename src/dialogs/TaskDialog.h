@@ -5,14 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "core/Automation.h"
+#include "dialogs/Answers.h"
+#include "gui/DialogWatch.h"
 #include "gui/IconModule.h"
 #include "gui/windowfn.h"
 
 namespace quill {
 
 // Raises no errors of its own: ErrorCode tells what failed, and the result is 0.
-class TaskDialog final : public Automation<_TaskDialog> {
+class TaskDialog final : public WithTimeout<Automation<_TaskDialog>> {
 public:
     READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     STORED_PROPERTY(LONG, Buttons, properties_.buttons)
@@ -83,7 +84,8 @@ private:
     SHORT ShowEx();
     template <class Body>
     SHORT Guarded(Body&& body);
-    SHORT Finish(HRESULT result, int pressed);
+    // Keeps how the dialog ended; what Show and ShowEx return.
+    SHORT Finish(HRESULT result, int pressed, OutcomeScope& outcome, const DialogWatch& watch);
     IconModule FindIcon();
     IconModule FindIcons();
     static ButtonList MakeButtons(const VARIANT& captions, int firstIdentifier);

@@ -12,6 +12,8 @@ namespace {
 constexpr TwipSize kDesignSize{3060, 3810};
 constexpr float kBelowButtonTop = 1050; // from the button's top to the outer edge
 constexpr float kInfoWidth = 2480;
+constexpr float kButtonsLeft = 240;
+constexpr float kButtonsRight = 2520;
 
 // 30, 140 and 26 pixels at 96 dpi.
 constexpr float kPickerLeft = 450;
@@ -75,9 +77,14 @@ std::optional<DATE> frmDTPick::Pick(const SYSTEMTIME& start, const std::wstring&
     if (date_) date_->SetAccessibleName(L"Date");
     if (time_) time_->SetAccessibleName(L"Time");
     Prepare(title);
-    PlaceAtCentre({kDesignSize.width, ButtonTop() + kBelowButtonTop});
+    PlaceAtCentre({kDesignSize.width + Widening(), ButtonTop() + kBelowButtonTop});
     if (!Ask()) return std::nullopt;
     return result_;
+}
+
+float frmDTPick::Widening() const
+{
+    return WidthSurplus(kButtonsRight - kButtonsLeft);
 }
 
 float frmDTPick::ButtonTop() const
@@ -108,6 +115,7 @@ bool frmDTPick::OnAccept()
 
 bool frmDTPick::OnPreview(const MSG& message)
 {
+    if (DialogForm::OnPreview(message)) return true;
     // Pickers may keep Enter for themselves. An open calendar is a window of its own, with its own
     // keys. The default button must not see the key too.
     if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN) {
@@ -116,20 +124,32 @@ bool frmDTPick::OnPreview(const MSG& message)
     }
     // The button answers when it goes down, not when it comes up, also while a calendar is open.
     if (message.message == WM_LBUTTONDOWN && message.hwnd == OKButton.Window()) Accept();
-    return DialogForm::OnPreview(message);
+    return false;
+}
+
+// An open calendar has a loop of its own.
+bool frmDTPick::LeaveLoop()
+{
+    if (date_ && date_->DroppedDown()) {
+        date_->CloseCalendar();
+        return true;
+    }
+    return DialogForm::LeaveLoop();
 }
 
 void frmDTPick::OnResize(TwipSize)
 {
     const bool closedUp = InfoHeight() == 0;
-    lblText.Move({240, 120, kInfoWidth, InfoHeight()});
+    const float wider = Widening();
+    lblText.Move({240, 120, kInfoWidth + wider, InfoHeight()});
     float top = closedUp ? 380 : 1300 + InfoSurplus();
     for (DateTimePicker* picker : {date_.get(), time_.get()}) {
         if (!picker) continue;
-        picker->Move({kPickerLeft, top, kPickerWidth, kPickerHeight});
+        picker->Move({kPickerLeft + wider / 2, top, kPickerWidth, kPickerHeight});
         top += closedUp ? 720.0F : 700.0F;
     }
-    OKButton.Move({2520 - ButtonWidth(), ButtonTop(), ButtonWidth(), kButtonHeight});
+    PlaceButtons(
+        {kButtonsRight + wider - ButtonWidth(), ButtonTop(), ButtonWidth(), kButtonHeight});
 }
 
 } // namespace quill

@@ -32,10 +32,12 @@ private:
     void OnResize(TwipSize outer) override;
     void OnButton() override;
     bool OnAccept() override;
+    bool LeaveLoop() override;
 
     std::unique_ptr<DateTimePicker> MakePicker(DateTimePicker::Kind kind);
     std::unique_ptr<DateTimePicker> MakeTimePicker();
     float ButtonTop() const;
+    float Widening() const; // beyond the design, for two buttons
 
     const PickMode mode_;
     DATE result_ = 0;

@@ -16,6 +16,8 @@ namespace {
 constexpr TwipSize kDesignSize{3180, 2940};
 constexpr float kClosedUpHeight = 2100; // without an info text
 constexpr float kInfoWidth = 2535;
+constexpr float kButtonsLeft = 240;
+constexpr float kButtonsRight = 2640;
 
 constexpr wchar_t kCaseBit = L'a' - L'A'; // by which the two cases of a letter differ
 
@@ -78,8 +80,8 @@ std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& titl
     Prepare(title);
     const bool closedUp = InfoHeight() == 0;
     if (closedUp) lstDrives.SetAccessibleName(WindowText(Window()));
-    PlaceAtCentre(
-        {kDesignSize.width, closedUp ? kClosedUpHeight : kDesignSize.height + InfoSurplus()});
+    PlaceAtCentre({kDesignSize.width + Widening(),
+                   closedUp ? kClosedUpHeight : kDesignSize.height + InfoSurplus()});
     Ask();
     return std::move(result_);
 }
@@ -125,13 +127,26 @@ void frmDrives::OnActivate()
     OKButton.Focus();
 }
 
+// Esc closes an open list first.
+bool frmDrives::OnPreview(const MSG& message)
+{
+    return !lstDrives.DroppedDown() && DialogForm::OnPreview(message);
+}
+
+float frmDrives::Widening() const
+{
+    return WidthSurplus(kButtonsRight - kButtonsLeft);
+}
+
 void frmDrives::OnResize(TwipSize)
 {
     const bool closedUp = InfoHeight() == 0;
-    lblText.Move({240, 120, kInfoWidth, InfoHeight()});
-    lstDrives.Move({240, closedUp ? 315 : 1160 + InfoSurplus(), 2600, lstDrives.Place().height});
-    OKButton.Move({2640 - ButtonWidth(), closedUp ? 1080 : 1920 + InfoSurplus(), ButtonWidth(),
-                   kButtonHeight});
+    const float wider = Widening();
+    lblText.Move({240, 120, kInfoWidth + wider, InfoHeight()});
+    lstDrives.Move(
+        {240, closedUp ? 315 : 1160 + InfoSurplus(), 2600 + wider, lstDrives.Place().height});
+    PlaceButtons({kButtonsRight + wider - ButtonWidth(), closedUp ? 1080 : 1920 + InfoSurplus(),
+                  ButtonWidth(), kButtonHeight});
 }
 
 } // namespace quill

@@ -33,12 +33,14 @@ public:
 private:
     struct Names;
 
+    bool OnPreview(const MSG& message) override;
     void OnActivate() override;
     void OnResize(TwipSize outer) override;
     void OnPosted(WPARAM index) override; // the name of this drive is known
     bool OnAccept() override;
 
     void AskForNames();
+    float Widening() const; // beyond the design, for two buttons
 
     std::vector<std::wstring> entries_;
     std::shared_ptr<Names> names_; // shared with the threads that ask

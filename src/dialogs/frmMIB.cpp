@@ -150,7 +150,8 @@ bool frmMIB::Ask(const std::wstring& title, UINT milliseconds)
     frame_ = OuterSize().height - InnerSize().height;
     Measure();
     height_ = LayOut(InnerSize().width);
-    PlaceAtCentre({kWidth, height_ + frame_});
+    wider_ = WidthSurplus(InnerSize().width - 2 * kMargin);
+    PlaceAtCentre({kWidth + wider_, height_ + frame_});
     SetContentHeight(height_);
     const auto start = static_cast<size_t>(input_.start);
     SetFirstFocus(rows_[start < rows_.size() ? start : 0]->edit);
@@ -164,7 +165,7 @@ bool frmMIB::Ask(const std::wstring& title, UINT milliseconds)
 void CALLBACK frmMIB::OnTimer(frmMIB* self, HWND, UINT, UINT_PTR, DWORD) noexcept
 {
     self->StopTimer();
-    self->Unload();
+    self->EndByTime(false);
 }
 
 void frmMIB::StopTimer() noexcept
@@ -316,7 +317,7 @@ float frmMIB::LayOut(float inner)
         lblTip.Move({kMargin, top, width, height});
         top += height + kGap;
     }
-    OKButton.Move({kMargin + width - ButtonWidth(), top + kGap, ButtonWidth(), kButtonHeight});
+    PlaceButtons({kMargin + width - ButtonWidth(), top + kGap, ButtonWidth(), kButtonHeight});
     return top + kGap + kButtonHeight + kMargin;
 }
 
@@ -327,7 +328,7 @@ void frmMIB::OnResize(TwipSize)
 
 TwipSize frmMIB::MinimumSize() const
 {
-    return {kWidth, kLeastHeight};
+    return {kWidth + wider_, kLeastHeight};
 }
 
 TwipSize frmMIB::MaximumSize() const

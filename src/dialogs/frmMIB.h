@@ -94,6 +94,7 @@ private:
     float height_ = 0;         // of the content; twips
     float infoTextHeight_ = 0; // twips
     float frame_ = 0;          // the window's height beyond its content; twips
+    float wider_ = 0;          // beyond the design, for two buttons; twips
     bool refused_ = false;     // the focus is on its way back to a field
     std::vector<std::wstring> texts_;
     PushParamThunk thunk_{};

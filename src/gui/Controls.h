@@ -168,6 +168,7 @@ public:
     void Replace(int index, const std::wstring& line);
     void Select(int index);
     int Selected() const; // -1: none
+    bool DroppedDown() const noexcept { return Send(CB_GETDROPPEDSTATE) != 0; }
 
 private:
     void FitList(const std::wstring& line);
@@ -185,6 +186,7 @@ public:
     SYSTEMTIME Picked() const;
     // True while its calendar is open.
     bool DroppedDown() const noexcept { return droppedDown_; }
+    void CloseCalendar() noexcept { Send(DTM_CLOSEMONTHCAL); }
 
 private:
     void OnNotify(const NMHDR& notification) override;

@@ -40,8 +40,8 @@ std::vector<HWND> DialogsOfThread() noexcept
 
 } // namespace
 
-DialogWatch::DialogWatch(std::function<bool()> abandoned, Front front)
-    : abandoned_(std::move(abandoned)), toRaise_(front == Front::Bring), outer_(innermost),
+DialogWatch::DialogWatch(LONG seconds, std::function<bool()> abandoned, Front front)
+    : abandoned_(std::move(abandoned)), time_(seconds), front_(front), outer_(innermost),
       timer_(StartTimer(kLookMilliseconds, reinterpret_cast<void*>(OnTimer))),
       earlier_(DialogsOfThread())
 {
@@ -64,10 +64,20 @@ void DialogWatch::Look() noexcept
 {
     const HWND dialog = FindDialog();
     if (!dialog) return;
-    if (std::exchange(toRaise_, false)) BringToFront(dialog, false);
-    if (!abandoned_()) return;
-    // Cancelled as a user would; one that cannot be cancelled is ended.
-    if (std::exchange(asked_, true))
+    if (!std::exchange(seen_, true)) {
+        time_.Restart();
+        if (front_ == Front::Bring) BringToFront(dialog, false);
+    }
+    // What has begun to end goes on ending, also when the user turns to it now.
+    if (!asked_) {
+        const bool abandoned = abandoned_();
+        if (!abandoned && !time_.Over()) return;
+        ending_ = abandoned ? Ending::ClientGone : Ending::TimeOver;
+    }
+    if (!std::exchange(leftLoop_, true) && EndPlatformLoop()) return;
+    // Cancelled as a user would; one that cannot be cancelled is ended. A question that the dialog
+    // asks by one of its own comes first.
+    if (std::exchange(asked_, dialog) == dialog)
         EndDialog(dialog, IDCANCEL);
     else
         PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
@@ -75,9 +85,13 @@ void DialogWatch::Look() noexcept
 
 HWND DialogWatch::FindDialog() const noexcept
 {
-    for (HWND dialog : DialogsOfThread())
-        if (std::find(earlier_.begin(), earlier_.end(), dialog) == earlier_.end()) return dialog;
-    return nullptr;
+    HWND found = nullptr;
+    for (HWND dialog : DialogsOfThread()) {
+        if (std::find(earlier_.begin(), earlier_.end(), dialog) != earlier_.end()) continue;
+        if (IsWindowEnabled(dialog)) return dialog;
+        found = dialog; // one that waits for another, which is enabled
+    }
+    return found;
 }
 
 } // namespace quill

@@ -81,6 +81,11 @@ _DriveList
   5 Info BSTR get put
   6 Topmost BOOL get put
   7 Selection(default BSTR, [Title BSTR = ""]) BSTR
+  8 Timeout I4 get put
+  9 TimeoutAccepts BOOL get put
+  10 ShowCountdown BOOL get put
+  11 CancelText BSTR get put
+  12 Outcome I2 get
 _List
   1 MultiSel BOOL get put
   2 ButtonText BSTR get put
@@ -90,6 +95,11 @@ _List
   6 Info BSTR get put
   7 Topmost BOOL get put
   8 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) BSTR
+  9 Timeout I4 get put
+  10 TimeoutAccepts BOOL get put
+  11 ShowCountdown BOOL get put
+  12 CancelText BSTR get put
+  13 Outcome I2 get
 _Profile
   1 ErrorLevel I2 get put
   2 File BSTR get put
@@ -146,6 +156,11 @@ _CheckList
   6 Topmost BOOL get put
   7 Selection(items BSTR, [Index I4 = 0], [Title BSTR = ""]) I4
   8 SelectionA(items VARIANT*, [indices VARIANT*], [Title BSTR = ""]) I4
+  9 Timeout I4 get put
+  10 TimeoutAccepts BOOL get put
+  11 ShowCountdown BOOL get put
+  12 CancelText BSTR get put
+  13 Outcome I2 get
 _File
   1 Application(filespec BSTR) BSTR
   2 Create(filespec BSTR, [overwrite BOOL = False]) BOOL
@@ -170,6 +185,8 @@ _FileSelection
   9 ErrorCode I4 get
   10 Dialog(mode I2) I4
   11 SetFilter(f VARIANT*)
+  12 Timeout I4 get put
+  13 Outcome I2 get
 _Aux
   1 Hex64(amount CY) BSTR
   2 FormatByteSize(bytes CY) BSTR
@@ -220,6 +237,11 @@ _DTPick
   4 Title BSTR get put
   5 Topmost BOOL get put
   6 Selection(out vdt VARIANT*) BOOL
+  7 Timeout I4 get put
+  8 TimeoutAccepts BOOL get put
+  9 ShowCountdown BOOL get put
+  10 CancelText BSTR get put
+  11 Outcome I2 get
 _Registry
   1 Access64 I4 get put
   2 Continue I4 get put
@@ -246,6 +268,8 @@ _MessageBox
   9 Text BSTR get put
   10 Title BSTR get put
   11 Show([msg BSTR = ""], [style I4 = -1], [Title BSTR = ""]) I2
+  12 Timeout I4 get put
+  13 Outcome I2 get
 _TaskDialog
   1 Buttons I4 get put
   2 ErrorCode I4 get
@@ -271,6 +295,8 @@ _TaskDialog
   22 VerificationChecked BOOL get put
   23 Show([prompt BSTR = ""], [Buttons I4 = -1], [Title BSTR = ""]) I2
   24 ShowEx() I2
+  25 Timeout I4 get put
+  26 Outcome I2 get
 _ProgressWindow
   1 Create([tt BSTR = ""], [wd I2 = 0], [fx I2 = 0])
   2 Remove()
@@ -342,6 +368,11 @@ _MInputBox
   35 InpTextColor VARIANT get put
   36 InputS([prompt BSTR = ""], [Title BSTR = ""], [default BSTR = ""]) BSTR
   37 InputM(out vinp VARIANT*) BOOL
+  38 Timeout I4 get put
+  39 TimeoutAccepts BOOL get put
+  40 ShowCountdown BOOL get put
+  41 CancelText BSTR get put
+  42 Outcome I2 get
 _Notice
   1 Add() BOOL
   2 ChangeIcon() BOOL
@@ -371,7 +402,7 @@ _Clock
   1 SetTimer(milliseconds I4) BOOL
   2 RemoveTimer()
   3 Running BOOL get
-  4 Wait([timeout I4 = -1]) BOOL
+  4 Wait([Timeout I4 = -1]) BOOL
 _ProgressDialog
   1 StartDlg([flags I4 = 0])
   2 StopDlg()

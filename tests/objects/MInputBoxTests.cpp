@@ -234,6 +234,7 @@ TEST_F(MInputBoxTest, CancelsItself)
     const ULONGLONG begin = GetTickCount64();
     EXPECT_EQ(Ask([](Desk& desk) { desk.WaitUntilGone(desk.Window(kTitle)); }), L"-|");
     EXPECT_GE(GetTickCount64() - begin, 900U);
+    EXPECT_EQ(box_.Get(L"Outcome"), 4);
 }
 
 // Ten rows on a screen that is too small for them: what has the focus comes into view.

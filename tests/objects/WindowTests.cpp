@@ -93,7 +93,7 @@ TEST_F(ForegroundTest, IsHandedOnAfterADialog)
     form_.Unload();
     EXPECT_EQ(allowed, std::vector{ASFW_ANY});
     { // the platform's own dialogs
-        const DialogWatch dialog([] { return false; });
+        const DialogWatch dialog(0, [] { return false; });
         EXPECT_EQ(allowed.size(), 1U);
     }
     EXPECT_EQ(allowed, std::vector(2, ASFW_ANY));
