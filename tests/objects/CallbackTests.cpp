@@ -192,19 +192,23 @@ TEST_F(ClockTest, AnEventFromASentMessageReachesItsSink)
     DWORD state = 0;
     Reaction sink([&] { state = InSendMessageEx(nullptr); });
     sink.Hear(clock_.Dispatch());
-    clock_.Call(L"SetTimer", 60'000);
     const HWND window = CreateHiddenWindow(
         L"quill.SentEvent",
         [](HWND receiver, UINT message, WPARAM wParam, LPARAM lParam) WINAPI -> LRESULT {
             if (message != WM_APP) return DefWindowProcW(receiver, message, wParam, lParam);
-            MSG timer;
-            while (!PeekMessageW(&timer, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE))
-                Sleep(1);
-            return DispatchMessageW(&timer);
+            (*reinterpret_cast<const std::function<void()>*>(lParam))();
+            return 0;
         },
         nullptr, true);
-    Start(10);
-    std::thread sender([&] { SendMessageW(window, WM_APP, 0, 0); });
+    // The timer starts and rings while the sender waits.
+    const std::function<void()> ring = [&] {
+        Start(10);
+        MSG timer;
+        while (!PeekMessageW(&timer, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE))
+            Sleep(1);
+        DispatchMessageW(&timer);
+    };
+    std::thread sender([&] { SendMessageW(window, WM_APP, 0, reinterpret_cast<LPARAM>(&ring)); });
     EXPECT_TRUE(PumpUntil([&] { return sink.calls == 1; }));
     sender.join();
     EXPECT_TRUE(state & ISMEX_REPLIED);
