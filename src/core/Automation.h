@@ -21,13 +21,17 @@
 #include "core/ObjectLife.h"
 #include "core/TypeLibrary.h"
 
-// The get and put of a stored property: its published type and name, the field that holds it, and
-// the rule of Conversions.h under which a value is kept; without one every value is.
-#define STORED_PROPERTY(type, name, field, ...)                                                    \
+// A read-only property: a field, or an expression that does not throw.
+#define READ_ONLY_PROPERTY(type, name, field)                                                      \
     STDMETHODIMP get_##name(type* value) noexcept override                                         \
     {                                                                                              \
         return this->Get(value, field);                                                            \
-    }                                                                                              \
+    }
+
+// The get and put of a stored property: its published type and name, the field that holds it, and
+// the rule of Conversions.h under which a value is kept; without one every value is.
+#define STORED_PROPERTY(type, name, field, ...)                                                    \
+    READ_ONLY_PROPERTY(type, name, field)                                                          \
     STDMETHODIMP put_##name(type value) noexcept override                                          \
     {                                                                                              \
         return this->template Put<__VA_ARGS__>(field, value);                                      \
@@ -35,10 +39,7 @@
 
 // The same for a property whose put does more than store the value: the plain method does it.
 #define PROPERTY_SET_BY(type, name, field, method)                                                 \
-    STDMETHODIMP get_##name(type* value) noexcept override                                         \
-    {                                                                                              \
-        return this->Get(value, field);                                                            \
-    }                                                                                              \
+    READ_ONLY_PROPERTY(type, name, field)                                                          \
     STDMETHODIMP put_##name(type value) noexcept override                                          \
     {                                                                                              \
         return this->Call(&method, value);                                                         \
@@ -46,10 +47,7 @@
 
 // The same for a property that holds whatever a script assigns.
 #define STORED_VARIANT(name, field)                                                                \
-    STDMETHODIMP get_##name(VARIANT* value) noexcept override                                      \
-    {                                                                                              \
-        return this->Get(value, field);                                                            \
-    }                                                                                              \
+    READ_ONLY_PROPERTY(VARIANT, name, field)                                                       \
     STDMETHODIMP put_##name(VARIANT* value) noexcept override                                      \
     {                                                                                              \
         return this->Put(field, value);                                                            \
@@ -87,13 +85,6 @@
     STDMETHODIMP get_##name(type* value) noexcept override                                         \
     {                                                                                              \
         return this->Call(value, [this] { return this->name(); });                                 \
-    }
-
-// A read-only property: a field, or an expression that does not throw.
-#define READ_ONLY_PROPERTY(type, name, field)                                                      \
-    STDMETHODIMP get_##name(type* value) noexcept override                                         \
-    {                                                                                              \
-        return this->Get(value, field);                                                            \
     }
 
 #define UNPACKED(...) __VA_ARGS__

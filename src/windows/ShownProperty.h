@@ -5,10 +5,7 @@
 // field that holds it, what is done where the window is there, as `form`, and the rule of
 // Conversions.h under which a value is kept; without one every value is.
 #define SHOWN_PROPERTY(type, name, field, show, ...)                                               \
-    STDMETHODIMP get_##name(type* value) noexcept override                                         \
-    {                                                                                              \
-        return this->Get(value, field);                                                            \
-    }                                                                                              \
+    READ_ONLY_PROPERTY(type, name, field)                                                          \
     STDMETHODIMP put_##name(type value) noexcept override                                          \
     {                                                                                              \
         const HRESULT kept = this->template Put<__VA_ARGS__>(field, value);                        \
