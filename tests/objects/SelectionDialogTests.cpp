@@ -210,7 +210,12 @@ TEST_P(SelectionDialog, CancelsByItsButton)
     dialog_.Put(L"ButtonText", std::wstring(40, L'M'));
     Expect(kClosed, false, [&](Desk& desk) {
         const HWND window = desk.Window(kTitle);
-        const RECT frame = Desk::PlaceOf(window);
+        RECT frame{};
+        desk.WaitFor(L"the window to stand where it was placed", [&] {
+            frame = Desk::PlaceOf(window);
+            const RECT last = Desk::PlaceOf(desk.Controls(window, L"Button").back());
+            return last.right < frame.right - 10 && last.left > frame.left + 10;
+        });
         RECT before{};
         for (HWND button : desk.Controls(window, L"Button")) {
             EXPECT_EQ(Desk::TextOf(button).size(), 32U);
