@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/Paths.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
+#include "dialogs/FileDialog.h"
 #include "gui/DialogWatch.h"
 
 namespace quill {
@@ -23,56 +23,9 @@ constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
 constexpr size_t kSpareUnits = 65536;
 constexpr LONG kCancelled = -1; // ErrorCode when the user chose nothing
 
-constexpr DWORD kCommonFlags = OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST |
-                               OFN_NODEREFERENCELINKS | OFN_DONTADDTORECENT;
-
-constexpr DWORD FlagsOf(SHORT mode)
-{
-    constexpr DWORD flags[] = {
-        kCommonFlags | OFN_FILEMUSTEXIST,
-        kCommonFlags | OFN_OVERWRITEPROMPT | OFN_NOREADONLYRETURN,
-        kCommonFlags | OFN_FILEMUSTEXIST | OFN_ALLOWMULTISELECT | OFN_EXPLORER,
-    };
-    return flags[mode];
-}
-static_assert(FlagsOf(0) == 0x0210180C && FlagsOf(1) == 0x0210880E && FlagsOf(2) == 0x02181A0C);
-
-// The server's current directory. It belongs to the process, and the platform's dialogs to open
-// change it; nothing else does, so what the first dialog of the process finds is right for all,
-// however many are open at once.
-const std::wstring& HomeFolder()
-{
-    static const std::wstring folder = CurrentFolder();
-    return folder;
-}
-
-// True for what the platform takes for a device wherever it stands, such as "CON". Not every
-// implementation of the dialogs survives one as its folder.
-bool IsDevice(const std::wstring& path)
-{
-    wchar_t full[kPathUnits] = L"";
-    GetFullPathNameW(path.c_str(), kPathUnits, full, nullptr);
-    return std::wstring_view(full).starts_with(L"\\\\.\\");
-}
-
-// A function of the common dialogs. Their library is large, and most scripts do without it.
-template <class Function>
-Function* CommonDialog(const char* name)
-{
-    Function* function = FindSystemFunction<Function>(L"comdlg32.dll", name);
-    if (!function) RaiseRuntimeError(RuntimeError::EntryPointNotFound);
-    return function;
-}
-
 } // namespace
 
 CREATABLE(FileSelection)
-
-BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save)
-{
-    return CommonDialog<decltype(GetOpenFileNameW)>(save ? "GetSaveFileNameW"
-                                                         : "GetOpenFileNameW")(dialog);
-}
 
 void FileSelection::SetFilterText(const std::wstring& text)
 {
@@ -124,8 +77,6 @@ LONG FileSelection::Dialog(SHORT mode)
     };
 
     OPENFILENAMEW dialog{};
-    dialog.lStructSize = sizeof dialog;
-    static_assert(sizeof dialog == 88);
     dialog.lpstrFilter = properties_.filter.empty() ? nullptr : shown.filter.c_str();
     dialog.lpstrFile = path.data();
     dialog.nMaxFile = static_cast<DWORD>(units);
@@ -133,21 +84,17 @@ LONG FileSelection::Dialog(SHORT mode)
     dialog.nMaxFileTitle = kPathUnits;
     dialog.lpstrInitialDir = shown.directory.c_str();
     dialog.lpstrTitle = orNull(shown.dlgTitle);
-    dialog.Flags = FlagsOf(mode);
     dialog.lpstrDefExt = orNull(shown.fileExtension);
 
     const DialogWatch watch(timeout_, [this] { return ClientsGone(); });
-    const std::wstring& home = HomeFolder(); // before the dialog changes it
-    const BOOL chosen = Seam<FileDialogs>().show(&dialog, mode == kSave);
-    SetCurrentDirectoryW(home.c_str());
+    const bool chosen = ShowFileDialog(dialog, static_cast<FileMode>(mode));
     outcome.ending = watch.EndingOr(chosen ? Ending::Accepted : Ending::Cancelled);
     if (outcome.ending == Ending::TimeOver) {
         errorCode_ = kCancelled;
         return 0;
     }
     if (!chosen) {
-        const auto code = static_cast<LONG>(
-            CommonDialog<decltype(CommDlgExtendedError)>("CommDlgExtendedError")());
+        const LONG code = FileDialogError();
         errorCode_ = code == 0 ? kCancelled : code;
         // The user has chosen, but more than there is room for.
         if (code == FNERR_BUFFERTOOSMALL) outcome.ending = watch.EndingOr(Ending::Accepted);

@@ -1,13 +1,10 @@
 // Quill.FileSelection: the system's dialogs that open and save files.
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "core/ErrorLevel.h"
 #include "dialogs/Answers.h"
-
-#include <commdlg.h> // needs the platform's main header before it
 
 namespace quill {
 
@@ -26,8 +23,6 @@ public:
     ACTION(SetFilter, (VARIANT * f), f)
 
 private:
-    enum Mode : SHORT { kOpen, kSave, kOpenSeveral };
-
     // The dialog shows a copy, since calls that arrive meanwhile may change them.
     struct Properties {
         std::wstring directory, dlgTitle, fileName, fileExtension, filter;
@@ -44,14 +39,6 @@ private:
 
     Properties properties_;
     LONG errorCode_ = 0;
-};
-
-// The platform's dialog to save one file, or to open files. Raises an error where it is missing.
-BOOL ShowFileDialog(OPENFILENAMEW* dialog, bool save);
-
-// A seam: the platform's dialogs.
-struct FileDialogs {
-    std::function<BOOL(OPENFILENAMEW* dialog, bool save)> show = ShowFileDialog;
 };
 
 } // namespace quill

@@ -4,7 +4,7 @@
 
 #include "core/Apartment.h"
 #include "core/Paths.h"
-#include "dialogs/FileSelection.h"
+#include "dialogs/FileDialog.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
