@@ -4,11 +4,13 @@
 
 #include <algorithm>
 
+#include "core/Apartment.h"
 #include "core/Catalogue.h"
 #include "core/Paths.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
 #include "dialogs/FileDialog.h"
+#include "dialogs/FolderDialog.h"
 #include "gui/DialogWatch.h"
 
 namespace quill {
@@ -22,6 +24,16 @@ constexpr size_t kPathUnits = 260; // room for one path, in UTF-16 units
 // Spare room behind what the dialog knows of: not every implementation keeps to that.
 constexpr size_t kSpareUnits = 65536;
 constexpr LONG kCancelled = -1; // ErrorCode when the user chose nothing
+
+// How many filters a list has, of which each is two texts that end with NUL; at least 1. One that
+// is beyond the last makes the dialog show no file.
+LONG FiltersIn(const std::wstring& list)
+{
+    const size_t end = std::min(list.find(std::wstring(2, L'\0')), list.size());
+    const auto texts =
+        std::count(list.begin(), list.begin() + static_cast<ptrdiff_t>(end), L'\0') + 1;
+    return std::max<LONG>(1, static_cast<LONG>(texts / 2));
+}
 
 } // namespace
 
@@ -58,6 +70,7 @@ size_t FileSelection::BufferUnits(SHORT mode) const
 LONG FileSelection::Dialog(SHORT mode)
 {
     OutcomeScope outcome(ending_);
+    paths_.clear();
     if (!InRange(mode, kOpen, kOpenSeveral)) {
         Refuse(kInvalidDialogMode);
         return 0;
@@ -78,6 +91,8 @@ LONG FileSelection::Dialog(SHORT mode)
 
     OPENFILENAMEW dialog{};
     dialog.lpstrFilter = properties_.filter.empty() ? nullptr : shown.filter.c_str();
+    dialog.nFilterIndex =
+        static_cast<DWORD>(std::min(shown.filterIndex, FiltersIn(properties_.filter)));
     dialog.lpstrFile = path.data();
     dialog.nMaxFile = static_cast<DWORD>(units);
     dialog.lpstrFileTitle = nameTitle.data();
@@ -88,6 +103,7 @@ LONG FileSelection::Dialog(SHORT mode)
 
     const DialogWatch watch(timeout_, [this] { return ClientsGone(); });
     const bool chosen = ShowFileDialog(dialog, static_cast<FileMode>(mode));
+    paths_.clear(); // a call that came in meanwhile may have brought some
     outcome.ending = watch.EndingOr(chosen ? Ending::Accepted : Ending::Cancelled);
     if (outcome.ending == Ending::TimeOver) {
         errorCode_ = kCancelled;
@@ -102,6 +118,8 @@ LONG FileSelection::Dialog(SHORT mode)
         return 0;
     }
     errorCode_ = 0;
+    if (dialog.lpstrFilter && dialog.nFilterIndex > 0)
+        properties_.filterIndex = static_cast<LONG>(dialog.nFilterIndex);
     path.resize(units);
     const size_t offset = dialog.nFileOffset;
     if (mode == kOpenSeveral && offset > 0 && path[offset - 1] == L'\0')
@@ -109,10 +127,25 @@ LONG FileSelection::Dialog(SHORT mode)
     return TakeOne(path.c_str(), offset);
 }
 
+std::wstring FileSelection::SelectFolder(const std::wstring& title)
+{
+    OutcomeScope outcome(ending_);
+    FolderRequest request;
+    request.start = properties_.directory;
+    request.title = title.empty() ? properties_.dlgTitle : title;
+    const DialogWatch watch(timeout_, [this] { return ClientsGone(); });
+    const std::wstring folder = Seam<FolderDialogs>().show(request);
+    outcome.ending = watch.EndingOr(folder.empty() ? Ending::Cancelled : Ending::Accepted);
+    const bool chosen = outcome.ending == Ending::Accepted;
+    errorCode_ = chosen ? 0 : kCancelled;
+    return chosen ? folder : std::wstring();
+}
+
 LONG FileSelection::TakeOne(const std::wstring& path, size_t nameOffset)
 {
     properties_.directory = WithTrailingBackslash(path.substr(0, nameOffset));
     properties_.fileName = path.substr(std::min(nameOffset, path.size()));
+    paths_ = {path};
     return 1;
 }
 
@@ -127,9 +160,18 @@ LONG FileSelection::TakeSeveral(const std::wstring& buffer, size_t nameOffset)
     }
     properties_.directory = WithTrailingBackslash(buffer.substr(0, nameOffset - 1));
     properties_.fileName = buffer.substr(nameOffset, end + 1 - nameOffset);
-    const auto count = std::count(properties_.fileName.begin(), properties_.fileName.end(), L'\0');
+    for (size_t from = nameOffset; from <= end;) {
+        const std::wstring name = buffer.c_str() + from;
+        paths_.push_back(CombinePath(properties_.directory, name));
+        from += name.size() + 1;
+    }
     if (properties_.convert) properties_.fileName = NulsToLineBreaks(properties_.fileName);
-    return static_cast<LONG>(count);
+    return static_cast<LONG>(paths_.size());
+}
+
+Variant FileSelection::Paths() const
+{
+    return MakeStringArray(paths_, true);
 }
 
 } // namespace quill

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "core/ErrorLevel.h"
 #include "dialogs/Answers.h"
@@ -21,23 +22,30 @@ public:
     READ_ONLY_PROPERTY(LONG, ErrorCode, errorCode_)
     METHOD(LONG, Dialog, (SHORT mode), mode)
     ACTION(SetFilter, (VARIANT * f), f)
+    METHOD(BSTR, SelectFolder, (BSTR Title), Title)
+    COMPUTED_PROPERTY(VARIANT, Paths)
+    STORED_PROPERTY(LONG, FilterIndex, properties_.filterIndex, Within<1, LONG_MAX>)
 
 private:
     // The dialog shows a copy, since calls that arrive meanwhile may change them.
     struct Properties {
         std::wstring directory, dlgTitle, fileName, fileExtension, filter;
         LONG fileNumber = 0;
+        LONG filterIndex = 1; // counted from 1
         bool convert = false;
     };
 
     LONG Dialog(SHORT mode);
     void SetFilterText(const std::wstring& text);
     void SetFilter(VARIANT& filter);
+    std::wstring SelectFolder(const std::wstring& title);
+    Variant Paths() const;
     size_t BufferUnits(SHORT mode) const;
     LONG TakeOne(const std::wstring& path, size_t nameOffset);
     LONG TakeSeveral(const std::wstring& buffer, size_t nameOffset);
 
     Properties properties_;
+    std::vector<std::wstring> paths_; // of the last Dialog
     LONG errorCode_ = 0;
 };
 
