@@ -116,4 +116,14 @@ bool WaitStep()
     return WaitForMessages(55);
 }
 
+void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting)
+{
+    const ULONGLONG begin = GetTickCount64();
+    while (waiting()) {
+        const auto waited = static_cast<LONGLONG>(GetTickCount64() - begin);
+        if (milliseconds >= 0 && waited >= milliseconds) break;
+        if (!WaitStep()) break;
+    }
+}
+
 } // namespace quill

@@ -52,6 +52,10 @@ UINT HearShell(HWND window, const wchar_t* name);
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
 
+// Dispatches messages while `waiting` is true, for at most this many milliseconds (less than 0:
+// without limit, 0: not at all), or until the thread is to end.
+void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting);
+
 // A seam: the foreground, and the ways to ask for attention.
 struct Foreground {
     std::function<HWND()> get = GetForegroundWindow;

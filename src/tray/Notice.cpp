@@ -25,7 +25,14 @@ constexpr SHORT kSelected = 1;
 constexpr SHORT kMenuRequested = 2;
 constexpr SHORT kMenuClosed = 10; // plus the chosen item, from 1
 
+constexpr SHORT kBalloon = 100; // of WaitClick
+
 constexpr size_t kMenuLimit = 8;
+
+// How often, and how many times, the icon is offered to a new taskbar that is busy.
+constexpr UINT_PTR kRestoreTimer = 1;
+constexpr UINT kRestorePause = 1000; // milliseconds
+constexpr int kRestoreTries = 60;
 
 // Bits of BalloonOptions.
 constexpr LONG kSilent = 1;
@@ -82,6 +89,8 @@ LRESULT CALLBACK NoticeHook(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             notice->OnIcon(LOWORD(lParam), {GET_X_LPARAM(wParam), GET_Y_LPARAM(wParam)});
         } else if (message == taskbarCreated) {
             notice->OnNewTaskbar();
+        } else if (message == WM_TIMER && wParam == kRestoreTimer) {
+            notice->OnRestoreTime();
         } else if (message == WM_ENDSESSION && wParam) {
             notice->Remove();
         }
@@ -141,7 +150,25 @@ bool Notice::ChangeIcon()
 // After a crash of the shell the icon is gone; where only the resolution has changed, it stays.
 void Notice::OnNewTaskbar()
 {
-    added_ = added_ && ChangeTrayIcon(place_, trayIcon_.get());
+    if (!added_ || ChangeTrayIcon(place_, trayIcon_.get())) return;
+    restoreTries_ = kRestoreTries;
+    OnRestoreTime();
+}
+
+void Notice::OnRestoreTime()
+{
+    if (restoreTries_ == 0) return; // a message that was on its way when the timer was stopped
+    const bool there = autoRestore_ && AddTrayIcon(place_, trayIcon_.get(), tipText_);
+    if (there || !autoRestore_ || --restoreTries_ == 0 ||
+        ::SetTimer(form_.Window(), kRestoreTimer, kRestorePause, nullptr) == 0)
+        EndRestoring(there);
+}
+
+void Notice::EndRestoring(bool there) noexcept
+{
+    added_ = there;
+    restoreTries_ = 0;
+    KillTimer(form_.Window(), kRestoreTimer);
 }
 
 HRESULT Notice::Remove() noexcept
@@ -151,7 +178,7 @@ HRESULT Notice::Remove() noexcept
         DeleteTrayIcon(place_);
         balloonIcon_.reset();
         trayIcon_.reset();
-        added_ = false;
+        EndRestoring(false);
     });
 }
 
@@ -191,6 +218,16 @@ bool Notice::ShowBalloon()
     if (large) balloon.infoFlags |= NIIF_LARGE_ICON;
     balloon.realTime = balloonOptions_ & kRealTime;
     return ShowTrayBalloon(place_, balloon);
+}
+
+// Within a handler there is nothing to wait for: what comes in meanwhile is dropped.
+SHORT Notice::WaitClick(LONG milliseconds)
+{
+    if (!added_ || busy_) return 0;
+    WaitWhile(milliseconds,
+              [this] { return added_ && trayClicked_ == 0 && !balloonClicked_ && !ClientsGone(); });
+    if (trayClicked_ != 0) return std::exchange(trayClicked_, SHORT{0});
+    return std::exchange(balloonClicked_, false) ? kBalloon : SHORT{0};
 }
 
 void Notice::SetTipText(const std::wstring& text)

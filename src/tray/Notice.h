@@ -57,14 +57,17 @@ public:
         return Call(&Notice::SetContextMenu, value);
     }
     READ_ONLY_PROPERTY(SHORT, ContextMenuItems, static_cast<SHORT>(menuTexts_.size()))
+    STORED_PROPERTY(VARIANT_BOOL, AutoRestore, autoRestore_)
+    METHOD(SHORT, WaitClick, (LONG milliseconds), milliseconds)
 
     // From the platform, on any thread: a menu that is open when the clients go is closed.
     STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD reserved, BOOL last) noexcept override;
 
-    // From the hook: a notification code of the icon and where it happened, in screen pixels; and
-    // that a taskbar was made.
+    // From the hook: a notification code of the icon and where it happened, in screen pixels; that
+    // a taskbar was made; and that it is time to try again to put the icon there.
     void OnIcon(UINT code, POINT screen);
     void OnNewTaskbar();
+    void OnRestoreTime();
 
 private:
     static constexpr SHORT kCustomIcon = 0; // values of BalloonIcon
@@ -74,6 +77,8 @@ private:
     bool Add();
     bool ChangeIcon();
     bool ShowBalloon();
+    SHORT WaitClick(LONG milliseconds);
+    void EndRestoring(bool there) noexcept;
     HICON FindBalloonIcon(bool& large);
     void SetTipText(const std::wstring& text);
     void SetContextMenu(Variant menu);
@@ -87,6 +92,8 @@ private:
     bool added_ = false;
     bool busy_ = false; // a click is being reported
     bool menuOpen_ = false;
+    bool autoRestore_ = false;
+    int restoreTries_ = 0; // that are left, while a new taskbar has no icon yet
     LONG errorCode_ = kNoError;
 
     IconSource traySource_;

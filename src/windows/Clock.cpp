@@ -32,12 +32,7 @@ void Clock::Stop() noexcept
 bool Clock::Wait(LONG timeout) const
 {
     const long before = buzzes_;
-    const ULONGLONG begin = GetTickCount64();
-    while (timer_ != 0 && buzzes_ == before && !ClientsGone()) {
-        const auto waited = static_cast<LONGLONG>(GetTickCount64() - begin);
-        if (timeout >= 0 && waited >= timeout) break;
-        if (!WaitStep()) break;
-    }
+    WaitWhile(timeout, [&] { return timer_ != 0 && buzzes_ == before && !ClientsGone(); });
     return buzzes_ != before;
 }
 

@@ -70,6 +70,7 @@ void ProgressWindow::Create(const std::wstring& title, SHORT width, SHORT classi
         return;
     }
     form_ = form;
+    pressedSinceWait_ = false;
     ApplyBar();
     if (Follows()) TakeBarOver();
     form->ShowAtCentre(topmost_);
@@ -300,8 +301,17 @@ void ProgressWindow::PushValue() noexcept
         taskbar_->SetProgressValue(form_->Window(), AsCurrency(tbValue_), AsCurrency(tbTotal_));
 }
 
-void ProgressWindow::OnPressed() noexcept
+// The window that is waited for may go, and another may come.
+bool ProgressWindow::WaitButton(LONG milliseconds)
 {
+    WaitWhile(milliseconds, [this] { return Shown() && !pressedSinceWait_ && !ClientsGone(); });
+    return Shown() && std::exchange(pressedSinceWait_, false);
+}
+
+void ProgressWindow::OnPressed(bool armed) noexcept
+{
+    pressedSinceWait_ = true;
+    if (!armed) return;
     const ComPtr<_ProgressWindow> alive(this); // the handler may release the object
     try {
         pressed_ = Sum(pressed_, 1); // an overflow is not reported

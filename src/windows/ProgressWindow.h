@@ -72,6 +72,7 @@ public:
     PROPERTY_SET_BY(SHORT, TBProState, tbState_, ProgressWindow::SetTBProState)
     PROPERTY_SET_BY(SHORT, TBProValue, tbValue_, ProgressWindow::SetTBProValue)
     PROPERTY_SET_BY(SHORT, TBProTotal, tbTotal_, ProgressWindow::SetTBProTotal)
+    METHOD(VARIANT_BOOL, WaitButton, (LONG milliseconds), milliseconds)
 
 private:
     static constexpr SHORT kDefaultMarqueeTime = 30; // milliseconds
@@ -106,7 +107,9 @@ private:
     void PushState(SHORT state) noexcept;
     void PushValue() noexcept;
 
-    void OnPressed() noexcept override;
+    bool WaitButton(LONG milliseconds);
+
+    void OnPressed(bool armed) noexcept override;
     void OnTaskbarButton() noexcept override;
 
     std::wstring title_ = L"QUILL ProgressWindow";
@@ -133,7 +136,8 @@ private:
     SHORT tbState_ = TBPF_NORMAL;
     SHORT tbValue_ = 0;
     SHORT tbTotal_ = 100;
-    bool pumping_ = false; // after an event
+    bool pressedSinceWait_ = false; // armed or not
+    bool pumping_ = false;          // after an event
     std::shared_ptr<frmProWin> form_;
     ComPtr<ITaskbarList3> taskbar_; // null: no progress there
 };

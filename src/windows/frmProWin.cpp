@@ -96,19 +96,19 @@ void frmProWin::OnResize(TwipSize outer)
     ResizeWindow(bar_, ToPixels(lblMainText.Place().width), ToPixels(kBar.height));
 }
 
-// True when the press was reported.
-bool frmProWin::Press()
+void frmProWin::Press()
 {
-    if (!std::exchange(armed_, false)) return false;
-    owner_.OnPressed();
-    return true;
+    owner_.OnPressed(std::exchange(armed_, false));
 }
 
 // The close box presses a button that is enabled and armed. Otherwise it closes the window, and
 // nothing is reported.
 void frmProWin::OnClose()
 {
-    if (mode_ != 1 || !Press()) Unload();
+    if (mode_ == 1 && armed_)
+        Press();
+    else
+        Unload();
 }
 
 LRESULT frmProWin::Handle(UINT message, WPARAM wParam, LPARAM lParam)

@@ -14,8 +14,8 @@ public:
     // What the form reports to its object, which closes the form before it is destroyed.
     class Owner {
     public:
-        // The button was pressed while it was armed.
-        virtual void OnPressed() noexcept = 0;
+        // The button was pressed; `armed` when this press is one that is reported.
+        virtual void OnPressed(bool armed) noexcept = 0;
         // The taskbar has made a button for the window; its state is still to be set.
         virtual void OnTaskbarButton() noexcept = 0;
 
@@ -54,7 +54,7 @@ private:
 
     float Height() const noexcept { return mode_ == 0 ? kHeight : kHeightWithButton; }
     void Resize(TwipSize outer);
-    bool Press();
+    void Press();
 
     Owner& owner_;
     const UINT taskbarButtonCreated_ = HearShell(Window(), L"TaskbarButtonCreated");

@@ -187,6 +187,9 @@ _FileSelection
   11 SetFilter(f VARIANT*)
   12 Timeout I4 get put
   13 Outcome I2 get
+  14 SelectFolder([Title BSTR = ""]) BSTR
+  15 Paths VARIANT get
+  16 FilterIndex I4 get put
 _Aux
   1 Hex64(amount CY) BSTR
   2 FormatByteSize(bytes CY) BSTR
@@ -330,6 +333,7 @@ _ProgressWindow
   30 TBProState I2 get put
   31 TBProValue I2 get put
   32 TBProTotal I2 get put
+  33 WaitButton([milliseconds I4 = -1]) BOOL
 _MInputBox
   1 InputNumber I2 get put
   2 InputStart I2 get put
@@ -398,6 +402,8 @@ _Notice
   22 TrayClicked I2 get put
   23 ContextMenu VARIANT get put
   24 ContextMenuItems I2 get
+  25 AutoRestore BOOL get put
+  26 WaitClick([milliseconds I4 = -1]) I2
 _Clock
   1 SetTimer(milliseconds I4) BOOL
   2 RemoveTimer()

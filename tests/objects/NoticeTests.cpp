@@ -427,5 +427,27 @@ TEST_F(NoticeTest, LivesInTheRealNotificationArea)
     EXPECT_FALSE(isThere(icon));
 }
 
+TEST_F(NoticeTest, ComesBackToATaskbarThatIsBusyAtFirst)
+{
+    const UINT taskbarCreated = RegisterWindowMessageW(L"TaskbarCreated");
+    Put({{L"AutoRestore", true}, {L"TipText", L"Tip"}});
+    ASSERT_EQ(Try(L"Add"), 0);
+    const auto startTaskbar = [&] {
+        result_ = FALSE;
+        SendMessageW(window_, taskbarCreated, 0, 0);
+        result_ = TRUE;
+        requests_.clear();
+    };
+    startTaskbar();
+    EXPECT_EQ(Try(L"Add"), 1);
+    EXPECT_TRUE(PumpUntil([&] { return !requests_.empty(); }));
+    EXPECT_EQ(requests_, (Numbers{NIM_ADD, NIM_SETVERSION}));
+    EXPECT_STREQ(added_.szTip, L"Tip");
+
+    startTaskbar();
+    notice_.Call(L"Remove");
+    EXPECT_FALSE(PumpUntil([&] { return requests_ != Numbers{NIM_DELETE}; }, 1500));
+}
+
 } // namespace
 } // namespace quill::test

@@ -174,7 +174,7 @@ TEST(ProgressWindow, IsAsLargeAsItNeedsToBe)
 TEST(ProgressWindow, FollowsTheResolutionOfItsMonitor)
 {
     struct : frmProWin::Owner {
-        void OnPressed() noexcept override {}
+        void OnPressed(bool) noexcept override {}
         void OnTaskbarButton() noexcept override {}
     } owner;
     const auto form = std::make_shared<frmProWin>(owner);
