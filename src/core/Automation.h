@@ -37,15 +37,19 @@
         return this->template Put<__VA_ARGS__>(field, value);                                      \
     }
 
-// The same for a property whose put does more than store the value: the plain method does it.
-#define PROPERTY_SET_BY(type, name, field, method)                                                 \
-    READ_ONLY_PROPERTY(type, name, field)                                                          \
+// The put of a property, done by the plain method.
+#define PROPERTY_PUT(type, name, method)                                                           \
     STDMETHODIMP put_##name(type value) noexcept override                                          \
     {                                                                                              \
         return this->Call(&method, value);                                                         \
     }
 
-// The same for a property that holds whatever a script assigns.
+// A stored property whose put does more than store the value.
+#define PROPERTY_SET_BY(type, name, field, method)                                                 \
+    READ_ONLY_PROPERTY(type, name, field)                                                          \
+    PROPERTY_PUT(type, name, method)
+
+// A stored property that holds whatever a script assigns.
 #define STORED_VARIANT(name, field)                                                                \
     READ_ONLY_PROPERTY(VARIANT, name, field)                                                       \
     STDMETHODIMP put_##name(VARIANT* value) noexcept override                                      \

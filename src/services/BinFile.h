@@ -33,17 +33,11 @@ public:
     COMPUTED_PROPERTY(LONG, Length)
     COMPUTED_PROPERTY(LONG, Length2)
     COMPUTED_PROPERTY(LONG, Location)
-    STDMETHODIMP put_Location(LONG value) noexcept override
-    {
-        return Call(&BinFile::SetLocation, value);
-    }
+    PROPERTY_PUT(LONG, Location, BinFile::SetLocation)
     COMPUTED_PROPERTY(LONG, Location2)
-    STDMETHODIMP put_Location2(LONG value) noexcept override
-    {
-        return Call(&BinFile::SetLocation2, value);
-    }
+    PROPERTY_PUT(LONG, Location2, BinFile::SetLocation2)
     COMPUTED_PROPERTY(CURRENCY, LOC)
-    STDMETHODIMP put_LOC(CURRENCY value) noexcept override { return Call(&BinFile::SetLOC, value); }
+    PROPERTY_PUT(CURRENCY, LOC, BinFile::SetLOC)
     COMPUTED_PROPERTY(CURRENCY, LOF)
 
 private:

@@ -10,7 +10,7 @@ namespace quill {
 class Clipboard final : public Automation<_Clipboard> {
 public:
     COMPUTED_PROPERTY(BSTR, Text)
-    STDMETHODIMP put_Text(BSTR value) noexcept override { return Call(&Clipboard::SetText, value); }
+    PROPERTY_PUT(BSTR, Text, Clipboard::SetText)
     STORED_PROPERTY(VARIANT_BOOL, UseUnicode, unicode_)
 
 private:

@@ -52,10 +52,7 @@ public:
         return S_OK;
     }
     READ_ONLY_PROPERTY(VARIANT, ContextMenu, contextMenu_)
-    STDMETHODIMP put_ContextMenu(VARIANT* value) noexcept override
-    {
-        return Call(&Notice::SetContextMenu, value);
-    }
+    PROPERTY_PUT(VARIANT*, ContextMenu, Notice::SetContextMenu)
     READ_ONLY_PROPERTY(SHORT, ContextMenuItems, static_cast<SHORT>(menuTexts_.size()))
     STORED_PROPERTY(VARIANT_BOOL, AutoRestore, autoRestore_)
     METHOD(SHORT, WaitClick, (LONG milliseconds), milliseconds)

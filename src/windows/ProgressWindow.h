@@ -46,10 +46,7 @@ public:
 
     PROPERTY_SET_BY(LONG, ProgressStyle, style_, ProgressWindow::SetProgressStyle)
     COMPUTED_PROPERTY(SHORT, Progress)
-    STDMETHODIMP put_Progress(SHORT value) noexcept override
-    {
-        return Call(&ProgressWindow::SetProgress, value);
-    }
+    PROPERTY_PUT(SHORT, Progress, ProgressWindow::SetProgress)
     PROPERTY_SET_BY(VARIANT_BOOL, ProgressMarquee, marquee_, ProgressWindow::SetProgressMarquee)
     PROPERTY_SET_BY(SHORT, ProgressMarqueeTime, marqueeTime_,
                     ProgressWindow::SetProgressMarqueeTime)
