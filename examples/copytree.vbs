@@ -31,7 +31,7 @@ window.MainText = "Copying " & names.Count & " files"
 started = Timer
 Dim name
 For Each name In names.Keys
-  If window.BtnPressed > 0 Then     ' the button, or the close box
+  If window.WaitButton(0) Then      ' the button, or the close box, was pressed
     stopped = True
     Exit For
   End If

@@ -5,15 +5,17 @@ Option Explicit
 
 Const AutoTime = 2 ' the dialog tells the time that is left
 
-Dim files, helper, dialog, output, folder, below, total, index, size
+Dim files, helper, dialog, output, path, folder, below, total, index, size
 
 Set files = CreateObject("Scripting.FileSystemObject")
 Set helper = CreateObject("Quill.Aux")
 If WScript.Arguments.Count > 0 Then
-  Set folder = files.GetFolder(WScript.Arguments(0))
+  path = WScript.Arguments(0)
 Else
-  Set folder = files.GetFolder(".")
+  path = CreateObject("Quill.FileSelection").SelectFolder("The sizes of which folder?")
+  If path = "" Then WScript.Quit
 End If
+Set folder = files.GetFolder(path)
 
 Set output = CreateObject("Quill.Window")
 output.WriteSize = 9

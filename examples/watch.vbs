@@ -3,11 +3,10 @@
 ' Run it with:  wscript watch.vbs [folder]
 Option Explicit
 
-Dim files, shell, clock, notice, folder, seen, paused, came
+Dim files, shell, notice, folder, seen, paused, came
 
 Set files = CreateObject("Scripting.FileSystemObject")
 Set shell = CreateObject("WScript.Shell")
-Set clock = CreateObject("Quill.Clock")
 Set notice = CreateObject("Quill.Notice")
 
 If WScript.Arguments.Count > 0 Then
@@ -23,6 +22,7 @@ End If
 notice.IconFile = "shell32.dll"
 notice.IconID = 4 ' a folder
 notice.BalloonIcon = 5 ' the same in the balloon
+notice.AutoRestore = True ' the icon comes back when the taskbar is started anew
 SetPause False
 Set seen = NamesInFolder
 If Not notice.Add Then
@@ -31,16 +31,15 @@ If Not notice.Add Then
 End If
 
 Do
-  clock.SetTimer 250
-  clock.Wait ' WScript.Sleep 250 does the same where the host has it
-  Dim clicked
-  clicked = notice.TrayClicked
-  If clicked <> 0 Then notice.TrayClicked = 0
-  If clicked = 11 Or notice.BalloonClicked Then OpenFolder
-  If clicked = 12 Then SetPause Not paused
-  If clicked = 13 Then Exit Do
+  Select Case notice.WaitClick(250)
+    Case 11, 100 ' the first item of the menu, the balloon
+      shell.Run """" & folder & """"
+    Case 12
+      SetPause Not paused
+    Case 13
+      Exit Do
+  End Select
   If Not paused Then LookForFiles
-  notice.Add ' brings the icon back when the taskbar has been started anew, and does nothing else
 Loop
 notice.Remove
 WScript.Echo "Files that came: " & came
@@ -54,11 +53,6 @@ Sub SetPause(value)
     notice.ContextMenu = Array("&Open folder", "-", "&Pause", "&Quit")
     notice.TipText = "Watching " & folder
   End If
-End Sub
-
-Sub OpenFolder
-  notice.BalloonClicked = False
-  shell.Run """" & folder & """"
 End Sub
 
 Sub LookForFiles

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/Apartment.h"
+#include "gui/windowfn.h"
 
 namespace quill {
 
@@ -90,13 +91,11 @@ LRESULT CALLBACK AnswerTime::OnMessage(int code, WPARAM removed, LPARAM message)
 
 bool EndPlatformLoop() noexcept
 {
-    GUITHREADINFO info{};
-    info.cbSize = sizeof info;
-    if (!GetGUIThreadInfo(GetCurrentThreadId(), &info)) return false;
-    if (info.flags & GUI_INMENUMODE) EndMenu();
+    const DWORD loops = PlatformLoops();
+    if (loops & GUI_INMENUMODE) EndMenu();
     // The loop of a drag, or of its start by the keyboard, takes any such message for its own.
-    if (info.flags & GUI_INMOVESIZE) PostThreadMessageW(GetCurrentThreadId(), WM_LBUTTONUP, 0, 0);
-    return (info.flags & (GUI_INMENUMODE | GUI_INMOVESIZE)) != 0;
+    if (loops & GUI_INMOVESIZE) PostThreadMessageW(GetCurrentThreadId(), WM_LBUTTONUP, 0, 0);
+    return loops != 0;
 }
 
 } // namespace quill

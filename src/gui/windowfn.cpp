@@ -1,10 +1,14 @@
 #include "gui/windowfn.h"
 
+#include <algorithm>
+
 #include "core/Apartment.h"
 
 namespace quill {
 
 namespace {
+
+constexpr DWORD kStep = 55; // milliseconds, of a wait
 
 // Places the window above all that are not topmost. The way through the topmost ones needs neither
 // the foreground nor an activation.
@@ -113,11 +117,24 @@ UINT HearShell(HWND window, const wchar_t* name)
 
 bool WaitStep()
 {
-    return WaitForMessages(55);
+    return WaitForMessages(kStep);
+}
+
+DWORD PlatformLoops() noexcept
+{
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    if (!GetGUIThreadInfo(GetCurrentThreadId(), &info)) return 0;
+    return info.flags & (GUI_INMENUMODE | GUI_INMOVESIZE);
 }
 
 void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting)
 {
+    if (PlatformLoops() != 0 && waiting()) {
+        MsgWaitForMultipleObjectsEx(0, nullptr, std::min(static_cast<DWORD>(milliseconds), kStep),
+                                    QS_INPUT, MWMO_INPUTAVAILABLE);
+        return;
+    }
     const ULONGLONG begin = GetTickCount64();
     while (waiting()) {
         const auto waited = static_cast<LONGLONG>(GetTickCount64() - begin);

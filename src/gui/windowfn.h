@@ -52,8 +52,14 @@ UINT HearShell(HWND window, const wchar_t* name);
 // ms, less when input or a call comes in. False when the thread is to end.
 bool WaitStep();
 
+// Which loops of the platform's the thread is in, where the user operates a menu or drags a window:
+// GUI_INMENUMODE, GUI_INMOVESIZE.
+DWORD PlatformLoops() noexcept;
+
 // Dispatches messages while `waiting` is true, for at most this many milliseconds (less than 0:
-// without limit, 0: not at all), or until the thread is to end.
+// without limit, 0: not at all), or until the thread is to end. Called by a client while the user
+// operates a menu or drags a window, it returns after 55 ms at the latest: the loop of the platform,
+// which cannot go on before, needs the input.
 void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting);
 
 // A seam: the foreground, and the ways to ask for attention.
