@@ -151,6 +151,8 @@ def place_members(members, pages):
     shared = [page for page in pages.values() if page.source.suffix == '.md' and not page.classes]
     for member in members:
         page = home.get(member.owner)
+        if not member.help:
+            problem(f'{member.title}: no help text in the type library')
         if page is None:
             problem(f'{member.owner}: no page in docs/ has this class in its title')
             continue

@@ -1,44 +1,32 @@
 #include "fuzz/Hostile.h"
 
 #include <algorithm>
-#include <cmath>
+#include <atomic>
 #include <limits>
 #include <string_view>
 
 #include "support/CountedDispatch.h"
+#include "support/ScriptObject.h"
 
 namespace quill::fuzz {
-
 namespace {
 
 using namespace std::string_view_literals;
 
+// clang-format off
 constexpr LONGLONG kNumbers[] = {
-    0,       1,         -1,        2,          3,         4,         5,        7,     8,
-    9,       10,        11,        16,         17,        30,        31,       32,    33,
-    48,      63,        64,        65,         100,       101,       127,      128,   255,
-    256,     257,       1023,      1024,       1025,      3600,      3601,     32512, 32518,
-    32767,   32768,     -32768,    -32769,     65001,     65535,     65536,    -5,    0x7FFFFFFF,
-    1 << 30, INT32_MIN, 1LL << 31, 0xFFFFFFFF, 1LL << 53, INT64_MAX, INT64_MIN};
+    0, 1, -1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 16, 17, 30, 31, 32, 33, 48, 63, 64, 65, 100, 101, 127, 128,
+    255, 256, 257, 1023, 1024, 1025, 3600, 3601, 32512, 32518, 32767, 32768, -32768, -32769, 65001,
+    65535, 65536, -5, 0x7FFFFFFF, 1 << 30, INT32_MIN, 1LL << 31, 0xFFFFFFFF, 1LL << 53, INT64_MAX,
+    INT64_MIN};
 
-constexpr double kFractions[] = {0.5,
-                                 -0.5,
-                                 1.5,
-                                 -0.0,
-                                 36526.25,
-                                 2958465.999988426, // the last second that a date can be
-                                 2958466,
-                                 -657434,
-                                 -657435,
-                                 1e308,
-                                 -1e308,
-                                 1e-310,
-                                 std::numeric_limits<double>::quiet_NaN(),
-                                 std::numeric_limits<double>::infinity()};
+// With the last second that a date can be.
+constexpr double kFractions[] = {
+    0.5, -0.5, 1.5, -0.0, 36526.25, 2958465.999988426, 2958466, -657434, -657435, 1e308, -1e308, 1e-310,
+    std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()};
 
 // Texts that mean something to one class or another. Paths are relative to the folder of the run,
 // or name nothing that exists.
-// clang-format off
 constexpr std::wstring_view kTexts[] = {
     L"", L" ", L"a", L"0", L"7", L"-1", L" 12 ", L"1e400", L"&H7F", L"2024-02-30", L"12:30",
     L"True", L"\x0663\x0664", L"a\r\nb\r\nc", L"\r\n\r\n", L"\n\r", L"a=b\r\nc", L"&File|*.*|",
@@ -56,11 +44,15 @@ constexpr std::wstring_view kTexts[] = {
     L"MD5", L"SHA1", L"SHA256", L"00ff 7F", L"0", L"zz", L"QUJD", L"QQ==", L"====",
     L"http://u:p@host:80/p/a?q=1#f", L"file:///Q:/a%20b", L"%zz%C3%28%", L"http://[::1", L"//",
     L"shell32.dll", L"comctl32.dll", L"#1", L"#99999", L"SystemAsterisk", L"-", L"- -", L"\t"};
-// clang-format on
 
-constexpr VARTYPE kNumberTypes[] = {VT_I1,  VT_I2,   VT_I4,   VT_I8,      VT_UI1,  VT_UI2,
-                                    VT_UI4, VT_UI8,  VT_INT,  VT_UINT,    VT_R4,   VT_R8,
-                                    VT_CY,  VT_DATE, VT_BOOL, VT_DECIMAL, VT_ERROR};
+constexpr VARTYPE kNumberTypes[] = {
+    VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_INT, VT_UINT, VT_R4, VT_R8, VT_CY,
+    VT_DATE, VT_BOOL, VT_DECIMAL, VT_ERROR};
+constexpr VARTYPE kElementTypes[] = {
+    VT_VARIANT, VT_VARIANT, VT_VARIANT, VT_BSTR, VT_UI1, VT_UI1, VT_I1, VT_I2, VT_I4, VT_R4, VT_R8,
+    VT_CY, VT_DATE, VT_BOOL, VT_ERROR, VT_UI2, VT_UI4, VT_INT, VT_UINT, VT_DECIMAL, VT_DISPATCH,
+    VT_UNKNOWN};
+// clang-format on
 
 std::atomic<long> liveObjects{0};
 
@@ -79,14 +71,11 @@ public:
         Variant value;
         switch (kind_) {
         case 1:
-            if (exception) {
-                *exception = {};
-                exception->scode = E_FAIL;
-                exception->bstrDescription = SysAllocString(L"no value");
-            }
+            if (exception)
+                *exception = {0, 0, nullptr, nullptr, nullptr, 0, nullptr, nullptr, E_FAIL};
             return DISP_E_EXCEPTION;
         case 2: value = Variant(5L); break;
-        case 3: value = Variant(std::wstring_view(L"text\0more", 9)); break;
+        case 3: value = Variant(L"text\0more"sv); break;
         case 4:
             if (++asked_ > 3) return E_FAIL;
             value = Variant(static_cast<IDispatch*>(this));
@@ -109,17 +98,10 @@ private:
                id != IID_IStdMarshalInfo && id != IID_IExternalConnection && id != IID_IAgileObject;
     }
 
-    std::uint32_t kind_;
+    const std::uint32_t kind_;
     int asked_ = 0;
     const std::function<void()>& callBack_;
 };
-
-// Where the bytes of a value begin; also how a reference to it is made.
-void* PlaceOf(Variant& value)
-{
-    if (V_VT(&value) == VT_DECIMAL) return &V_DECIMAL(&value);
-    return &V_UI1(&value);
-}
 
 } // namespace
 
@@ -136,31 +118,17 @@ ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& 
 std::wstring Arguments::Text()
 {
     if (random_.Percent(70)) return std::wstring(random_.Pick(kTexts));
-    if (random_.Percent(10)) {
-        const std::wstring_view pattern = random_.Pick(kTexts);
-        std::wstring text;
-        while (text.size() < 100'000)
-            text.append(pattern.empty() ? L"x" : pattern);
-        // Long paths of many parts take the platform seconds.
-        std::ranges::replace(text, L'\\', L'x');
-        return text;
-    }
     std::wstring text(random_.Below(random_.Percent(50) ? 12 : 600), L'\0');
     const std::uint32_t alphabet = random_.Percent(50) ? 0x80 : 0x10000;
-    for (wchar_t& unit : text) {
+    for (wchar_t& unit : text)
         unit = static_cast<wchar_t>(random_.Below(alphabet));
-        // No other path than those above.
-        if (unit == L'\\' || unit == L'/' || unit == L':') unit = L'_';
-    }
+    if (random_.Percent(10))
+        for (text = random_.Pick(kTexts); text.size() < 100'000;)
+            text += text.empty() ? L"x" : text;
+    // No other path than those above, and no long one: the platform takes seconds for its parts.
+    std::ranges::replace_if(
+        text, [](wchar_t unit) { return unit == L'\\' || unit == L'/' || unit == L':'; }, L'_');
     return text;
-}
-
-Variant Arguments::PathInFolder()
-{
-    constexpr std::wstring_view paths[] = {L".\\text.txt",  L".\\values.ini", L".\\none.txt",
-                                           L"a?b",          L"CON",           L".\\x\0y"sv,
-                                           L".\\no\\folder"};
-    return Variant(random_.Pick(paths));
 }
 
 Variant Arguments::Number(VARTYPE type)
@@ -168,19 +136,17 @@ Variant Arguments::Number(VARTYPE type)
     Variant value;
     const LONGLONG number =
         random_.Percent(85) ? random_.Pick(kNumbers) : static_cast<LONG>(random_.Next());
-    V_I8(&value) = number;
     const double fraction =
         random_.Percent(50) ? static_cast<double>(number) : random_.Pick(kFractions);
+    V_I8(&value) = number;
     if (type == VT_R4) V_R4(&value) = static_cast<float>(std::clamp(fraction, -3e38, 3e38));
     if (type == VT_R8 || type == VT_DATE) V_R8(&value) = fraction;
     if (type == VT_BOOL && random_.Percent(80)) V_BOOL(&value) = random_.Percent(50) ? -1 : 0;
     if (type == VT_CY && random_.Percent(50))
         V_I8(&value) = std::clamp<LONGLONG>(number, -99, 99) * 10'000;
     if (type == VT_DECIMAL) {
-        V_VT(&value) = VT_EMPTY;
         DECIMAL decimal{};
         decimal.Lo64 = static_cast<ULONGLONG>(number);
-        decimal.Hi32 = random_.Percent(30) ? random_.Next() : 0;
         decimal.scale = static_cast<BYTE>(random_.Below(29));
         decimal.sign = random_.Percent(50) ? DECIMAL_NEG : 0;
         V_DECIMAL(&value) = decimal;
@@ -191,68 +157,52 @@ Variant Arguments::Number(VARTYPE type)
 
 Variant Arguments::AnyObject()
 {
-    Variant value;
-    if (random_.Percent(20)) {
-        V_VT(&value) = random_.Percent(50) ? VT_DISPATCH : VT_UNKNOWN; // null
-        return value;
-    }
     if (!objects_.empty() && random_.Percent(30)) return Variant(random_.Pick(objects_).Get());
-    value = Variant(MakeScriptObject(random_, callBack_).Get());
+    const bool null = random_.Percent(20);
+    Variant value(null ? nullptr : MakeScriptObject(random_, callBack_).Get());
     if (random_.Percent(20)) V_VT(&value) = VT_UNKNOWN;
     return value;
 }
 
 Variant Arguments::AnyArray(int depth)
 {
-    constexpr VARTYPE kTypes[] = {VT_VARIANT, VT_VARIANT, VT_VARIANT,  VT_BSTR,   VT_UI1, VT_UI1,
-                                  VT_I1,      VT_I2,      VT_I4,       VT_R4,     VT_R8,  VT_CY,
-                                  VT_DATE,    VT_BOOL,    VT_ERROR,    VT_UI2,    VT_UI4, VT_INT,
-                                  VT_UINT,    VT_DECIMAL, VT_DISPATCH, VT_UNKNOWN};
     constexpr LONG kBounds[] = {0, 0, 0, 0, 0, 0, 1, -5, INT32_MIN, 2'147'480'000};
     constexpr ULONG kCounts[] = {0, 1, 1, 2, 3, 3, 10, 11, 33, 300};
     constexpr UINT kDimensions[] = {1, 1, 1, 1, 1, 1, 1, 1, 2, 60};
 
-    VARTYPE type = random_.Pick(kTypes);
-    // Wine never releases the elements of an array of objects that came from another process, and
-    // fails to bring one back; Variants may hold any.
-    if (remote_ && (type == VT_DISPATCH || type == VT_UNKNOWN)) type = VT_VARIANT;
+    const VARTYPE type = random_.Pick(kElementTypes);
     Variant value;
     V_VT(&value) = static_cast<VARTYPE>(VT_ARRAY | type);
     if (random_.Percent(5)) return value; // null
-    const UINT dimensions = random_.Pick(kDimensions);
-    std::vector<SAFEARRAYBOUND> bounds(dimensions);
-    for (SAFEARRAYBOUND& bound : bounds)
-        bound = {dimensions > 2 ? 1 : random_.Pick(kCounts), random_.Pick(kBounds)};
-    if (type == VT_UI1 && dimensions == 1 && random_.Percent(3)) bounds[0].cElements = 1 << 20;
-    SAFEARRAY* array = SafeArrayCreate(type, dimensions, bounds.data());
+    std::vector<SAFEARRAYBOUND> bounds(random_.Pick(kDimensions));
+    ULONG count = 1;
+    for (SAFEARRAYBOUND& bound : bounds) {
+        bound = {bounds.size() > 2 ? 1 : random_.Pick(kCounts), random_.Pick(kBounds)};
+        if (type == VT_UI1 && bounds.size() == 1 && random_.Percent(3)) bound.cElements = 1 << 20;
+        count *= bound.cElements;
+    }
+    SAFEARRAY* array = SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
     if (!array) throw std::bad_alloc();
     V_ARRAY(&value) = array;
 
-    size_t count = 1;
-    for (const SAFEARRAYBOUND& bound : bounds)
-        count *= bound.cElements;
-    for (size_t index = 0; index < std::min<size_t>(count, 40); ++index) {
-        auto* element = static_cast<BYTE*>(array->pvData) + index * array->cbElements;
-        switch (type) {
-        case VT_VARIANT:
+    for (ULONG index = 0; index < std::min<ULONG>(count, 40); ++index) {
+        BYTE* const element = static_cast<BYTE*>(array->pvData) + index * array->cbElements;
+        if (type == VT_VARIANT)
             *reinterpret_cast<VARIANT*>(element) =
-                (random_.Percent(60) ? OfType(VT_BSTR) : Any(depth + 1)).Detach();
-            break;
-        case VT_BSTR: *reinterpret_cast<BSTR*>(element) = MakeBstr(Text()).release(); break;
-        case VT_DISPATCH:
-        case VT_UNKNOWN:
+                (random_.Percent(60) ? Variant(Text()) : Any(depth + 1)).Detach();
+        else if (type == VT_BSTR)
+            *reinterpret_cast<BSTR*>(element) = MakeBstr(Text()).release();
+        else if (type == VT_DISPATCH || type == VT_UNKNOWN)
             *reinterpret_cast<IDispatch**>(element) = MakeScriptObject(random_, callBack_).Detach();
-            break;
-        case VT_DECIMAL: break;
-        default: {
-            Variant number = Number(type);
-            std::copy_n(static_cast<BYTE*>(PlaceOf(number)), array->cbElements, element);
-        }
+        else if (type != VT_DECIMAL) {
+            const Variant number = Number(type);
+            std::copy_n(&V_UI1(&number), array->cbElements, element);
         }
     }
     return value;
 }
 
+// What a careful script would pass, and its boundaries.
 Variant Arguments::OfType(VARTYPE type)
 {
     if (type == VT_BSTR) return Variant(Text());
@@ -278,88 +228,20 @@ Variant Arguments::Any(int depth)
     }
 }
 
-// The variable of a script that an argument refers to, with a type of its own or without.
-Variant Arguments::Referring(Variant value, bool typed)
-{
-    const VARTYPE type = V_VT(&value);
-    Variant& variable = referred_.emplace_back(std::move(value));
-    Variant reference;
-    if (!typed || type == VT_EMPTY || type == VT_NULL || random_.Percent(60)) {
-        V_VARIANTREF(&reference) = &variable;
-        V_VT(&reference) = VT_BYREF | VT_VARIANT;
-    } else {
-        V_BYREF(&reference) = PlaceOf(variable);
-        V_VT(&reference) = static_cast<VARTYPE>(VT_BYREF | type);
-    }
-    return reference;
-}
-
 void Arguments::Add(VARTYPE type, bool exact)
 {
     Variant value = exact || random_.Percent(50) ? OfType(type) : Any(0);
     // Wine copies what a Variant is given by value, or by a variable with a type, and forgets the
     // copy when it refuses the call for another argument.
-    const bool reference =
-        type == VT_VARIANT ? !exact || random_.Percent(50) : !exact && random_.Percent(30);
-    if (reference) value = Referring(std::move(value), exact || type != VT_VARIANT);
-    values_.push_back(std::move(value));
-}
-
-std::vector<VARIANT> Arguments::Reversed() const
-{
-    return {values_.rbegin(), values_.rend()};
-}
-
-std::wstring Arguments::Describe() const
-{
-    std::wstring text;
-    for (const Variant& value : values_)
-        text += (text.empty() ? L"" : L", ") + fuzz::Describe(value);
-    return text;
-}
-
-std::wstring Describe(const VARIANT& value, int depth)
-{
-    const VARTYPE type = V_VT(&value);
-    if (type == (VT_BYREF | VT_VARIANT))
-        return depth > 4 ? L"&..." : L"&" + Describe(*V_VARIANTREF(&value), depth + 1);
-    std::wstring text = L"type " + std::to_wstring(type) + L' ';
-    if (type & VT_ARRAY) {
-        const SAFEARRAY* array = ArrayOf(value);
-        if (!array) return text + L"null array";
-        text += L"array";
-        for (UINT index = 0; index < std::min<UINT>(array->cDims, 3); ++index)
-            text += L" [" + std::to_wstring(array->rgsabound[index].lLbound) + L" +" +
-                    std::to_wstring(array->rgsabound[index].cElements) + L"]";
-        if (type == (VT_ARRAY | VT_VARIANT) && array->cDims == 1 && depth < 2) {
-            text += L" {";
-            for (ULONG index = 0; index < std::min<ULONG>(array->rgsabound[0].cElements, 4);
-                 ++index)
-                text +=
-                    Describe(static_cast<const VARIANT*>(array->pvData)[index], depth + 1) + L"; ";
-            text += L"}";
-        }
-        return text;
+    if (type == VT_VARIANT ? !exact || random_.Percent(50) : !exact && random_.Percent(30)) {
+        Variant& variable = referred_.emplace_back(std::move(value));
+        const VARTYPE kind = V_VT(&variable);
+        const bool typed = (exact || type != VT_VARIANT) && kind > VT_NULL && random_.Percent(40);
+        void* place = &variable;
+        if (typed && kind != VT_DECIMAL) place = &V_UI1(&variable);
+        value = test::Reference(typed ? kind : +VT_VARIANT, place);
     }
-    if ((type & ~VT_BYREF) == VT_BSTR) {
-        const BSTR string = type & VT_BYREF ? *V_BSTRREF(&value) : V_BSTR(&value);
-        if (!string) return text + L"null";
-        text += std::to_wstring(SysStringLen(string)) + L" \"";
-        for (UINT index = 0; index < std::min<UINT>(SysStringLen(string), 60); ++index) {
-            const wchar_t unit = string[index];
-            wchar_t escaped[8];
-            swprintf(escaped, std::size(escaped), L"\\%04x", unit);
-            text += unit >= L' ' && unit < 0x7F ? std::wstring(1, unit) : escaped;
-        }
-        return text + L'"';
-    }
-    Variant copy;
-    Variant shown;
-    if (FAILED(VariantCopyInd(&copy, const_cast<VARIANT*>(&value))) || V_VT(&copy) == VT_DISPATCH ||
-        V_VT(&copy) == VT_UNKNOWN || V_VT(&copy) == VT_ERROR ||
-        FAILED(VariantChangeType(&shown, &copy, 0, VT_BSTR)))
-        return text + std::to_wstring(V_I4(&copy));
-    return text + V_BSTR(&shown);
+    values.push_back(std::move(value));
 }
 
 } // namespace quill::fuzz

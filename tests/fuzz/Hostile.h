@@ -1,60 +1,77 @@
 // What a call is given: values of every type, at and beyond the limits of what they stand for.
 #pragma once
 
-#include <atomic>
 #include <deque>
 #include <functional>
+#include <iterator>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "core/Variant.h"
-#include "fuzz/Random.h"
 
 namespace quill::fuzz {
+
+// The same numbers for the same seed, with every compiler.
+class Random {
+public:
+    explicit Random(std::uint64_t seed) : state_(Mixed(Mixed(seed))) {}
+
+    std::uint32_t Next()
+    {
+        return static_cast<std::uint32_t>(Mixed(state_ += 0x9E3779B97F4A7C15) >> 32);
+    }
+    std::uint32_t Below(std::uint32_t limit) { return Next() % limit; }
+    bool Percent(std::uint32_t chance) { return Below(100) < chance; }
+    template <class List>
+    const auto& Pick(const List& list)
+    {
+        return std::data(list)[Below(static_cast<std::uint32_t>(std::size(list)))];
+    }
+
+private:
+    static constexpr std::uint64_t Mixed(std::uint64_t number)
+    {
+        number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9;
+        number = (number ^ (number >> 27)) * 0x94D049BB133111EB;
+        return number ^ (number >> 31);
+    }
+
+    std::uint64_t state_;
+};
 
 // The arguments of one call, with all that they refer to.
 class Arguments {
 public:
-    // `objects` may be passed, too; `callBack` is what an object of ours does when it is asked for
-    // its value. `remote`: the call goes to another process.
+    // `objects` may be passed, too; `callBack` is what an object of a script does when it is asked
+    // for its value.
     Arguments(Random& random, std::span<const ComPtr<IDispatch>> objects,
-              const std::function<void()>& callBack, bool remote)
-        : random_(random), objects_(objects), callBack_(callBack), remote_(remote)
+              const std::function<void()>& callBack)
+        : random_(random), objects_(objects), callBack_(callBack)
     {
     }
 
-    // One more argument, behind the others, for a parameter of this type: what the parameter takes
-    // when `exact`, else anything.
+    // One more, behind the others: what a parameter of this type takes when `exact`, else anything.
     void Add(VARTYPE type, bool exact);
-    void Add(Variant value) { values_.push_back(std::move(value)); }
+    void Add(std::wstring_view text) { values.emplace_back(text); }
 
-    // A text that a path of a file may be given as.
-    Variant PathInFolder();
+    std::vector<VARIANT> Reversed() const { return {values.rbegin(), values.rend()}; }
 
-    // As the platform wants them: last to first.
-    std::vector<VARIANT> Reversed() const;
-    std::vector<Variant>& Values() { return values_; }
-    std::wstring Describe() const;
+    std::vector<Variant> values;
 
 private:
-    Variant OfType(VARTYPE type); // what a careful script would pass, and its boundaries
+    Variant OfType(VARTYPE type);
     Variant Any(int depth);
     Variant Number(VARTYPE type);
     Variant AnyArray(int depth);
     Variant AnyObject();
-    Variant Referring(Variant value, bool typed);
     std::wstring Text();
 
     Random& random_;
     std::span<const ComPtr<IDispatch>> objects_;
     const std::function<void()>& callBack_;
-    const bool remote_;
-    std::vector<Variant> values_;
     std::deque<Variant> referred_; // stay where they are
 };
-
-// For a failure's message: kind and beginning of a value.
-std::wstring Describe(const VARIANT& value, int depth = 0);
 
 // A script's object: its value may be a number, a text, an array, itself, an error, or a call back.
 // As a sink it answers every event so.

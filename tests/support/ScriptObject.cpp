@@ -90,18 +90,26 @@ IDispatch* Value::Object() const
     return V_DISPATCH(this);
 }
 
+std::string Describe(const VARIANT& value)
+{
+    const VARTYPE type = V_VT(&value);
+    if (type == (VT_BYREF | VT_VARIANT)) return '&' + Describe(*V_VARIANTREF(&value));
+    std::string text = "type " + std::to_string(type);
+    Variant shown;
+    if (const SAFEARRAY* array = ArrayOf(value))
+        return text + " [" + std::to_string(array->rgsabound[0].cElements) + ']';
+    if (type == VT_DISPATCH || type == VT_UNKNOWN ||
+        FAILED(VariantChangeType(&shown, const_cast<VARIANT*>(&value), VARIANT_ALPHABOOL, VT_BSTR)))
+        return text;
+    const std::wstring_view units(V_BSTR(&shown), SysStringLen(V_BSTR(&shown)));
+    const std::string begin = Narrow(units.substr(0, 200));
+    text = type == VT_BSTR ? '"' + begin + '"' : text + ' ' + begin;
+    return units.size() > 200 ? text + " (" + std::to_string(units.size()) + " characters)" : text;
+}
+
 void PrintTo(const Value& value, std::ostream* out)
 {
-    if (V_VT(&value) == VT_BSTR) {
-        const std::wstring text = value.Text();
-        *out << '"' << Narrow(text.substr(0, 200)) << '"';
-        if (text.size() > 200) *out << "... (" << text.size() << " characters)";
-        return;
-    }
-    Variant text;
-    *out << "VARTYPE " << V_VT(&value);
-    if (SUCCEEDED(VariantChangeType(&text, const_cast<Value*>(&value), VARIANT_ALPHABOOL, VT_BSTR)))
-        *out << ' ' << Narrow(V_BSTR(&text));
+    *out << Describe(value);
 }
 
 Arg::Arg(const VARIANT& other)

@@ -51,6 +51,9 @@ public:
 };
 void PrintTo(const Value& value, std::ostream* out);
 
+// For a failure's message: type, and the beginning of a text.
+std::string Describe(const VARIANT& value);
+
 // A value on its way into a call. Text, whole numbers (int: VT_I4, short: VT_I2), truth values,
 // doubles, objects and Variants convert by themselves; a pointer to a Variant is passed by
 // reference, as a script passes its own variable.
