@@ -32,9 +32,6 @@ constexpr DWORD kLongestCall = 30'000;    // milliseconds; more is a hang
 constexpr size_t kObjectsOfClass = 3;     // that live at a time
 constexpr std::uint64_t kSession = 500;   // calls, then all objects are released and made anew
 constexpr std::uint64_t kCheckpoints = 8; // the first half is warm-up
-// Caches of the platform grow by a block now and then, at moments that depend on time; what one of
-// 500 members leaves at each call comes to more.
-constexpr long kCachedBlocks = 4;
 
 std::uint64_t NumberFrom(const wchar_t* variable, std::uint64_t otherwise)
 {
@@ -175,6 +172,7 @@ public:
                 if (test::Narrow(row.name) == name) live.row = &row;
             for (const Member& member : members)
                 if (!member.event) live.members.push_back(&member);
+            picks_.insert(picks_.end(), live.members.size(), live_.size() - 1);
         }
         folder_ = folderOfRun_.Path(L"1\\2\\3\\4");
         std::filesystem::create_directories(folder_);
@@ -189,25 +187,298 @@ public:
     Fuzzer(const Fuzzer&) = delete;
     Fuzzer& operator=(const Fuzzer&) = delete;
 
-    void Run();
+    void Run()
+    {
+        const Companion companion;
+        std::vector<Held> held; // at each checkpoint
+        FillFolder();
+        while (held.size() < kCheckpoints) {
+            const std::uint64_t end = calls * (held.size() + 1) / kCheckpoints;
+            while (number < end) {
+                Step();
+                if (number % kSession == 0 || number == end) ReleaseAll();
+            }
+            held.push_back(Rest());
+        }
+        const Held& warm = held[kCheckpoints / 2 - 1];
+        const Held& now = held.back();
+        EXPECT_LE(now.windows, warm.windows);
+        EXPECT_LE(now.menus, warm.menus);
+        EXPECT_LE(now.threads, warm.threads + 2);
+        // Caches of the platform grow once by several blocks, or now and then by one. What a call
+        // leaves grows from each checkpoint to the next.
+        const auto steady = [&](long Held::*what) {
+            long largest = 0;
+            for (size_t index = kCheckpoints / 2; index < kCheckpoints; ++index)
+                largest = std::max(largest, held[index].*what - held[index - 1].*what);
+            return now.*what - warm.*what - largest;
+        };
+        const long later = static_cast<long>(calls / 10'000);
+        EXPECT_LE(steady(&Held::own), 3 + later);
+        EXPECT_LE(steady(&Held::task), 3 + 2 * later);
+        // Until each dialog was shown in each of its forms, the platform is still loading.
+        EXPECT_TRUE(calls < 100'000 || steady(&Held::handles) <= 8);
+    }
 
 private:
-    void FillFolder() const;
-    void Step();
-    void ReleaseAll();
-    Held Rest() const;
-    void CallRandom(Live& live, Random& random, bool slowToo);
+    void FillFolder() const
+    {
+        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+            std::error_code ignored;
+            std::filesystem::remove_all(entry.path(), ignored);
+        }
+        for (const auto& [name, bytes] :
+             std::initializer_list<std::pair<const wchar_t*, std::string>>{
+                 {L"text.txt", "first\r\nsecond\r\n"},
+                 {L"values.ini", "[section]\r\nkey=value\r\n[a]\r\nb=c\r\n"},
+                 {L"bytes.bin", std::string(5000, '\x81')},
+                 {L"icon.ico", std::string("\0\0\1\0\1\0\x10\x10\0\0\1\0\x20\0\xFF\xFF\0\0", 18)},
+                 {L"program.exe", "MZ" + std::string(58, '\0') + "\xF0\xFF\xFF\x7F"}})
+            std::ofstream(std::filesystem::path(folder_) / name, std::ios::binary) << bytes;
+    }
+
+    ComPtr<IDispatch> Make(const Live& live)
+    {
+        ComPtr<IDispatch> object;
+        Check(CreateHere(*live.row, IID_PPV_ARGS(&object)));
+        if (live.name == "EventLog") // its own file would lie elsewhere
+            test::ScriptObject(object.Get()).Put(L"File", folder_ + L"\\events.log");
+        ComPtr<IConnectionPointContainer> source;
+        Random random(static_cast<std::uint32_t>(number));
+        DWORD cookie = 0;
+        for (int sink = 0; SUCCEEDED(object.As(&source)) && sink < 2; ++sink)
+            test::PointOf(object.Get())->Advise(MakeScriptObject(random, callBack_).Get(), &cookie);
+        return object;
+    }
+
+    Live& PickLive(Random& random)
+    {
+        for (;;) {
+            Live& live = live_[random.Pick(picks_)];
+            // Wine forgets a kilobyte of its own at most reads of the clipboard.
+            if (live.name == "Clipboard" && !random.Percent(5)) continue;
+            if (live.row || !live.objects.empty()) return live;
+        }
+    }
+
+    // Whether the call succeeded.
     bool Invoke(IDispatch* object, const Member& member, WORD flags, Arguments& arguments,
-                Random& random, std::vector<DISPID> named);
-    void CallInside(std::uint64_t salt);
-    void OnTick();
+                Random& random, std::vector<DISPID> named)
+    {
+        std::vector<VARIANT> values = arguments.Reversed();
+        DISPPARAMS parameters{values.data(), named.data(), static_cast<UINT>(values.size()),
+                              static_cast<UINT>(named.size())};
+        Variant result;
+        EXCEPINFO exception{};
+        UINT bad = 0;
+        const bool put = flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
+        const bool unheard = random.Percent(5); // a caller that wants neither result nor error
+        const long blocks = TaskBlocks();
+        const long objects = LiveScriptObjects();
+        const HRESULT code =
+            object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+                           put || unheard ? nullptr : &result, unheard ? nullptr : &exception,
+                           unheard ? nullptr : &bad);
+        const Bstr source(exception.bstrSource);
+        const Bstr description(exception.bstrDescription);
+        const Bstr help(exception.bstrHelpFile);
+        // Where memory is short there is none for a text either.
+        if (code == DISP_E_EXCEPTION && !unheard && exception.scode != E_OUTOFMEMORY &&
+            ((SUCCEEDED(exception.scode) && exception.wCode == 0) || !description || !source ||
+             !std::wstring_view(source.get()).starts_with(L"Quill.")))
+            Fail("an error without number, source or text");
+        if (code == E_UNEXPECTED || code == HRESULT_FROM_WIN32(ERROR_NOACCESS))
+            Fail("an error that nobody raises");
+        current += "; result " + Describe(result);
+        if (FAILED(code)) {
+            // The platform may make a result of the type, but not of any value.
+            if (V_VT(&result) == VT_BSTR ? SysStringLen(V_BSTR(&result)) != 0
+                                         : V_VT(&result) != VT_EMPTY && V_I8(&result) != 0)
+                Fail("an error with a result");
+            if (code != DISP_E_EXCEPTION) {
+                ++refused_;
+                refusedBlocks_ += std::max(0L, TaskBlocks() - blocks);
+                refusedObjects_ += std::max(0L, LiveScriptObjects() - objects);
+            }
+        }
+        if (V_ISBYREF(&result)) Fail("a result that refers to a variable");
+        if (V_VT(&result) == VT_BOOL && V_BOOL(&result) != VARIANT_TRUE &&
+            V_BOOL(&result) != VARIANT_FALSE)
+            Fail("neither True nor False");
+        // An object that a call returned is called from now on, too.
+        if (V_VT(&result) == VT_DISPATCH && V_DISPATCH(&result))
+            for (Live& live : live_)
+                if (live.name == member.type) {
+                    if (live.objects.size() >= kObjectsOfClass)
+                        live.objects.erase(live.objects.begin());
+                    live.objects.emplace_back(V_DISPATCH(&result));
+                }
+        return SUCCEEDED(code);
+    }
+
+    // One call of a random member of a random object of the class.
+    void CallRandom(Live& live, Random& random, bool slowToo)
+    {
+        const std::string outside = std::exchange(current, "a new " + live.name);
+        if (live.row &&
+            (live.objects.empty() || (live.objects.size() < kObjectsOfClass && random.Percent(5))))
+            live.objects.push_back(Make(live));
+        const Member* picked = random.Pick(live.members);
+        for (int attempt = 0; IsSlow(*picked) && (!slowToo || !random.Percent(40)); ++attempt) {
+            if (attempt == 5) return;
+            picked = random.Pick(live.members);
+        }
+        const Member& member = *picked;
+        const bool put = member.access == INVOKE_PROPERTYPUT;
+        // Nested calls may release the object that is being called.
+        const ComPtr<IDispatch> object = random.Pick(live.objects);
+        // A property that held its own object would keep it.
+        std::vector<ComPtr<IDispatch>> others;
+        for (const Live& other : live_)
+            if (!put && !other.objects.empty()) others.push_back(other.objects.back());
+
+        Arguments arguments(random, others, callBack_);
+        const bool fileOnly =
+            member.name == "File" && (live.name == "EventLog" || live.name == "Profile");
+        const bool exact = random.Percent(50);
+        constexpr std::wstring_view kPaths[] = {L".\\text.txt", L".\\values.ini", L".\\none.txt",
+                                                L"a?b",         L"CON",           L".\\no\\folder"};
+        for (const auto& parameter : member.parameters)
+            if (fileOnly)
+                arguments.Add(random.Pick(kPaths));
+            else
+                arguments.Add(test::KindOf(parameter.type), exact);
+        WORD flags = static_cast<WORD>(member.access);
+        if (!put && random.Percent(50))
+            flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET; // as scripts do
+        std::vector<DISPID> named;
+        if (put) named.push_back(DISPID_PROPERTYPUT);
+        if (!fileOnly && !exact) {
+            while (!arguments.values.empty() && random.Percent(12))
+                arguments.values.pop_back();
+            if (random.Percent(4))
+                for (std::uint32_t more = 1 + random.Below(40); more > 0; --more)
+                    arguments.Add(VT_VARIANT, false);
+            for (std::uint32_t count = random.Percent(2) ? random.Below(3) : 0; count > 0; --count)
+                named.push_back(static_cast<DISPID>(random.Below(5)) - 1); // of any name
+            if (random.Percent(1)) flags = static_cast<WORD>(1U << random.Below(4));
+        }
+        if (named.size() > arguments.values.size()) named.clear();
+        current = live.name + '.' + member.name + (put ? " =" : "");
+        for (const Variant& value : arguments.values)
+            current += ' ' + Describe(value);
+        if (!outside.empty()) current += " (inside " + outside + ')';
+
+        // What the page says of the value that a property is given, when that can be told without
+        // asking an object of the script. Others may change the clipboard, and the taskbar.
+        const bool alone = flags == DISPATCH_PROPERTYPUT && arguments.values.size() == 1;
+        const test::PropertyRow* row = put && alone && live.name != "Clipboard"
+                                           ? test::FindRow(live.name, member.name)
+                                           : nullptr;
+        const bool limited = row && !fileOnly && row->accepted != "any" &&
+                             !member.name.starts_with("TBPro") && row->type != "Currency";
+        const auto read = [&] {
+            Variant value;
+            DISPPARAMS none{};
+            object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                           &value, nullptr, nullptr);
+            return value;
+        };
+        const Variant old = row ? read() : Variant();
+        Variant given;
+        if (limited && (FAILED(VariantCopyInd(&given, &arguments.values[0])) ||
+                        V_VT(&given) == VT_DISPATCH || V_VT(&given) == VT_UNKNOWN ||
+                        FAILED(VariantChangeType(&given, &given, 0, test::KindOf(row->type)))))
+            given = Variant();
+
+        IDispatch* const waiting =
+            std::exchange(waiting_, member.name == "Wait" ? object.Get() : nullptr);
+        if (member.name == "Dialog") ++fileDialogs_;
+        const long nested = nested_;
+        ++depth_;
+        const bool succeeded = Invoke(object.Get(), member, flags, arguments, random, named);
+        --depth_;
+        waiting_ = waiting;
+        if (row && nested_ == nested) { // what came in meanwhile may have put something, too
+            const Variant now = read();
+            current += "; before " + Describe(old) + ", after " + Describe(now);
+            if (!succeeded && !test::Same(old, now))
+                Fail("a put that failed has changed the property");
+            if (succeeded && limited && V_VT(&given) == test::KindOf(row->type) &&
+                !test::Same(test::Rule(*row).After(old, given).value_or(test::Arg(old).value), now))
+                Fail("the property keeps a value that its page forbids");
+        }
+        if (random.Percent(2)) std::erase(live.objects, object);
+        current = outside;
+    }
+
+    // A call during another one.
+    void CallInside(std::uint64_t salt)
+    {
+        ++nested_;
+        Random random(static_cast<std::uint32_t>(1'000'003 * (seed + number) + salt));
+        CallRandom(PickLive(random), random, false);
+    }
+
+    // While a call waits: other clients call the same objects, stop its clock, or die.
+    void OnTick()
+    {
+        const ULONGLONG running = GetTickCount64() - since;
+        if (depth_ == 0 || depth_ > 2 || running < 60) return;
+        if (waiting_ && running > 150) test::ScriptObject(waiting_).Call(L"RemoveTimer");
+        CallInside(running);
+        Random random(static_cast<std::uint32_t>(running));
+        Live& live = PickLive(random);
+        ComPtr<IExternalConnection> client;
+        if (!random.Percent(3) || live.objects.empty() || FAILED(live.objects[0].As(&client)))
+            return;
+        client->AddConnection(EXTCONN_STRONG, 0);
+        client->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+    }
+
+    void Step()
+    {
+        // Each call has numbers of its own: what one takes does not change the next.
+        Random random(static_cast<std::uint32_t>(1'000'003 * seed + ++number));
+        since = GetTickCount64();
+        CallRandom(PickLive(random), random, true);
+        since = 0;
+        current.clear();
+        if (number % 16 == 0) DispatchPending();
+    }
+
+    void ReleaseAll()
+    {
+        for (Live& live : live_)
+            live.objects.clear();
+        DispatchPending();
+        if (LiveScriptObjects() > refusedObjects_) Fail("objects of the script were not released");
+        FillFolder();
+    }
+
+    // What is held when nothing is used.
+    Held Rest() const
+    {
+        for (int round = 0; round < 20; ++round)
+            WaitForMessages(15);
+        Held now = HeldNow();
+        now.task -= refusedBlocks_;
+        now.handles -= fileDialogs_; // Wine keeps a key of the registry each time in a new prefix
+        std::printf(
+            "fuzz: seed %llu, %llu calls, %ld refused: %ld handles, %ld windows, %ld menus, "
+            "%ld threads, %ld own and %ld task blocks\n",
+            seed, number.load(), refused_, now.handles, now.windows, now.menus, now.threads,
+            now.own, now.task);
+        std::fflush(stdout);
+        return now;
+    }
+
     static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD) { fuzzer_->OnTick(); }
-    ComPtr<IDispatch> Make(const Live& live);
-    Live& PickLive(Random& random);
 
     static inline Fuzzer* fuzzer_ = nullptr;
 
     std::vector<Live> live_;
+    std::vector<size_t> picks_; // each as often as it has members
     test::TemporaryFolder folderOfRun_;
     std::wstring folder_;
     UINT_PTR timer_ = 0;
@@ -224,278 +495,6 @@ private:
     long refusedObjects_ = 0;
     long fileDialogs_ = 0;
 };
-
-void Fuzzer::FillFolder() const
-{
-    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-        std::error_code ignored;
-        std::filesystem::remove_all(entry.path(), ignored);
-    }
-    for (const auto& [name, bytes] : std::initializer_list<std::pair<const wchar_t*, std::string>>{
-             {L"text.txt", "first\r\nsecond\r\n"},
-             {L"values.ini", "[section]\r\nkey=value\r\n[a]\r\nb=c\r\n"},
-             {L"bytes.bin", std::string(5000, '\x81')},
-             {L"icon.ico", std::string("\0\0\1\0\1\0\x10\x10\0\0\1\0\x20\0\xFF\xFF\0\0", 18)},
-             {L"program.exe", "MZ" + std::string(58, '\0') + "\xF0\xFF\xFF\x7F"}})
-        std::ofstream(std::filesystem::path(folder_) / name, std::ios::binary) << bytes;
-}
-
-ComPtr<IDispatch> Fuzzer::Make(const Live& live)
-{
-    ComPtr<IDispatch> object;
-    Check(CreateHere(*live.row, IID_PPV_ARGS(&object)));
-    if (live.name == "EventLog") // its own file would lie elsewhere
-        test::ScriptObject(object.Get()).Put(L"File", folder_ + L"\\events.log");
-    ComPtr<IConnectionPointContainer> source;
-    Random random(number);
-    DWORD cookie = 0;
-    for (int sink = 0; SUCCEEDED(object.As(&source)) && sink < 2; ++sink)
-        test::PointOf(object.Get())->Advise(MakeScriptObject(random, callBack_).Get(), &cookie);
-    return object;
-}
-
-Live& Fuzzer::PickLive(Random& random)
-{
-    for (;;) {
-        Live& live = live_[random.Below(static_cast<std::uint32_t>(live_.size()))];
-        // Wine forgets a kilobyte of its own at most reads of the clipboard.
-        if (live.name == "Clipboard" && !random.Percent(5)) continue;
-        if (live.row || !live.objects.empty()) return live;
-    }
-}
-
-// Whether the call succeeded.
-bool Fuzzer::Invoke(IDispatch* object, const Member& member, WORD flags, Arguments& arguments,
-                    Random& random, std::vector<DISPID> named)
-{
-    std::vector<VARIANT> values = arguments.Reversed();
-    DISPPARAMS parameters{values.data(), named.data(), static_cast<UINT>(values.size()),
-                          static_cast<UINT>(named.size())};
-    Variant result;
-    EXCEPINFO exception{};
-    UINT bad = 0;
-    const bool put = flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
-    const bool unheard = random.Percent(5); // a caller that wants neither result nor error
-    const long blocks = TaskBlocks();
-    const long objects = LiveScriptObjects();
-    const HRESULT code = object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, flags,
-                                        &parameters, put || unheard ? nullptr : &result,
-                                        unheard ? nullptr : &exception, unheard ? nullptr : &bad);
-    const Bstr source(exception.bstrSource);
-    const Bstr description(exception.bstrDescription);
-    const Bstr help(exception.bstrHelpFile);
-    // Where memory is short there is none for a text either.
-    if (code == DISP_E_EXCEPTION && !unheard && exception.scode != E_OUTOFMEMORY &&
-        ((SUCCEEDED(exception.scode) && exception.wCode == 0) || !description || !source ||
-         !std::wstring_view(source.get()).starts_with(L"Quill.")))
-        Fail("an error without number, source or text");
-    if (code == E_UNEXPECTED || code == HRESULT_FROM_WIN32(ERROR_NOACCESS))
-        Fail("an error that nobody raises");
-    current += "; result " + Describe(result);
-    if (FAILED(code)) {
-        // The platform may make a result of the type, but not of any value.
-        if (V_VT(&result) == VT_BSTR ? SysStringLen(V_BSTR(&result)) != 0
-                                     : V_VT(&result) != VT_EMPTY && V_I8(&result) != 0)
-            Fail("an error with a result");
-        if (code != DISP_E_EXCEPTION) {
-            ++refused_;
-            refusedBlocks_ += std::max(0L, TaskBlocks() - blocks);
-            refusedObjects_ += std::max(0L, LiveScriptObjects() - objects);
-        }
-    }
-    if (V_ISBYREF(&result)) Fail("a result that refers to a variable");
-    if (V_VT(&result) == VT_BOOL && V_BOOL(&result) != VARIANT_TRUE &&
-        V_BOOL(&result) != VARIANT_FALSE)
-        Fail("neither True nor False");
-    // An object that a call returned is called from now on, too.
-    if (V_VT(&result) == VT_DISPATCH && V_DISPATCH(&result))
-        for (Live& live : live_)
-            if (live.name == member.type) {
-                if (live.objects.size() >= kObjectsOfClass)
-                    live.objects.erase(live.objects.begin());
-                live.objects.emplace_back(V_DISPATCH(&result));
-            }
-    return SUCCEEDED(code);
-}
-
-// One call of a random member of a random object of the class.
-void Fuzzer::CallRandom(Live& live, Random& random, bool slowToo)
-{
-    const std::string outside = std::exchange(current, "a new " + live.name);
-    if (live.row &&
-        (live.objects.empty() || (live.objects.size() < kObjectsOfClass && random.Percent(5))))
-        live.objects.push_back(Make(live));
-    const Member* picked = random.Pick(live.members);
-    for (int attempt = 0; IsSlow(*picked) && (!slowToo || !random.Percent(40)); ++attempt) {
-        if (attempt == 5) return;
-        picked = random.Pick(live.members);
-    }
-    const Member& member = *picked;
-    const bool put = member.access == INVOKE_PROPERTYPUT;
-    // Nested calls may release the object that is being called.
-    const ComPtr<IDispatch> object = random.Pick(live.objects);
-    // A property that held its own object would keep it.
-    std::vector<ComPtr<IDispatch>> others;
-    for (const Live& other : live_)
-        if (!put && !other.objects.empty()) others.push_back(other.objects.back());
-
-    Arguments arguments(random, others, callBack_);
-    const bool fileOnly =
-        member.name == "File" && (live.name == "EventLog" || live.name == "Profile");
-    const bool exact = random.Percent(50);
-    constexpr std::wstring_view kPaths[] = {L".\\text.txt", L".\\values.ini", L".\\none.txt",
-                                            L"a?b",         L"CON",           L".\\no\\folder"};
-    for (const auto& parameter : member.parameters)
-        if (fileOnly)
-            arguments.Add(random.Pick(kPaths));
-        else
-            arguments.Add(test::KindOf(parameter.type), exact);
-    WORD flags = static_cast<WORD>(member.access);
-    if (!put && random.Percent(50)) flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET; // as scripts do
-    std::vector<DISPID> named;
-    if (put) named.push_back(DISPID_PROPERTYPUT);
-    if (!fileOnly && !exact) {
-        while (!arguments.values.empty() && random.Percent(12))
-            arguments.values.pop_back();
-        if (random.Percent(4))
-            for (std::uint32_t more = 1 + random.Below(40); more > 0; --more)
-                arguments.Add(VT_VARIANT, false);
-        for (std::uint32_t count = random.Percent(2) ? random.Below(3) : 0; count > 0; --count)
-            named.push_back(static_cast<DISPID>(random.Below(5)) - 1); // of any name
-        if (random.Percent(1)) flags = static_cast<WORD>(1U << random.Below(4));
-    }
-    if (named.size() > arguments.values.size()) named.clear();
-    current = live.name + '.' + member.name + (put ? " =" : "");
-    for (const Variant& value : arguments.values)
-        current += ' ' + Describe(value);
-    if (!outside.empty()) current += " (inside " + outside + ')';
-
-    // What a page with limits says of the value that a property is given, when that can be told
-    // without asking an object of the script. What the taskbar shows has a mind of its own.
-    const test::PropertyRow* row = flags == DISPATCH_PROPERTYPUT && arguments.values.size() == 1
-                                       ? test::FindRow(live.name, member.name)
-                                       : nullptr;
-    if (row && (!put || fileOnly || row->accepted == "any" || member.name.starts_with("TBPro")))
-        row = nullptr;
-    const auto read = [&] {
-        Variant value;
-        DISPPARAMS none{};
-        object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                       &value, nullptr, nullptr);
-        return value;
-    };
-    const Variant old = row ? read() : Variant();
-    Variant given;
-    if (row && (FAILED(VariantCopyInd(&given, &arguments.values[0])) ||
-                V_VT(&given) == VT_DISPATCH || V_VT(&given) == VT_UNKNOWN ||
-                FAILED(VariantChangeType(&given, &given, 0, test::KindOf(row->type)))))
-        given = Variant();
-
-    IDispatch* const waiting =
-        std::exchange(waiting_, member.name == "Wait" ? object.Get() : nullptr);
-    if (member.name == "Dialog") ++fileDialogs_;
-    const long nested = nested_;
-    ++depth_;
-    const bool succeeded = Invoke(object.Get(), member, flags, arguments, random, named);
-    --depth_;
-    waiting_ = waiting;
-    if (row && nested_ == nested) { // what came in meanwhile may have put something, too
-        const Variant now = read();
-        current += "; before " + Describe(old) + ", after " + Describe(now);
-        if (!succeeded && !test::Same(old, now)) Fail("a put that failed has changed the property");
-        if (succeeded && V_VT(&given) == test::KindOf(row->type) && V_VT(&given) != VT_CY &&
-            !test::Same(test::Rule(*row).After(old, given).value_or(test::Arg(old).value), now))
-            Fail("the property keeps a value that its page forbids");
-    }
-    if (random.Percent(2)) std::erase(live.objects, object);
-    current = outside;
-}
-
-// A call during another one.
-void Fuzzer::CallInside(std::uint64_t salt)
-{
-    ++nested_;
-    Random random(seed ^ (number << 20) ^ salt);
-    CallRandom(PickLive(random), random, false);
-}
-
-// While a call waits: other clients call the same objects, stop its clock, or die.
-void Fuzzer::OnTick()
-{
-    const ULONGLONG running = GetTickCount64() - since;
-    if (depth_ == 0 || depth_ > 2 || running < 60) return;
-    if (waiting_ && running > 150) test::ScriptObject(waiting_).Call(L"RemoveTimer");
-    CallInside(running);
-    Random random(running);
-    Live& live = PickLive(random);
-    ComPtr<IExternalConnection> client;
-    if (!random.Percent(3) || live.objects.empty() || FAILED(live.objects[0].As(&client))) return;
-    client->AddConnection(EXTCONN_STRONG, 0);
-    client->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
-}
-
-void Fuzzer::Step()
-{
-    // Each call has numbers of its own: what one takes does not change the next.
-    Random random(seed * 0x9E3779B97F4A7C15 + ++number);
-    since = GetTickCount64();
-    CallRandom(PickLive(random), random, true);
-    since = 0;
-    current.clear();
-    if (number % 16 == 0) DispatchPending();
-}
-
-void Fuzzer::ReleaseAll()
-{
-    for (Live& live : live_)
-        live.objects.clear();
-    DispatchPending();
-    if (LiveScriptObjects() > refusedObjects_) Fail("objects of the script were not released");
-    FillFolder();
-}
-
-// What is held when nothing is used.
-Held Fuzzer::Rest() const
-{
-    for (int round = 0; round < 20; ++round)
-        WaitForMessages(15);
-    Held now = HeldNow();
-    now.task -= refusedBlocks_;
-    std::printf("fuzz: seed %llu, %llu calls, %ld refused: %ld handles, %ld windows, %ld menus, "
-                "%ld threads, %ld own and %ld task blocks\n",
-                seed, number.load(), refused_, now.handles, now.windows, now.menus, now.threads,
-                now.own, now.task);
-    std::fflush(stdout);
-    return now;
-}
-
-void Fuzzer::Run()
-{
-    const Companion companion;
-    Held warm{};
-    Held now{};
-    FillFolder();
-    for (std::uint64_t checkpoint = 1; checkpoint <= kCheckpoints; ++checkpoint) {
-        const std::uint64_t end = calls * checkpoint / kCheckpoints;
-        while (number < end) {
-            Step();
-            if (number % kSession == 0 || number == end) ReleaseAll();
-        }
-        now = Rest();
-        // Wine's file dialog keeps a key of the registry each time in a new prefix.
-        now.handles -= fileDialogs_;
-        if (checkpoint == kCheckpoints / 2) warm = now;
-    }
-    // In a long run caches still grow by a few, those of the platform by more.
-    const long later = static_cast<long>(calls / 10'000);
-    EXPECT_LE(now.windows, warm.windows);
-    EXPECT_LE(now.menus, warm.menus);
-    EXPECT_LE(now.threads, warm.threads + 2);
-    EXPECT_LE(now.own, warm.own + kCachedBlocks + later);
-    EXPECT_LE(now.task, warm.task + kCachedBlocks + 2 * later);
-    // Until each dialog was shown in each of its forms, the platform is still loading.
-    EXPECT_TRUE(calls < 100'000 || now.handles <= warm.handles + 16);
-}
 
 TEST(Fuzz, EveryMemberTakesAnything)
 {

@@ -135,7 +135,7 @@ Variant Arguments::Number(VARTYPE type)
 {
     Variant value;
     const LONGLONG number =
-        random_.Percent(85) ? random_.Pick(kNumbers) : static_cast<LONG>(random_.Next());
+        random_.Percent(85) ? random_.Pick(kNumbers) : static_cast<LONG>(random_());
     const double fraction =
         random_.Percent(50) ? static_cast<double>(number) : random_.Pick(kFractions);
     V_I8(&value) = number;

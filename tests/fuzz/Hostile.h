@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <iterator>
+#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,31 +14,20 @@
 namespace quill::fuzz {
 
 // The same numbers for the same seed, with every compiler.
-class Random {
+class Random : public std::mt19937 {
 public:
-    explicit Random(std::uint64_t seed) : state_(Mixed(Mixed(seed))) {}
+    using std::mt19937::mt19937;
 
-    std::uint32_t Next()
+    std::uint32_t Below(std::uint32_t limit)
     {
-        return static_cast<std::uint32_t>(Mixed(state_ += 0x9E3779B97F4A7C15) >> 32);
+        return static_cast<std::uint32_t>((*this)()) % limit;
     }
-    std::uint32_t Below(std::uint32_t limit) { return Next() % limit; }
     bool Percent(std::uint32_t chance) { return Below(100) < chance; }
     template <class List>
     const auto& Pick(const List& list)
     {
         return std::data(list)[Below(static_cast<std::uint32_t>(std::size(list)))];
     }
-
-private:
-    static constexpr std::uint64_t Mixed(std::uint64_t number)
-    {
-        number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9;
-        number = (number ^ (number >> 27)) * 0x94D049BB133111EB;
-        return number ^ (number >> 31);
-    }
-
-    std::uint64_t state_;
 };
 
 // The arguments of one call, with all that they refer to.
