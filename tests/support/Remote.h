@@ -25,11 +25,12 @@ inline ScriptObject Remote(std::wstring_view className)
 // A program that lies beside this one.
 class Program {
 public:
-    explicit Program(const std::wstring& name, const std::wstring& argument)
+    // `arguments` are what follows the program's name and a blank, to the letter.
+    explicit Program(const std::wstring& name, const std::wstring& arguments)
     {
         const std::wstring& here = ThisApartment().programPath;
-        std::wstring line =
-            L'"' + here.substr(0, here.find_last_of(L'\\') + 1) + name + L"\" " + argument;
+        std::wstring line = L'"' + here.substr(0, here.find_last_of(L'\\') + 1) + name + L'"' +
+                            (arguments.empty() ? L"" : L" ") + arguments;
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION started{};
