@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "support/CountedDispatch.h"
+#include "support/Reaction.h"
 
 namespace quill::test {
 
@@ -21,23 +21,16 @@ std::wstring Taken(BSTR text)
 } // namespace
 
 // What the engine asks of its host.
-class Engine::Site final : public IActiveScriptSite {
+class Engine::Site final : public StandIn<IActiveScriptSite> {
 public:
     explicit Site(Maker maker) : maker_(std::move(maker)) {}
 
-    STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override
     {
         const bool known = id == IID_IUnknown || id == IID_IActiveScriptSite;
         *object = known ? this : nullptr;
         if (known) AddRef();
         return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
     }
 
     STDMETHODIMP GetLCID(LCID*) noexcept override { return E_NOTIMPL; }
@@ -77,7 +70,6 @@ public:
     void Forget() { objects_.clear(); }
 
 private:
-    ULONG references_ = 0;
     const Maker maker_;
     std::map<std::wstring, ComPtr<IDispatch>> objects_;
     ScriptError error_;

@@ -1,14 +1,14 @@
 // A client that listens to an object's events, as a script that connected to it would.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
+#include <algorithm>
 #include <deque>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "core/Variant.h"
+#include "core/TypeLibrary.h"
+#include "support/Reaction.h"
 
 namespace quill::test {
 
@@ -17,33 +17,44 @@ struct HeardEvent {
     std::vector<Variant> arguments; // first to last, behind all references
 };
 
-// Connects to the default source interface that the object itself names, and keeps what it hears.
-// In an apartment that must pump for events to come in, pumping is up to the owner.
+// Keeps what it hears. Pumping is up to the owner.
 class EventListener {
 public:
-    explicit EventListener(IDispatch* source); // throws AutomationError
-    ~EventListener();
-    EventListener(const EventListener&) = delete;
-    EventListener& operator=(const EventListener&) = delete;
+    explicit EventListener(IDispatch* source)
+    {
+        IID id;
+        ComPtr<ITypeInfo> info;
+        Check(PointOf(source)->GetConnectionInterface(&id));
+        Check(TypeLibrary()->GetTypeInfoOfGuid(id, &info));
+        reaction_ = std::make_unique<Reaction>(
+            // The connection may live longer than this.
+            [info, heard = heard_](DISPID event, const DISPPARAMS& given) {
+                BSTR name = nullptr;
+                Check(info->GetDocumentation(event, &name, nullptr, nullptr, nullptr));
+                HeardEvent& last = heard->emplace_back(HeardEvent{Bstr(name).get(), {}});
+                for (UINT index = given.cArgs; index-- > 0;)
+                    last.arguments.push_back(Variant::Dereferenced(given.rgvarg[index]));
+            });
+        reaction_->Hear(source);
+    }
 
-    size_t Count() const;
-    size_t Count(std::wstring_view name) const;
-
+    size_t Count() const { return heard_->size(); }
+    size_t Count(std::wstring_view name) const
+    {
+        return static_cast<size_t>(std::ranges::count(*heard_, name, &HeardEvent::name));
+    }
     // The event of this name that came in as number `occurrence`, from 0; null when it has not.
-    const HeardEvent* Find(std::wstring_view name, size_t occurrence) const;
-
-    // Blocks until more than `count` events are there. False when they did not come in time.
-    bool WaitForMoreThan(size_t count, std::chrono::milliseconds time);
+    const HeardEvent* Find(std::wstring_view name, size_t occurrence) const
+    {
+        for (const HeardEvent& event : *heard_)
+            if (event.name == name && occurrence-- == 0) return &event;
+        return nullptr;
+    }
 
 private:
-    class Sink;
-
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<HeardEvent> heard_; // what is in stays where it is
-    ComPtr<Sink> sink_;
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
+    const std::shared_ptr<std::deque<HeardEvent>> heard_ =
+        std::make_shared<std::deque<HeardEvent>>();
+    std::unique_ptr<Reaction> reaction_;
 };
 
 } // namespace quill::test

@@ -35,23 +35,29 @@ inline ComPtr<IConnectionPoint> PointOf(IDispatch* object)
 // after the test's own variables.
 class Reaction {
 public:
-    explicit Reaction(std::function<void()> act) : sink_(new Sink(std::move(act))) {}
+    using Act = std::function<void(DISPID event, const DISPPARAMS& arguments)>;
+
+    explicit Reaction(Act act) : sink_(new Sink(std::move(act))) {}
+    explicit Reaction(std::function<void()> act)
+        : Reaction(Act([act = std::move(act)](DISPID, const DISPPARAMS&) { act(); }))
+    {
+    }
 
     // Hears the events of the object from now on.
     void Hear(IDispatch* object) { Check(PointOf(object)->Advise(sink_.Get(), &cookie)); }
 
 private:
     struct Sink final : CountedDispatch {
-        explicit Sink(std::function<void()> then) : act(std::move(then)) {}
-        STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                            UINT*) noexcept override
+        explicit Sink(Act then) : act(std::move(then)) {}
+        STDMETHODIMP Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*,
+                            EXCEPINFO*, UINT*) noexcept override
         {
             ++calls;
-            act();
+            act(event, *arguments);
             return result;
         }
 
-        const std::function<void()> act;
+        const Act act;
         int calls = 0;
         HRESULT result = S_OK;
     };
