@@ -86,10 +86,11 @@ protected:
     static Values Snapshot(ScriptObject& object, const std::string& name)
     {
         Values values;
-        for (const Member& member : PublishedMembers().at(name))
-            if (member.access == INVOKE_PROPERTYGET &&
-                FindRow(name, member.name)->Initial(name).has_value())
+        for (const Member& member : PublishedMembers().at(name)) {
+            const PropertyRow* row = FindRow(name, member.name);
+            if (row && member.access == INVOKE_PROPERTYGET && row->Initial(name))
                 values.emplace(member.name, Get(object, member.name));
+        }
         return values;
     }
 
@@ -221,7 +222,7 @@ TEST_F(Contract, PropertiesChangeAsThePagesSayAndNothingElseDoes)
 {
     for (const auto& [name, members] : PublishedMembers())
         for (const Member& member : members) {
-            if (member.access != INVOKE_PROPERTYPUT) continue;
+            if (member.access != INVOKE_PROPERTYPUT || !FindRow(name, member.name)) continue;
             const PropertyRow& row = *FindRow(name, member.name);
             const auto fail = [&, &className = name](const Variant& put) {
                 return testing::Message()

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 #include <regex>
 
 #include "core/TypeLibrary.h"
@@ -188,90 +189,85 @@ std::optional<Variant> PropertyRow::Initial(const std::string& className) const
 
 Rule::Rule(const PropertyRow& row) : kind_(KindOf(row.type))
 {
+    using Number = LONGLONG;
+    static const std::map<std::string, Others*> words{
+        {"any", [](Number, Number put, const Ranges&) { return put; }},
+        {"any, always resets", [](Number, Number, const Ranges&) { return Number{0}; }},
+        {"are ignored", [](Number before, Number, const Ranges&) { return before; }},
+        {"store 0", [](Number, Number, const Ranges&) { return Number{0}; }},
+        {"become the nearest",
+         [](Number, Number put, const Ranges& ranges) {
+             return std::clamp(put, ranges[0].low, ranges[0].high);
+         }},
+        {"are cut to 24 bits", [](Number, Number put, const Ranges&) { return put & 0xFFFFFF; }},
+        {"are dropped",
+         [](Number, Number put, const Ranges& bits) {
+             return std::accumulate(
+                 bits.begin(), bits.end(), Number{0},
+                 [&](Number sum, const Range& bit) { return sum | (put & bit.low); });
+         }},
+    };
     static const std::regex cut("cut to (\\d+)(, an empty text is ignored)?");
-    static const std::regex list("(sum of )?(.*), others (are|store|become|raise) (.*)");
+    static const std::regex list("(sum of )?(.*), others (raise (0x\\w+)|[^,]*)");
     static const std::regex range(R"((-?\d+)(?: to (-?\d+))?(?: as (\d+))?(?:, |$))");
-    static const std::map<std::string, Others> words{{"ignored", Others::Ignored},
-                                                     {"0", Others::Zero},
-                                                     {"the nearest", Others::Nearest},
-                                                     {"cut to 24 bits", Others::Low24},
-                                                     {"dropped", Others::Dropped}};
-    const std::string& text = row.accepted;
+    const std::string text = row.accepted == "read-only" ? "any" : row.accepted;
     std::smatch found;
-    if (text == "any, always resets") {
-        others_ = Others::Zero;
-    } else if (std::regex_match(text, found, cut)) {
+    std::string others = text;
+    if (std::regex_match(text, found, cut)) {
         longest_ = std::stoul(found[1]);
         keepsWhenEmpty_ = found[2].matched;
+        others = "any";
     } else if (std::regex_match(text, found, list)) {
-        const auto word = words.find(found[4]);
-        const std::string values = found[2];
-        others_ = word != words.end() ? word->second : Others::Raise;
-        if (others_ == Others::Raise) error_ = std::stoul(found[4], nullptr, 16);
+        others = found[3];
+        if (found[4].matched) error_ = std::stoul(found[4], nullptr, 16);
+        sum_ = found[1].matched;
+        std::string values = found[2];
         path_ = values == "an existing path";
-        size_t read = path_ ? values.size() : 0;
-        for (std::sregex_iterator one(values.begin(), values.end(), range), end; one != end;
-             read += static_cast<size_t>(one++->length())) {
-            const LONGLONG low = std::stoll((*one)[1]);
-            ranges_.push_back({low, (*one)[2].matched ? std::stoll((*one)[2]) : low, {}});
-            if ((*one)[3].matched) ranges_.back().stored = std::stoll((*one)[3]);
+        for (; !path_ && std::regex_search(values, found, range) && found.position() == 0;
+             values = found.suffix()) {
+            const Number low = std::stoll(found[1]);
+            ranges_.push_back({low, found[2].matched ? std::stoll(found[2]) : low, {}});
+            if (found[3].matched) ranges_.back().stored = std::stoll(found[3]);
         }
-        if (read != values.size() || found[1].matched != (others_ == Others::Dropped))
-            throw std::runtime_error("these words are not understood: " + text);
-    } else if (text != "any" && text != "read-only") {
-        throw std::runtime_error("these words are not understood: " + text);
+        if (!path_ && !values.empty()) others = values;
     }
+    const auto word = words.find(others);
+    if (word == words.end() && !error_)
+        throw std::runtime_error("these words are not understood: " + text);
+    others_ = error_ ? nullptr : word->second;
 }
 
 std::optional<Variant> Rule::After(const VARIANT& before, const VARIANT& put) const
 {
-    Variant result;
-    VariantCopy(&result, const_cast<VARIANT*>(&put));
-    if (kind_ == VT_VARIANT) return result;
-    if (kind_ == VT_BSTR) {
+    const bool keeps = keepsWhenEmpty_ && SysStringLen(V_BSTR(&put)) == 0;
+    if (kind_ == VT_BSTR && !keeps) {
         if (path_ && !std::filesystem::exists(TextOf(put))) return {};
-        if (!keepsWhenEmpty_ || SysStringLen(V_BSTR(&put)))
-            return Variant(TextOf(put).substr(0, longest_));
-        VariantCopy(&result, const_cast<VARIANT*>(&before));
-        return result;
+        return Variant(TextOf(put).substr(0, longest_));
     }
+    if (kind_ == VT_BSTR || kind_ == VT_VARIANT) return test::Arg(keeps ? before : put).value;
     const LONGLONG number = WholeOf(put);
-    LONGLONG all = 0;
-    for (const Range& range : ranges_) {
-        all |= range.low;
-        if (others_ != Others::Dropped && range.low <= number && number <= range.high)
+    for (const Range& range : ranges_)
+        if (!sum_ && range.low <= number && number <= range.high)
             return OfKind(kind_, range.stored.value_or(number));
-    }
-    switch (others_) {
-    case Others::Ignored: return OfKind(kind_, WholeOf(before));
-    case Others::Zero: return OfKind(kind_, 0);
-    case Others::Nearest: return OfKind(kind_, std::clamp(number, ranges_[0].low, ranges_[0].high));
-    case Others::Low24: return OfKind(kind_, number & 0xFFFFFF);
-    case Others::Dropped: return OfKind(kind_, number & all);
-    case Others::Raise: return {};
-    default: return OfKind(kind_, number);
-    }
+    if (!others_) return {};
+    return OfKind(kind_, others_(WholeOf(before), number, ranges_));
 }
 
 std::vector<Variant> Rule::Samples() const
 {
     std::vector<Variant> samples;
-    if (kind_ == VT_BSTR) {
-        const size_t length = std::min<size_t>(longest_, 70'000);
-        for (const size_t units : {length, length + 1, size_t{0}})
+    const size_t length = std::min<size_t>(longest_, 70'000);
+    for (const size_t units : {length, length + 1, size_t{0}})
+        if (kind_ == VT_BSTR || kind_ == VT_VARIANT)
             samples.emplace_back(std::wstring(units, L'x'));
-        if (path_) samples.emplace_back(L"C:\\windows"sv);
-    } else if (kind_ == VT_VARIANT) {
-        samples.emplace_back(L"text"sv);
-        samples.push_back(MakeStringArray({L"one", L"two"}, true));
-        samples.emplace_back();
-    } else {
-        std::vector<LONGLONG> numbers{0, 1, -1, SHRT_MAX, SHRT_MIN, LONG_MAX, LONG_MIN};
-        for (const Range& range : ranges_)
-            numbers.insert(numbers.begin(), {range.low, range.high, range.high + 1, range.low - 1});
-        for (const LONGLONG number : numbers)
-            if (auto value = OfKind(kind_, number)) samples.push_back(std::move(*value));
-    }
+    if (path_) samples.emplace_back(L"C:\\windows"sv);
+    if (kind_ == VT_VARIANT) samples.push_back(MakeStringArray({L"one", L"two"}, true));
+    std::vector<LONGLONG> numbers{0, 1, -1, SHRT_MAX, SHRT_MIN, LONG_MAX, LONG_MIN};
+    for (const Range& range : ranges_)
+        numbers.insert(numbers.begin(), {range.low, range.high, range.high + 1, range.low - 1});
+    for (const LONGLONG number : numbers)
+        if (auto value = OfKind(kind_, number); value && kind_ != VT_BSTR)
+            samples.push_back(std::move(*value));
     return samples;
 }
 

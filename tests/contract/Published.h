@@ -56,15 +56,18 @@ public:
     std::vector<Variant> Samples() const;
 
 private:
-    enum class Others { Taken, Ignored, Zero, Nearest, Low24, Dropped, Raise };
     struct Range {
         LONGLONG low, high;
         std::optional<LONGLONG> stored; // in place of any of them
     };
+    using Ranges = std::vector<Range>;
+    // What becomes of a number outside of all ranges.
+    using Others = LONGLONG(LONGLONG before, LONGLONG put, const Ranges& ranges);
 
     VARTYPE kind_;
-    Others others_ = Others::Taken;
-    std::vector<Range> ranges_;
+    Ranges ranges_;
+    Others* others_; // null: an error
+    bool sum_ = false;
     size_t longest_ = std::wstring::npos;
     bool keepsWhenEmpty_ = false;
     bool path_ = false;

@@ -274,7 +274,6 @@ private:
         const bool put = flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
         const bool unheard = random.Percent(5); // a caller that wants neither result nor error
         const long blocks = TaskBlocks();
-        const long objects = LiveScriptObjects();
         const HRESULT code =
             object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
                            put || unheard ? nullptr : &result, unheard ? nullptr : &exception,
@@ -298,7 +297,6 @@ private:
             if (code != DISP_E_EXCEPTION) {
                 ++refused_;
                 refusedBlocks_ += std::max(0L, TaskBlocks() - blocks);
-                refusedObjects_ += std::max(0L, LiveScriptObjects() - objects);
             }
         }
         if (V_ISBYREF(&result)) Fail("a result that refers to a variable");
@@ -440,8 +438,11 @@ private:
     {
         // Each call has numbers of its own: what one takes does not change the next.
         Random random(static_cast<std::uint32_t>(1'000'003 * seed + ++number));
+        const long objects = LiveScriptObjects();
+        const long refused = refused_;
         since = GetTickCount64();
         CallRandom(PickLive(random), random, true);
+        if (refused_ != refused) refusedObjects_ += std::max(0L, LiveScriptObjects() - objects);
         since = 0;
         current.clear();
         if (number % 16 == 0) DispatchPending();

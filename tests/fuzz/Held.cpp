@@ -94,17 +94,11 @@ long TaskBlocks() noexcept
 
 } // namespace quill::fuzz
 
-[[gnu::noinline]] void* operator new(size_t bytes, const std::nothrow_t&) noexcept
-{
-    void* const block = std::malloc(bytes ? bytes : 1);
-    quill::fuzz::own += !!block;
-    return block;
-}
-
 [[gnu::noinline]] void* operator new(size_t bytes)
 {
-    void* const block = operator new(bytes, std::nothrow);
+    void* const block = std::malloc(bytes ? bytes : 1);
     if (!block) throw std::bad_alloc();
+    ++quill::fuzz::own;
     return block;
 }
 

@@ -12,12 +12,6 @@ namespace {
 constexpr CLSID kVbScript{
     0xB54F3741, 0x5B07, 0x11CF, {0xA4, 0xB0, 0x00, 0xAA, 0x00, 0x4A, 0x55, 0xE8}};
 
-std::wstring Taken(BSTR text)
-{
-    const Bstr owned(text);
-    return {text ? text : L"", SysStringLen(text)};
-}
-
 } // namespace
 
 // What the engine asks of its host.

@@ -1,5 +1,6 @@
 #include "support/ScriptObject.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -12,23 +13,8 @@ namespace {
 
 bool IsWhole(VARTYPE type)
 {
-    switch (type) {
-    case VT_I1:
-    case VT_I2:
-    case VT_I4:
-    case VT_INT:
-    case VT_UI1:
-    case VT_UI2:
-    case VT_UI4:
-    case VT_UINT: return true;
-    default: return false;
-    }
-}
-
-std::wstring TextOf(BSTR text)
-{
-    const Bstr owned(text);
-    return {text ? text : L"", SysStringLen(text)};
+    constexpr VARTYPE kWhole[] = {VT_I1, VT_I2, VT_I4, VT_INT, VT_UI1, VT_UI2, VT_UI4, VT_UINT};
+    return std::ranges::find(kWhole, type) != std::end(kWhole);
 }
 
 [[noreturn]] void ThrowWrongKind(const VARIANT& value, const char* wanted)
@@ -47,6 +33,12 @@ std::string Narrow(std::wstring_view text)
     std::string narrow(static_cast<size_t>(bytes), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), units, narrow.data(), bytes, nullptr, nullptr);
     return narrow;
+}
+
+std::wstring Taken(BSTR text)
+{
+    const Bstr owned(text);
+    return {text ? text : L"", SysStringLen(text)};
 }
 
 ScriptError::ScriptError(unsigned raised, std::wstring by, std::wstring text)
@@ -186,8 +178,8 @@ Value ScriptObject::Invoke(WORD flags, const wchar_t* name, Arguments& arguments
         if (exception.pfnDeferredFillIn) exception.pfnDeferredFillIn(&exception);
         SysFreeString(exception.bstrHelpFile);
         const HRESULT number = exception.wCode ? exception.wCode : exception.scode;
-        throw ScriptError{static_cast<unsigned>(number), TextOf(exception.bstrSource),
-                          TextOf(exception.bstrDescription)};
+        throw ScriptError{static_cast<unsigned>(number), Taken(exception.bstrSource),
+                          Taken(exception.bstrDescription)};
     }
     if (FAILED(invoked)) throw ScriptError{static_cast<unsigned>(invoked), {}, {}};
     return result;

@@ -172,6 +172,9 @@ ScriptError ErrorOf(Action&& action)
     }
 }
 
+// The text of a string that is freed.
+std::wstring Taken(BSTR text);
+
 // UTF-8, for messages.
 std::string Narrow(std::wstring_view text);
 
