@@ -89,23 +89,6 @@ protected:
     ScriptObject clock_ = ScriptObject::Make(L"Clock");
 };
 
-TEST_F(ClockTest, BuzzesOnceForEachTimer)
-{
-    EventListener listener(clock_.Dispatch());
-    EXPECT_FALSE(Start(0));
-    EXPECT_TRUE(Start(20));
-    EXPECT_TRUE(Start(60)) << "takes the place of the first";
-    EXPECT_TRUE(Running());
-    EXPECT_TRUE(PumpUntil([&] { return listener.Count(L"Buzz") == 1; }));
-    EXPECT_FALSE(Running());
-    EXPECT_FALSE(PumpUntil([&] { return listener.Count() > 1; }, 150)) << "no second one";
-
-    Start(20);
-    clock_.Call(L"RemoveTimer");
-    EXPECT_FALSE(Running());
-    EXPECT_FALSE(PumpUntil([&] { return listener.Count() > 1; }, 150)) << "removed";
-}
-
 // The message of the old timer is out of the queue when the new one starts.
 TEST_F(ClockTest, AnOldTimerDoesNotRingForTheNewOne)
 {
@@ -117,34 +100,6 @@ TEST_F(ClockTest, AnOldTimerDoesNotRingForTheNewOne)
     DispatchMessageW(&old);
     EXPECT_EQ(listener.Count(), 0U);
     EXPECT_TRUE(Running());
-}
-
-TEST_F(ClockTest, CanBeWaitedForWithoutEvents)
-{
-    EXPECT_FALSE(clock_.Call(L"Wait").Truth()) << "nothing to wait for";
-    Start(60'000);
-    EXPECT_FALSE(clock_.Call(L"Wait", 30).Truth()) << "not in that time";
-    EXPECT_TRUE(Running());
-    Start(30);
-    EXPECT_TRUE(clock_.Call(L"Wait").Truth());
-    EXPECT_FALSE(Running());
-}
-
-TEST_F(ClockTest, AHandlerMaySetTheTimerAgain)
-{
-    Reaction again([&] { Start(10); });
-    again.Hear(clock_.Dispatch());
-    Start(10);
-    EXPECT_TRUE(PumpUntil([&] { return again.calls >= 3; }));
-    clock_.Call(L"RemoveTimer");
-}
-
-TEST_F(ClockTest, AHandlerMayReleaseTheClock)
-{
-    Reaction release([&] { clock_.Release(); });
-    release.Hear(clock_.Dispatch());
-    Start(10);
-    EXPECT_TRUE(PumpUntil([&] { return release.calls == 1; }));
 }
 
 TEST_F(ClockTest, AReleasedClockIsSilent)

@@ -9,20 +9,9 @@
 namespace quill::test {
 namespace {
 
-struct Kind {
-    const wchar_t* name;
-    const wchar_t* control;
-};
-const Kind kKinds[] = {{L"Window", L"Static"}, {L"Window2", L"Edit"}};
-
-HWND Handle(ScriptObject& window)
-{
-    return static_cast<HWND>(LongToHandle(window.Get(L"handle").Number()));
-}
-
 HWND Control(ScriptObject& window)
 {
-    return GetWindow(Handle(window), GW_CHILD);
+    return GetWindow(static_cast<HWND>(LongToHandle(window.Get(L"handle").Number())), GW_CHILD);
 }
 
 // The lowest row of the control with something drawn in it; -1 when it is empty.
@@ -48,90 +37,6 @@ int LowestInk(HWND control)
     DeleteDC(device);
     ReleaseDC(nullptr, screen);
     return row;
-}
-
-TEST(OutputWindow, ComesAndGoes)
-{
-    for (const Kind& kind : kKinds) {
-        SCOPED_TRACE(Narrow(kind.name));
-        ScriptObject window = ScriptObject::Make(kind.name);
-        for (const wchar_t* method : {L"Remove", L"Cls", L"Flash"})
-            window.Call(method);
-        window.Call(L"Create", std::wstring(300, L't'));
-        const HWND first = Handle(window);
-        EXPECT_TRUE(IsWindowVisible(first));
-        EXPECT_TRUE(GetWindowLongW(first, GWL_EXSTYLE) & WS_EX_TOPMOST);
-        EXPECT_EQ(WindowText(first), std::wstring(256, L't'));
-        window.Call(L"Create", L"again");
-        EXPECT_EQ(Handle(window), first) << "it is there already";
-
-        const HWND control = Control(window);
-        EXPECT_EQ(Desk::ClassOf(control), kind.control);
-        window.Call(L"WriteLine", std::wstring(L"a\0b", 3));
-        window.Call(L"WriteLine", std::wstring(5000, L'x'));
-        EXPECT_EQ(WindowText(control), L"a b\r\n" + std::wstring(4096, L'x') + L"\r\n");
-
-        SendMessageW(first, WM_CLOSE, 0, 0); // by its close box
-        EXPECT_FALSE(IsWindow(first));
-        EXPECT_EQ(window.Get(L"handle"), 0);
-        window.Call(L"WriteLine", L"nowhere");
-        window.Put(L"WriteSize", 12);
-        window.Call(L"Create");
-        EXPECT_EQ(WindowText(Control(window)), L"") << "a new window is empty";
-        EXPECT_EQ(WindowText(Handle(window)), std::wstring(256, L't'));
-        const HWND second = Handle(window);
-        window.Release();
-        EXPECT_FALSE(IsWindow(second));
-    }
-}
-
-TEST(OutputWindow, FontsApplyAtOnceAndToTheNextWindow)
-{
-    for (const Kind& kind : kKinds) {
-        SCOPED_TRACE(Narrow(kind.name));
-        ScriptObject window = ScriptObject::Make(kind.name);
-        window.Put(L"WriteSize", -32768);
-        EXPECT_EQ(window.Get(L"WriteSize"), 6);
-        window.Put(L"WriteBold", true);
-        window.Put(L"WriteFont", L"Tahoma");
-        for (int round = 0; round < 2; ++round) {
-            window.Call(L"Create");
-            const LOGFONTW font = Desk::FontOf(Control(window));
-            EXPECT_STREQ(font.lfFaceName, L"Tahoma");
-            EXPECT_EQ(font.lfHeight, -8);
-            EXPECT_EQ(font.lfWeight, FW_BOLD);
-            window.Call(L"Remove");
-        }
-        window.Call(L"Create");
-        for (int number = 0; number < 20; ++number) // more than are kept
-            window.Put(L"WriteFont", L"Font " + std::to_wstring(number));
-        window.Put(L"WriteFont", L"");
-        window.Put(L"WriteBold", false);
-        window.Put(L"WriteSize", 12);
-        window.Put(L"WriteFont", std::wstring(100'000, L'f')); // no font can be called that
-        EXPECT_STREQ(Desk::FontOf(Control(window)).lfFaceName, L"MS Shell Dlg 2");
-        EXPECT_EQ(Desk::FontOf(Control(window)).lfHeight, -16);
-        EXPECT_EQ(Desk::FontOf(Control(window)).lfWeight, FW_NORMAL);
-    }
-}
-
-TEST(OutputWindow, TheTextFillsTheWindow)
-{
-    for (const Kind& kind : kKinds) {
-        SCOPED_TRACE(Narrow(kind.name));
-        ScriptObject window = ScriptObject::Make(kind.name);
-        window.Call(L"Create");
-        ResizeWindow(Handle(window), 500, 400);
-        RECT inner{};
-        RECT text{};
-        GetClientRect(Handle(window), &inner);
-        GetWindowRect(Control(window), &text);
-        EXPECT_NEAR(text.right - text.left, inner.right - 280 / 15, 1);
-        EXPECT_NEAR(text.bottom - text.top, inner.bottom - 280 / 15, 1);
-        ResizeWindow(Handle(window), 1, 1);
-        window.Call(L"WriteLine", L"no room");
-        EXPECT_EQ(WindowText(Control(window)), L"no room\r\n");
-    }
 }
 
 TEST(OutputWindow, TheLabelShowsItsEnd)

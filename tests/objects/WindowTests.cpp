@@ -1,19 +1,18 @@
 #include <gtest/gtest.h>
 
-#include "core/Apartment.h"
 #include "core/AutomationError.h"
 #include "gui/Controls.h"
-#include "gui/DialogWatch.h"
-#include "gui/guifn.h"
 #include "gui/windowfn.h"
 #include "support/Robot.h"
+#include "support/Stage.h"
 
 namespace quill::test {
 namespace {
 
 class BareForm : public Form {
 public:
-    BareForm() : Form(L"A bare form", {3000, 1500}, kDialogStyle) {}
+    // Inlined, it makes this compiler see a dangling pointer.
+    [[gnu::noinline]] BareForm() : Form(L"A bare form", {3000, 1500}, kDialogStyle) {}
     Button OKButton{
         *this, {100, 100, 1000, 380}, L"OK", [this] { onClick(); }, Button::Kind::Default};
     std::function<void()> onClick = [this] { Unload(); };
@@ -31,93 +30,24 @@ bool IsAbove(HWND window, HWND other)
     return window != nullptr;
 }
 
-// Stands for what the platform answers; Wine always grants the foreground.
-class ForegroundTest : public testing::Test {
-protected:
-    ForegroundTest()
-    {
-        flashes_.clear();
-        Seam<Foreground>().flash = [](FLASHWINFO* info) {
-            flashes_.push_back(*info);
-            return TRUE;
-        };
-        Seam<Foreground>().get = [] { return GetDesktopWindow(); };
-    }
-    ~ForegroundTest() override { Seam<Foreground>() = Foreground(); }
-
-    static inline std::vector<FLASHWINFO> flashes_;
-    BareForm form_;
-};
-
-TEST_F(ForegroundTest, AGrantedForegroundPlacesTheWindow)
+// What a table cannot see: the order of windows where the platform refuses the foreground.
+TEST(ForegroundTest, ARefusedForegroundRaises)
 {
-    Seam<Foreground>().set = [](HWND) { return TRUE; };
-    form_.Show(true);
-    EXPECT_TRUE(IsTopmost(form_.Window()));
-    EXPECT_TRUE(flashes_.empty());
-}
-
-TEST_F(ForegroundTest, ARefusedForegroundRaisesAndFlashes)
-{
-    Seam<Foreground>().set = [](HWND) { return FALSE; };
-    form_.Show(true);
-    EXPECT_FALSE(IsTopmost(form_.Window()));
-    ASSERT_EQ(flashes_.size(), 1U);
-    EXPECT_EQ(flashes_[0].hwnd, form_.Window());
-    EXPECT_EQ(flashes_[0].dwFlags, DWORD{FLASHW_ALL | FLASHW_TIMERNOFG});
-
+    Stage stage;
+    stage.Record(L"foreground");
+    stage.Answer(L"foreground", L"0");
+    BareForm form;
     BareForm other;
+    form.Show(true);
     other.ShowModeless(false);
-    ASSERT_TRUE(IsAbove(other.Window(), form_.Window()));
-    BringToFront(form_.Window(), true);
-    EXPECT_TRUE(IsAbove(form_.Window(), other.Window()));
-    EXPECT_FALSE(IsTopmost(form_.Window()));
+    ASSERT_TRUE(IsAbove(other.Window(), form.Window()));
+    BringToFront(form.Window(), true);
+    EXPECT_TRUE(IsAbove(form.Window(), other.Window()));
+    EXPECT_FALSE(IsTopmost(form.Window()));
     EXPECT_EQ(GetActiveWindow(), other.Window());
-    SetTopmost(form_.Window(), true); // a message box may be so by its style
-    BringToFront(form_.Window(), false);
-    EXPECT_TRUE(IsTopmost(form_.Window()));
-}
-
-TEST_F(ForegroundTest, IsHandedOnAfterADialog)
-{
-    std::vector<DWORD> allowed;
-    Seam<Foreground>().allow = [&](DWORD process) {
-        allowed.push_back(process);
-        return TRUE;
-    };
-    const HWND window = form_.Window();
-    BareForm behind;
-    Seam<Foreground>().get = [window] { return window; };
-    behind.Unload();
-    EXPECT_TRUE(allowed.empty()) << "not its to give";
-    form_.Unload();
-    EXPECT_EQ(allowed, std::vector{ASFW_ANY});
-    { // the platform's own dialogs
-        const DialogWatch dialog(0, [] { return false; });
-        EXPECT_EQ(allowed.size(), 1U);
-    }
-    EXPECT_EQ(allowed, std::vector(2, ASFW_ANY));
-    Seam<Foreground>() = Foreground();
-}
-
-TEST_F(ForegroundTest, AWindowInFrontIsLeftAsItIs)
-{
-    const HWND front = form_.Window();
-    Seam<Foreground>().get = [front] { return front; };
-    BringToFront(front, true);
-    EXPECT_FALSE(IsTopmost(front));
-    EXPECT_FALSE(IsWindowVisible(front));
-}
-
-TEST_F(ForegroundTest, FlashesByCount)
-{
-    for (const auto& [count, flags, times] :
-         {std::tuple{10L, 15UL, 0U}, {9L, 3UL, 9U}, {0L, 0UL, 0U}, {-5L, 0UL, 0U}}) {
-        FlashCaption(form_.Window(), count);
-        EXPECT_EQ(flashes_.back().dwFlags, flags) << count;
-        EXPECT_EQ(flashes_.back().uCount, times) << count;
-        EXPECT_EQ(flashes_.back().dwTimeout, 0U);
-    }
+    SetTopmost(form.Window(), true); // a message box may be so by its style
+    BringToFront(form.Window(), false);
+    EXPECT_TRUE(IsTopmost(form.Window()));
 }
 
 TEST(Windowfn, ChangesStylesAndSizes)

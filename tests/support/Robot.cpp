@@ -1,6 +1,7 @@
 #include "support/Robot.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -14,6 +15,8 @@ namespace quill::test {
 
 namespace {
 
+std::atomic<bool> pending;     // what is to happen meanwhile
+constexpr DWORD kMoment = 100; // milliseconds
 constexpr DWORD kPoll = 15;    // milliseconds between two looks
 constexpr int kStillLooks = 6; // more than the server takes to bring a dialog to the front
 constexpr wchar_t kMenuClass[] = L"#32768";
@@ -310,6 +313,15 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
         Window(any(caption), any(controlClass));
         return;
     }
+    if (action.starts_with(L"press ")) {
+        Window(any(caption), any(controlClass));
+        PressKeys(std::wstring_view(action).substr(6));
+        return;
+    }
+    if (action == L"after") {
+        WaitFor(L"what happens meanwhile", [] { return !pending; });
+        return;
+    }
     if (action == L"gone") {
         WaitFor(L"the window " + Quoted(any(caption)) + L" to go",
                 [&] { return !FindWindowOnce(any(caption), any(controlClass)); });
@@ -325,6 +337,11 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
         Close(GetAncestor(control, GA_ROOT));
     } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
         Move(GetAncestor(control, GA_ROOT), point);
+    } else if (swscanf(action.c_str(), L"size %ld %ld", &point.x, &point.y) == 2) {
+        WaitFor(L"this size", [&] {
+            const SIZE size = SizeOf(GetAncestor(control, GA_ROOT));
+            return (point.x == 0 || size.cx == point.x) && (point.y == 0 || size.cy == point.y);
+        });
     } else if (action.starts_with(L"menu ")) {
         Click(control, Button::Right);
         const HWND menu = Window(nullptr, kMenuClass);
@@ -513,18 +530,27 @@ std::wstring IconText(PCWSTR icon)
 namespace {
 
 thread_local std::function<void()> duringWait;
+thread_local std::wstring awaited;
+thread_local ULONGLONG shownAt; // 0: not yet
 
 void CALLBACK RunDuringWait(HWND, UINT, UINT_PTR timer, DWORD)
 {
+    const ULONGLONG now = GetTickCount64();
+    if (shownAt == 0 && IsWindowVisible(FindWindowW(nullptr, awaited.c_str()))) shownAt = now;
+    if (!awaited.empty() && (shownAt == 0 || now < shownAt + kMoment)) return;
     KillTimer(nullptr, timer);
     std::exchange(duringWait, nullptr)();
+    pending = false;
 }
 
 } // namespace
 
-DuringWait::DuringWait(std::function<void()> action)
+DuringWait::DuringWait(std::function<void()> action, std::wstring caption)
 {
     duringWait = std::move(action);
+    awaited = std::move(caption);
+    shownAt = 0;
+    pending = true;
     timer_ = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunDuringWait);
 }
 

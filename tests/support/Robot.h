@@ -58,10 +58,12 @@ public:
     void PressKeys(std::wstring_view keys);
 
     // Waits for this control (an empty text stands for any) and acts. Actions: click, double x y,
-    // close, move x y, wait, rest milliseconds; menu and keys: a right click, then the keys in its
-    // menu; write and a path: the file appears; see waits for a window of this caption and class
-    // instead of a control, and gone until there is none; everything else, or what follows `keys`,
-    // is typed.
+    // close, move x y, size x y (waits until its window has this size; 0: any), wait, rest
+    // milliseconds; menu and keys: a right click, then the keys in its menu; write and a path: the
+    // file appears; see waits for a window of this caption and class instead of a control, press
+    // and keys types into it, gone waits until there is none, after until a
+    // DuringWait has acted; everything else, or what follows
+    // `keys`, is typed.
     void Act(const std::wstring& caption, const std::wstring& controlClass,
              const std::wstring& text, const std::wstring& action);
     // The same in one line: ["caption"] Class[:text or :"text"] action.
@@ -146,10 +148,11 @@ private:
 std::wstring IconText(PCWSTR icon);
 
 // Runs an action once on the calling thread when a call waits there, as the call of a second client
-// or an event handler would come in.
+// or an event handler would come in; with a caption, once a window with that has been there for a
+// moment, so that the timers of its dialog had their turn.
 class DuringWait {
 public:
-    explicit DuringWait(std::function<void()> action);
+    explicit DuringWait(std::function<void()> action, std::wstring caption = {});
     ~DuringWait();
     DuringWait(const DuringWait&) = delete;
     DuringWait& operator=(const DuringWait&) = delete;
