@@ -2,9 +2,6 @@
 
 #include <cderr.h>
 
-#include "core/Apartment.h"
-#include "core/Paths.h"
-#include "dialogs/FileDialog.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
@@ -55,15 +52,6 @@ protected:
     ScriptObject files_ = ScriptObject::Make(L"FileSelection");
 };
 
-TEST_F(FileSelectionTest, SeveralFiles)
-{
-    for (const wchar_t* name : {L"a.txt", L"b.txt"})
-        folder_.Write(name, "");
-    EXPECT_EQ(Choose(L"\"a.txt\" \"b.txt\""), 2);
-    EXPECT_EQ(files_.Get(L"Directory"), folder_.Path() + L'\\');
-    EXPECT_EQ(files_.Get(L"FileName"), std::wstring(L"a.txt\0b.txt\0", 12));
-}
-
 // A selection that has no room is an error, never a cut name.
 TEST_F(FileSelectionTest, TooManyFilesForTheRoom)
 {
@@ -79,86 +67,6 @@ TEST_F(FileSelectionTest, TooManyFilesForTheRoom)
     EXPECT_EQ(files_.Get(L"FileName"), L"");
     files_.Put(L"FileNumber", 3);
     EXPECT_EQ(Choose(typed.c_str()), 12);
-}
-
-TEST_F(FileSelectionTest, FiltersFromArraysAndText)
-{
-    const std::wstring list(L"Text\0*.txt\0\0", 12);
-    for (LONG lower : {0L, 1L, -5L}) {
-        Variant array = StartingAt(lower, MakeStringArray({L"Text", L"*.txt"}, false));
-        files_.Put(L"Filter", L"");
-        files_.Call(L"SetFilter", &array);
-        EXPECT_EQ(files_.Get(L"Filter"), list);
-    }
-    files_.Call(L"SetFilter", 1);
-    files_.Call(L"SetFilter", Variant());
-    EXPECT_EQ(files_.Get(L"Filter"), list) << "as before";
-    files_.Call(L"SetFilter", L"A|B\r\n*.a");
-    EXPECT_EQ(files_.Get(L"Filter"), L"A|B\r\n*.a");
-    files_.Put(L"Convert", true);
-    files_.Call(L"SetFilter", L"Text\r\n*.txt");
-    EXPECT_EQ(files_.Get(L"Filter"), list.substr(0, 11));
-    files_.Put(L"Filter", L"Text\r\n*.txt\r\n");
-    EXPECT_EQ(files_.Get(L"Filter"), list);
-}
-
-// What the platform's dialog is asked for. It leaves another current directory.
-class FileSelectionRequestTest : public FileSelectionTest {
-protected:
-    FileSelectionRequestTest() { Seam<FileDialogs>().show = Ask; }
-    ~FileSelectionRequestTest() override { Seam<FileDialogs>() = {}; }
-
-    static BOOL Ask(OPENFILENAMEW* dialog, bool)
-    {
-        shownFolder_ = dialog->lpstrInitialDir;
-        shownExtension_ = dialog->lpstrDefExt ? dialog->lpstrDefExt : L"(none)";
-        return !SetCurrentDirectoryW(L"C:\\windows");
-    }
-
-    static inline std::wstring shownFolder_, shownExtension_;
-};
-
-TEST_F(FileSelectionRequestTest, FolderAndExtensionAreThoseGiven)
-{
-    for (const wchar_t* given : {L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", L"\\\\server\\share",
-                                 L"C:\\not there", L"", L"CONtent"}) {
-        files_.Put(L"Directory", given);
-        files_.Call(L"Dialog", 0);
-        EXPECT_EQ(shownFolder_, given);
-    }
-    for (const wchar_t* device : {L"CON", L"\\\\.\\pipe\\x"}) {
-        files_.Put(L"Directory", device);
-        files_.Call(L"Dialog", 0);
-        EXPECT_EQ(shownFolder_, L"");
-    }
-    EXPECT_EQ(shownExtension_, L"(none)");
-    const std::wstring extension(259, L'x');
-    files_.Put(L"FileExtension", extension);
-    files_.Call(L"Dialog", 1);
-    EXPECT_EQ(shownExtension_, extension);
-}
-
-// It belongs to the process: a dialog of another apartment may have changed it when one opens.
-TEST_F(FileSelectionRequestTest, TheCurrentDirectoryComesBack)
-{
-    files_.Call(L"Dialog", 0);
-    const std::wstring home = CurrentFolder();
-    ASSERT_NE(home, L"C:\\windows");
-    SetCurrentDirectoryW(L"C:\\windows");
-    files_.Call(L"Dialog", 0);
-    EXPECT_EQ(CurrentFolder(), home);
-}
-
-// The filter decides what is shown, also where it has no end or no pattern.
-TEST_F(FileSelectionTest, FiltersWithoutAnEnd)
-{
-    folder_.Write(L"a.txt", "");
-    for (const std::wstring& filter :
-         {std::wstring(L"Text\0*.txt", 10), std::wstring(L"Text only")}) {
-        files_.Put(L"Filter", filter);
-        files_.Put(L"FileName", L"");
-        EXPECT_EQ(Choose(L"a.txt"), 1);
-    }
 }
 
 } // namespace

@@ -159,6 +159,22 @@ TEST_F(NoticeTest, TheMenuWorksByMouseAndKeyboard)
     DestroyWindow(before);
 }
 
+// The shell that reports a click does not wait for the menu to close.
+TEST_F(NoticeTest, TheShellDoesNotWaitForTheMenu)
+{
+    Try(L"Add");
+    notice_.Put(L"ContextMenu", ScriptArray(L"a"));
+    bool answered = false;
+    Robot robot([&](Desk& desk) {
+        answered = SendMessageTimeoutW(window_, kTrayCallback, 0, WM_CONTEXTMENU, SMTO_NORMAL,
+                                       5'000, nullptr) != 0;
+        desk.Window(nullptr, kMenu);
+        desk.Press(VK_ESCAPE);
+    });
+    EXPECT_TRUE(PumpUntil([&] { return Clicked() == 10; }, Desk::kDeadline));
+    EXPECT_TRUE(robot.Finish() && answered);
+}
+
 // With the shell that is there: two icons, real clicks, a new taskbar, the end of the objects. Wine
 // never announces a taskbar, so the message comes from here.
 TEST_F(NoticeTest, LivesInTheRealNotificationArea)

@@ -205,21 +205,16 @@ void Desk::Click(HWND control, Button button)
     ClickAt(control, CentreOf(control), button);
 }
 
-void Desk::ClickAt(HWND window, POINT point, Button button)
+void Desk::ClickAt(HWND window, POINT point, Button button, int times)
 {
     const POINT target = Target(window, point);
     const bool left = button == Button::Left;
-    Send({MouseInput(target, MOUSEEVENTF_MOVE),
-          MouseInput(target, left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN),
-          MouseInput(target, left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP)});
-}
-
-void Desk::DoubleClickAt(HWND window, POINT point)
-{
-    const POINT target = Target(window, point);
-    Send({MouseInput(target, MOUSEEVENTF_MOVE), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
-          MouseInput(target, MOUSEEVENTF_LEFTUP), MouseInput(target, MOUSEEVENTF_LEFTDOWN),
-          MouseInput(target, MOUSEEVENTF_LEFTUP)});
+    std::vector<INPUT> inputs{MouseInput(target, MOUSEEVENTF_MOVE)};
+    for (int time = 0; time < times; ++time) {
+        inputs.push_back(MouseInput(target, left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN));
+        inputs.push_back(MouseInput(target, left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP));
+    }
+    Send(std::move(inputs));
 }
 
 void Desk::WaitForKeys()
@@ -332,11 +327,12 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
     if (action == L"click") {
         Click(control);
     } else if (swscanf(action.c_str(), L"double %ld %ld", &point.x, &point.y) == 2) {
-        DoubleClickAt(control, point);
+        ClickAt(control, point, Button::Left, 2);
     } else if (action == L"close") {
         Close(GetAncestor(control, GA_ROOT));
     } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
-        Move(GetAncestor(control, GA_ROOT), point);
+        SetWindowPos(GetAncestor(control, GA_ROOT), nullptr, point.x, point.y, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     } else if (swscanf(action.c_str(), L"size %ld %ld", &point.x, &point.y) == 2) {
         WaitFor(L"this size", [&] {
             const SIZE size = SizeOf(GetAncestor(control, GA_ROOT));
@@ -394,12 +390,6 @@ void Desk::Place(HWND window, const RECT& rectangle)
 {
     SetWindowPos(window, nullptr, rectangle.left, rectangle.top, rectangle.right - rectangle.left,
                  rectangle.bottom - rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-void Desk::Move(HWND window, POINT corner)
-{
-    SetWindowPos(window, nullptr, corner.x, corner.y, 0, 0,
-                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 std::wstring Desk::TextOf(HWND window)
@@ -497,15 +487,6 @@ Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vec
     };
 }
 
-Robot::Script TypeAndEnter(const wchar_t* caption, const wchar_t* controlClass, const wchar_t* text)
-{
-    return [=](Desk& desk) {
-        desk.Control(caption, controlClass);
-        desk.Type(text);
-        desk.Press(VK_RETURN);
-    };
-}
-
 Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text)
 {
     return [=](Desk& desk) { desk.Click(desk.Control(caption, L"Button", text)); };
@@ -520,11 +501,6 @@ LastClient::LastClient(IUnknown* object)
 {
     Check(object->QueryInterface(IID_PPV_ARGS(&connection_)));
     connection_->AddConnection(EXTCONN_STRONG, 0);
-}
-
-std::wstring IconText(PCWSTR icon)
-{
-    return IS_INTRESOURCE(icon) ? L'#' + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon)) : icon;
 }
 
 namespace {

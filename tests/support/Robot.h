@@ -49,8 +49,7 @@ public:
     // found, or its control, is the one that hears them; a menu hears those of its thread.
     enum class Button { Left, Right };
     void Click(HWND control, Button button = Button::Left);
-    void ClickAt(HWND window, POINT point, Button button = Button::Left);
-    void DoubleClickAt(HWND window, POINT point);
+    void ClickAt(HWND window, POINT point, Button button = Button::Left, int times = 1);
     void Press(WORD key, std::initializer_list<WORD> held = {}); // VK_ codes
     void Type(std::wstring_view text);
     // Keys in the notation that script authors know: {NAME}, with ^ + % before for Ctrl, Shift,
@@ -72,7 +71,6 @@ public:
     void Post(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
     void Close(HWND window);                        // by its close box
     void Place(HWND window, const RECT& rectangle); // in screen pixels
-    void Move(HWND window, POINT corner);           // its upper left corner, likewise
 
     // What a control shows, of any process.
     static std::wstring TextOf(HWND window);
@@ -129,8 +127,6 @@ private:
 
 // Scripts that most dialogs are answered with.
 Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vector<WORD> keys);
-Robot::Script TypeAndEnter(const wchar_t* caption, const wchar_t* controlClass,
-                           const wchar_t* text);
 Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text = L"OK");
 Robot::Script CloseBox(const wchar_t* caption);
 
@@ -143,9 +139,6 @@ public:
 private:
     ComPtr<IExternalConnection> connection_;
 };
-
-// The name of an icon in a resource, or "#" and its number.
-std::wstring IconText(PCWSTR icon);
 
 // Runs an action once on the calling thread when a call waits there, as the call of a second client
 // or an event handler would come in; with a caption, once a window with that has been there for a

@@ -168,8 +168,12 @@ HRESULT LoadStock(int id, UINT flags, SHSTOCKICONINFO* info)
 
 BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
 {
+    std::wstring filter;
+    for (const wchar_t* entry = dialog->lpstrFilter; entry && *entry; entry += wcslen(entry) + 1)
+        filter += (filter.empty() ? L"" : L",") + std::wstring(entry);
     Tell(save ? L"save" : L"open", Named(L"in", dialog->lpstrInitialDir),
-         Named(L"extension", dialog->lpstrDefExt), Named(L"title", dialog->lpstrTitle));
+         Named(L"extension", dialog->lpstrDefExt), Named(L"title", dialog->lpstrTitle),
+         Named(L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr));
     SetCurrentDirectoryW(L"C:\\windows"); // as the platform's own does
     return FALSE;
 }
