@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/Apartment.h"
-#include "dialogs/FileSelection.h"
+#include "dialogs/FileDialog.h"
 #include "dialogs/MessageBox.h"
 #include "dialogs/TaskDialog.h"
 #include "dialogs/frmDrives.h"
