@@ -23,14 +23,14 @@ For Each folder In files.GetFolder(root).SubFolders
   End If
 Next
 Set list = CreateObject("Quill.CheckList")
-list.Info = "Which folders of " & root & " shall be backed up?"
+list.Info = "Which folders of " & root & " should be backed up?"
 list.DlgCancelEsc = True
 mask = list.Selection(names, 0, "Backup: folders")
 If mask = 0 Then Leave "Nothing to back up."
 
 ' 2. To which drive: its letter is all that is needed.
 Set drives = CreateObject("Quill.DriveList")
-drives.Info = "Where shall the copies go?"
+drives.Info = "Where should the copies go?"
 drives.Crop = True
 drive = drives.Selection("", "Backup: drive")
 If drive = "" Then Leave "No drive was chosen."
@@ -38,7 +38,7 @@ If drive = "" Then Leave "No drive was chosen."
 ' 3. When: starts with tonight at eight.
 Set picker = CreateObject("Quill.DTPick")
 picker.Title = "Backup: time"
-picker.Info = "When shall it run?"
+picker.Info = "When should it run?"
 start = CDate(Date + TimeSerial(20, 0, 0))
 If Not picker.Selection(start) Then Leave "No time was chosen."
 

@@ -11,7 +11,7 @@ Dim dialog, scope, components
 
 Set dialog = CreateObject("Quill.TaskDialog")
 dialog.Title = "Greeting 2.0"
-dialog.Text = "Who shall use Greeting on this computer?"
+dialog.Text = "Who should use Greeting on this computer?"
 dialog.SubText = "The program needs 12 MB and can be removed at any time."
 
 ' The part of a link below its first line is shown smaller.

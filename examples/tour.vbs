@@ -56,7 +56,7 @@ WScript.Echo drives
 
 ' 5. Quill.CheckList turns things on and off: the bits of a number say which.
 Set checks = CreateObject("Quill.CheckList")
-checks.Info = "What else shall be done, " & user & "?"
+checks.Info = "What else should be done, " & user & "?"
 chores = checks.Selection("Check for mail" & vbCrLf & "Back up the settings", 1, "Choose your chores")
 
 ' 6. Quill.ProgressWindow shows how far the work is; Quill.Clock paces it here.
