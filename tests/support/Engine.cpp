@@ -11,6 +11,8 @@ namespace {
 
 constexpr CLSID kVbScript{
     0xB54F3741, 0x5B07, 0x11CF, {0xA4, 0xB0, 0x00, 0xAA, 0x00, 0x4A, 0x55, 0xE8}};
+constexpr CLSID kJScript{
+    0xF414C260, 0x6AC0, 0x11CF, {0xB6, 0xD1, 0x00, 0xAA, 0x00, 0xBB, 0xBB, 0x58}};
 
 } // namespace
 
@@ -69,10 +71,11 @@ private:
     ScriptError error_;
 };
 
-Engine::Engine(Maker maker) : site_(new Site(std::move(maker)))
+Engine::Engine(Maker maker, Language language) : site_(new Site(std::move(maker)))
 {
     ComPtr<IActiveScriptParse> parse;
-    Check(CoCreateInstance(kVbScript, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&script_)));
+    Check(CoCreateInstance(language == Language::JScript ? kJScript : kVbScript, nullptr,
+                           CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&script_)));
     Check(script_.As(&parse));
     Check(parse->InitNew());
     Check(script_->SetScriptSite(site_.Get()));
@@ -99,6 +102,20 @@ Outcome Engine::Run(const std::wstring& statement)
 Outcome Engine::Evaluate(const std::wstring& expression)
 {
     return Parse(expression, SCRIPTTEXT_ISEXPRESSION);
+}
+
+void Engine::Call(const std::wstring& procedure, const std::vector<Variant>& arguments)
+{
+    ComPtr<IDispatch> globals;
+    Check(script_->GetScriptDispatch(nullptr, &globals));
+    std::wstring name = procedure;
+    LPOLESTR names = name.data();
+    DISPID id = DISPID_UNKNOWN;
+    if (FAILED(globals->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_INVARIANT, &id))) return;
+    std::vector<VARIANT> given(arguments.rbegin(), arguments.rend()); // borrowed
+    DISPPARAMS parameters{given.data(), nullptr, static_cast<UINT>(given.size()), 0};
+    Check(globals->Invoke(id, IID_NULL, LOCALE_INVARIANT, DISPATCH_METHOD, &parameters, nullptr,
+                          nullptr, nullptr));
 }
 
 Outcome Engine::Parse(const std::wstring& text, DWORD flags)

@@ -1,4 +1,4 @@
-// The platform's script engine (VBScript), in the test's own process.
+// One of the platform's script engines, in the test's own process.
 //
 //     Engine engine([](const std::wstring& name) { return ...; });
 //     engine.Add(L"Profile");
@@ -20,12 +20,15 @@ struct Outcome {
     Variant value;
 };
 
+enum class Language { VbScript, JScript };
+
 class Engine {
 public:
     // Makes the object of a name when the script first uses it.
     using Maker = std::function<ComPtr<IDispatch>(const std::wstring& name)>;
 
-    explicit Engine(Maker maker); // throws AutomationError
+    explicit Engine(Maker maker,
+                    Language language = Language::VbScript); // throws AutomationError
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -36,6 +39,9 @@ public:
     // Variables live as long as the engine, which goes on after an error.
     Outcome Run(const std::wstring& statement);
     Outcome Evaluate(const std::wstring& expression);
+
+    // Calls a procedure of the script; nothing happens without one of this name.
+    void Call(const std::wstring& procedure, const std::vector<Variant>& arguments);
 
 private:
     class Site;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,9 @@ struct HeardEvent {
 // Keeps what it hears. Pumping is up to the owner.
 class EventListener {
 public:
-    explicit EventListener(IDispatch* source)
+    using Handler = std::function<void(const HeardEvent& event)>;
+
+    explicit EventListener(IDispatch* source, Handler handler = {})
     {
         IID id;
         ComPtr<ITypeInfo> info;
@@ -28,12 +31,13 @@ public:
         Check(TypeLibrary()->GetTypeInfoOfGuid(id, &info));
         reaction_ = std::make_unique<Reaction>(
             // The connection may live longer than this.
-            [info, heard = heard_](DISPID event, const DISPPARAMS& given) {
+            [info, heard = heard_, handler = std::move(handler)](DISPID event, const DISPPARAMS& given) {
                 BSTR name = nullptr;
                 Check(info->GetDocumentation(event, &name, nullptr, nullptr, nullptr));
                 HeardEvent& last = heard->emplace_back(HeardEvent{Bstr(name).get(), {}});
                 for (UINT index = given.cArgs; index-- > 0;)
                     last.arguments.push_back(Variant::Dereferenced(given.rgvarg[index]));
+                if (handler) handler(last);
             });
         reaction_->Hear(source);
     }
