@@ -10,7 +10,8 @@ level there begins a group. The place of a member is where the page of its class
 names its classes in its title) shows its name as code: a heading, else the first cell of a table row,
 else anything; for what classes share, the same on a page without a class.
 
-Every link, picture and context is checked; what is wrong is printed, and the exit code is 1 then.
+Every link, picture and context is checked, and that a snippet shows each member; what is wrong is
+printed, and the exit code is 1 then.
 """
 import html
 import json
@@ -165,6 +166,23 @@ def place_members(members, pages):
                 break
         else:
             problem(f'{page.source.name}: nothing about {member.title}')
+
+
+def snippets_of(page):
+    """The VBScript snippets of a page, which the tests run."""
+    return '\n'.join(code.text for code in page.body.iter('code')
+                     if code.get('class') == 'language-vb')
+
+
+def check_snippets(members, pages):
+    """Every member is in a snippet of its class's page; what classes share, in one of any page without a
+    class."""
+    shared = '\n'.join(snippets_of(page) for page in pages.values() if not page.classes)
+    own = {name: snippets_of(page) for page in pages.values() for name in page.classes}
+    for member in members:
+        if member.name and not re.search(rf'[._]{member.name}\b', own.get(member.owner, '') + shared,
+                                         re.IGNORECASE):
+            problem(f'{member.title}: no VBScript snippet has it')
 
 
 def check_identifiers(members, pages):
@@ -472,6 +490,7 @@ def main(members_file, output):
     groups = groups_of(pages)
     place_members(members, pages)
     check_identifiers(members, pages)
+    check_snippets(members, pages)
     pictures = resolve_links(pages)
     for folder in folders.values():
         for picture in sorted(pictures):
