@@ -394,10 +394,11 @@ def index_of(members, pages):
 
 
 def contexts_of(members):
-    """Help contexts of the type library: number to target. They are unique."""
+    """Help contexts of the type library: number to target. Each member has its own."""
     contexts = {}
     for member in members:
         if not member.context:
+            problem(f'{member.title}: no help context')
             continue
         if member.context in contexts:
             problem(f'{member.title}: its help context {member.context} is taken')
