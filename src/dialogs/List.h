@@ -1,20 +1,30 @@
 // Quill.List: lets the user choose one or several of a script's lines.
 #pragma once
 
-#include "dialogs/Dialog.h"
+#include "dialogs/ListDialog.h"
 
 namespace quill {
 
 // Raises no errors of its own.
-class List final : public WithCancelEsc<WithFonts<Dialog<_List, 256>>> {
+class List final : public WithChoices<WithCancelEsc<WithFonts<Dialog<_List, 256>>>> {
 public:
     STORED_PROPERTY(VARIANT_BOOL, MultiSel, multiSel_)
     METHOD(BSTR, Selection, (BSTR items, LONG Index, BSTR Title), items, Index, Title)
+    METHOD(LONG, SelectionA, (VARIANT * items, VARIANT* selected, BSTR Title), items, selected,
+           Title)
+    READ_ONLY_PROPERTY(VARIANT, Columns, columns_)
+    STDMETHODIMP put_Columns(VARIANT* value) noexcept override
+    {
+        return Put<ArrayOrEmpty>(columns_, value);
+    }
 
 private:
-    std::wstring Selection(const std::wstring& items, LONG index, const std::wstring& title);
+    std::wstring Selection(std::wstring items, LONG index, const std::wstring& title);
+    LONG SelectionA(VARIANT& items, VARIANT& selected, const std::wstring& title);
+    void Show(Choices& choices, DialogRequest request, bool multi, const std::wstring& title);
 
     bool multiSel_ = false;
+    Variant columns_;
 };
 
 } // namespace quill

@@ -17,7 +17,7 @@ void ListForm::Prepare(const std::wstring& title, Control& list)
     DialogForm::Prepare(title);
     const std::wstring& info = Settings().info;
     list.SetAccessibleName(info.empty() ? WindowText(Window()) : info);
-    PlaceAtCentre(MinimumSize());
+    PlaceAtCentre(OpeningSize());
 }
 
 void ListForm::OnActivate()
@@ -34,10 +34,9 @@ void ListForm::OnResize(TwipSize outer)
                           ToPixels(outer.height) < ToPixels(smallest.height);
     if (tooSmall && !settingBack_) PostTo(Window(), 0);
     settingBack_ = tooSmall;
-    const ListLayout layout =
-        LayOutList(outer, InfoHeight(), ButtonWidth(), WidthSurplus(kListButtonRoom));
+    const ListLayout layout = LayOut(outer);
     lblText.Move(layout.label);
-    list_->Move(layout.list);
+    PlaceList(layout.list);
     PlaceButtons(layout.button);
 }
 
@@ -48,9 +47,22 @@ void ListForm::OnPosted(WPARAM)
     SetOuterSize({std::max(outer.width, smallest.width), std::max(outer.height, smallest.height)});
 }
 
+ListLayout ListForm::LayOut(TwipSize outer) const
+{
+    return LayOutList(outer, InfoHeight(), ButtonWidth(), WidthSurplus(kListButtonRoom));
+}
+
+TwipSize ListForm::AroundList() const
+{
+    const ListLayout least = LayOut({0, 0});
+    return {least.outer.width - least.list.width,
+            least.outer.height - least.list.height + HeightAboveList()};
+}
+
 TwipSize ListForm::MinimumSize() const
 {
-    return MinimumListSize(InfoHeight(), WidthSurplus(kListButtonRoom));
+    const TwipSize designed = MinimumListSize(InfoHeight(), WidthSurplus(kListButtonRoom));
+    return {designed.width, designed.height + HeightAboveList()};
 }
 
 } // namespace quill

@@ -17,12 +17,23 @@ protected:
     // selected afterwards comes into view.
     void Prepare(const std::wstring& title, Control& list);
 
-private:
+    // The height of what stands between the info text and the list.
+    virtual float HeightAboveList() const { return 0; }
+    // Places the list, and what stands above it, in this room.
+    virtual void PlaceList(const TwipRect& room) { list_->Move(room); }
+    // The outer size that the form opens with.
+    virtual TwipSize OpeningSize() const { return MinimumSize(); }
+    // What the outer size has more than the list.
+    TwipSize AroundList() const;
+
     void OnActivate() override;
+    TwipSize MinimumSize() const override;
+
+private:
     void OnPosted(WPARAM) override; // to set the size back
     void OnResize(TwipSize outer) override;
-    TwipSize MinimumSize() const override;
     bool SetsSizeBack() const override { return true; }
+    ListLayout LayOut(TwipSize outer) const;
 
     Control* list_ = nullptr;  // the one that is shown
     bool settingBack_ = false; // to the smallest size

@@ -1,29 +1,20 @@
 // The form of Quill.CheckList.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "dialogs/ListForm.h"
+#include "dialogs/ChoiceForm.h"
 
 namespace quill {
 
-class frmCheckListBox final : public ListForm {
+class frmCheckListBox final : public ChoiceForm {
 public:
-    explicit frmCheckListBox(DialogRequest request);
+    frmCheckListBox(DialogRequest request, bool filter)
+        : ChoiceForm(L"QUILL CheckList", std::move(request), ChoiceView::Kind::Checks, filter)
+    {
+    }
 
-    // Shows the lines that are not empty, at most 30, and waits for the user. Bit i of `checked`
-    // checks line i of those shown, if position i of `lines` is not empty. Returns the bits of the
-    // lines that were checked on OK, otherwise 0.
-    LONG CLBox(const std::vector<std::wstring>& lines, LONG checked, const std::wstring& title);
-
-private:
-    bool OnAccept() override;
-
-    int shown_ = 0; // lines
-    LONG result_ = 0;
-
-    CheckListBox ChkList{*this, kDesign.list};
+    // Shows the lines, the chosen ones checked, and waits for the user. True when `choices` has
+    // the answer.
+    bool CLBox(Choices& choices, const std::wstring& title) { return Choose(choices, {}, title); }
 };
 
 } // namespace quill

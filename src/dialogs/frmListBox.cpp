@@ -1,36 +1,34 @@
 #include "dialogs/frmListBox.h"
 
-#include "core/Text.h"
-
 namespace quill {
 
-frmListBox::frmListBox(DialogRequest request) : ListForm(L"QUILL List", std::move(request)) {}
-
-std::wstring frmListBox::LBox(const std::wstring& items, bool multi, long index,
-                              const std::wstring& title)
+frmListBox::frmListBox(DialogRequest request, bool multi)
+    : ListForm(L"QUILL List", std::move(request)), multi_(multi)
 {
-    multi_ = multi;
-    ListBox& list = ShownList();
     for (ListBox* each : {&List1, &List2}) {
-        each->Enable(each == &list);
-        each->SetVisible(each == &list);
+        each->Enable(each == &ShownList());
+        each->SetVisible(each == &ShownList());
     }
-    lines_ = SplitLines(items);
-    std::erase_if(lines_, [](const std::wstring& line) { return line.empty(); });
-    list.Fill(lines_);
-    Prepare(title, list);
-    const bool exists = index >= 0 && static_cast<size_t>(index) < lines_.size();
-    list.Select(exists ? static_cast<int>(index) : -1);
-    Ask();
-    return std::move(result_);
+}
+
+bool frmListBox::LBox(Choices& choices, const std::wstring& title)
+{
+    choices_ = &choices;
+    std::vector<std::wstring_view> texts;
+    for (size_t line = 0; line < choices.Count(); ++line)
+        texts.push_back(choices.Text(line));
+    ShownList().Fill(texts);
+    Prepare(title, ShownList());
+    const std::vector<size_t> chosen = choices.Chosen();
+    ShownList().Select({chosen.begin(), chosen.end()});
+    return Ask();
 }
 
 bool frmListBox::OnAccept()
 {
-    for (int index : ShownList().Selected()) {
-        result_ += lines_[static_cast<size_t>(index)];
-        if (multi_) result_ += kLineBreak;
-    }
+    choices_->ChooseNone();
+    for (int line : ShownList().Selected())
+        choices_->Choose(static_cast<size_t>(line));
     return true;
 }
 

@@ -1,29 +1,25 @@
 // The form of Quill.List.
 #pragma once
 
-#include <string>
-#include <vector>
-
+#include "dialogs/Choices.h"
 #include "dialogs/ListForm.h"
 
 namespace quill {
 
 class frmListBox final : public ListForm {
 public:
-    explicit frmListBox(DialogRequest request);
+    frmListBox(DialogRequest request, bool multi);
 
-    // Shows the non-empty lines of `items` (separated by CR LF), preselects line `index` if there
-    // is one, and waits for the user. Returns the chosen line, or with `multi` the chosen lines,
-    // each followed by CR LF; an empty string when nothing was chosen.
-    std::wstring LBox(const std::wstring& items, bool multi, long index, const std::wstring& title);
+    // Shows the lines, the chosen ones selected, and waits for the user. True when `choices` has
+    // the answer.
+    bool LBox(Choices& choices, const std::wstring& title);
 
 private:
     ListBox& ShownList() noexcept { return multi_ ? List2 : List1; }
     bool OnAccept() override;
 
-    bool multi_ = false;
-    std::vector<std::wstring> lines_;
-    std::wstring result_;
+    const bool multi_;
+    Choices* choices_ = nullptr;
 
     ListBox List1{*this, kDesign.list, ListBox::Kind::Single, [this] { Accept(); }};
     ListBox List2{*this, kDesign.list, ListBox::Kind::Multiple, nullptr};

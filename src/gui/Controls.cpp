@@ -25,14 +25,6 @@ constexpr int kLinePadding = 8;
 // The height of a drop-down list when it is open.
 constexpr float kDroppedTwips = 3600;
 
-// Makes a window class of the common controls known; its name.
-const wchar_t* CommonClass(DWORD group, const wchar_t* name) noexcept
-{
-    const INITCOMMONCONTROLSEX groups{sizeof groups, group};
-    InitCommonControlsEx(&groups);
-    return name;
-}
-
 // A device context with the control's font, to measure text.
 class MeasuringDevice {
 public:
@@ -58,6 +50,22 @@ private:
 };
 
 } // namespace
+
+const wchar_t* CommonClass(DWORD group, const wchar_t* name) noexcept
+{
+    const INITCOMMONCONTROLSEX groups{sizeof groups, group};
+    InitCommonControlsEx(&groups);
+    return name;
+}
+
+std::vector<std::wstring_view> LongestOf(const std::vector<std::wstring_view>& lines)
+{
+    std::vector<std::wstring_view> longest(std::min(kMeasuredLines, lines.size()));
+    std::partial_sort_copy(
+        lines.begin(), lines.end(), longest.begin(), longest.end(),
+        [](std::wstring_view a, std::wstring_view b) { return a.size() > b.size(); });
+    return longest;
+}
 
 Control::Control(Form& form, const TwipRect& place, const wchar_t* windowClass, const wchar_t* text,
                  DWORD style, DWORD extendedStyle)
@@ -228,35 +236,35 @@ ListBox::ListBox(Form& form, const TwipRect& place, Kind kind, std::function<voi
 {
 }
 
-void ListBox::Fill(const std::vector<std::wstring>& lines)
+void ListBox::Fill(const std::vector<std::wstring_view>& lines)
 {
     size_t units = 0;
-    for (const std::wstring& line : lines)
+    for (std::wstring_view line : lines)
         units += line.size() + 1;
     Send(WM_SETREDRAW, FALSE);
     Send(LB_RESETCONTENT);
     Send(LB_INITSTORAGE, lines.size(), static_cast<LPARAM>(units * sizeof(wchar_t)));
-    for (const std::wstring& line : lines)
-        Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
+    for (std::wstring_view line : lines)
+        Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.data()));
     Send(WM_SETREDRAW, TRUE);
 
-    longest_.resize(std::min(kMeasuredLines, lines.size()));
-    std::partial_sort_copy(
-        lines.begin(), lines.end(), longest_.begin(), longest_.end(),
-        [](const std::wstring& a, const std::wstring& b) { return a.size() > b.size(); });
+    const auto longest = LongestOf(lines);
+    longest_.assign(longest.begin(), longest.end());
     FitScrollBar();
 }
 
-void ListBox::Select(int index)
+void ListBox::Select(const std::vector<int>& indices)
 {
+    const int first = indices.empty() ? -1 : indices.front();
     if (kind_ == Kind::Single) {
-        Send(LB_SETCURSEL, static_cast<WPARAM>(index));
+        Send(LB_SETCURSEL, static_cast<WPARAM>(first));
     } else {
         Send(LB_SETSEL, FALSE, -1);
-        if (index < 0) return;
-        Send(LB_SETSEL, TRUE, index);
-        Send(LB_SETANCHORINDEX, static_cast<WPARAM>(index));
-        Send(LB_SETCARETINDEX, static_cast<WPARAM>(index));
+        for (int index : indices)
+            Send(LB_SETSEL, TRUE, index);
+        if (first < 0) return;
+        Send(LB_SETANCHORINDEX, static_cast<WPARAM>(first));
+        Send(LB_SETCARETINDEX, static_cast<WPARAM>(first));
     }
 }
 
@@ -299,7 +307,7 @@ bool ListBox::OnCharacter(wchar_t unit)
     const auto after = repeated ? current : current - 1;
     const auto found = Send(LB_FINDSTRING, static_cast<WPARAM>(std::max<LRESULT>(after, -1)),
                             reinterpret_cast<LPARAM>(beginning.c_str()));
-    if (found != LB_ERR) Select(static_cast<int>(found));
+    if (found != LB_ERR) Select({static_cast<int>(found)});
     return true;
 }
 
@@ -314,81 +322,6 @@ void ListBox::FitScrollBar() noexcept
                                                 0, nullptr)));
     const int margin = GetSystemMetrics(SM_CXEDGE) * 2;
     Send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin));
-}
-
-CheckListBox::CheckListBox(Form& form, const TwipRect& place)
-    : Control(form, place, CommonClass(ICC_LISTVIEW_CLASSES, WC_LISTVIEWW), L"",
-              WS_TABSTOP | LVS_REPORT | LVS_NOCOLUMNHEADER | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
-              WS_EX_CLIENTEDGE)
-{
-    const DWORD style = LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER;
-    Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, static_cast<LPARAM>(style));
-    const LVCOLUMNW column{};
-    Send(LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-}
-
-void CheckListBox::Fill(const std::vector<std::wstring>& lines)
-{
-    Send(LVM_DELETEALLITEMS);
-    for (size_t index = 0; index < lines.size(); ++index) {
-        LVITEMW item{};
-        item.mask = LVIF_TEXT;
-        item.iItem = static_cast<int>(index);
-        item.pszText = const_cast<wchar_t*>(lines[index].c_str());
-        Send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    }
-    LVITEMW first{};
-    first.state = first.stateMask = LVIS_FOCUSED | LVIS_SELECTED;
-    Send(LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&first));
-    FitColumn();
-}
-
-void CheckListBox::SetChecked(int index, bool checked)
-{
-    LVITEMW item{};
-    item.stateMask = LVIS_STATEIMAGEMASK;
-    item.state = static_cast<UINT>(INDEXTOSTATEIMAGEMASK(checked ? 2 : 1));
-    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
-}
-
-bool CheckListBox::Checked(int index) const
-{
-    const auto state =
-        static_cast<UINT>(Send(LVM_GETITEMSTATE, static_cast<WPARAM>(index), LVIS_STATEIMAGEMASK));
-    return state == static_cast<UINT>(INDEXTOSTATEIMAGEMASK(2));
-}
-
-void CheckListBox::Move(const TwipRect& place)
-{
-    Control::Move(place);
-    FitColumn();
-}
-
-void CheckListBox::SetFont(const FontSpec& font)
-{
-    Control::SetFont(font);
-    FitColumn();
-}
-
-void CheckListBox::OnNotify(const NMHDR& notification)
-{
-    if (notification.code != NM_CLICK && notification.code != NM_DBLCLK) return;
-    LVHITTESTINFO hit{};
-    hit.pt = reinterpret_cast<const NMITEMACTIVATE&>(notification).ptAction;
-    const auto index =
-        static_cast<int>(Send(LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
-    // The box itself is the list view's own.
-    if (index >= 0 && (hit.flags & LVHT_ONITEM) != LVHT_ONITEMSTATEICON)
-        SetChecked(index, !Checked(index));
-}
-
-// As wide as the list, or as the widest line.
-void CheckListBox::FitColumn() noexcept
-{
-    RECT inner{};
-    GetClientRect(Window(), &inner);
-    Send(LVM_SETCOLUMNWIDTH, 0, LVSCW_AUTOSIZE);
-    if (Send(LVM_GETCOLUMNWIDTH, 0) < inner.right) Send(LVM_SETCOLUMNWIDTH, 0, inner.right);
 }
 
 DropDownList::DropDownList(Form& form, const TwipRect& place)
@@ -451,10 +384,11 @@ SYSTEMTIME DateTimePicker::Picked() const
     return time;
 }
 
-void DateTimePicker::OnNotify(const NMHDR& notification)
+LRESULT DateTimePicker::OnNotify(NMHDR& notification)
 {
     if (notification.code == DTN_DROPDOWN) droppedDown_ = true;
     if (notification.code == DTN_CLOSEUP) droppedDown_ = false;
+    return 0;
 }
 
 } // namespace quill

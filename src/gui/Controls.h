@@ -39,7 +39,8 @@ protected:
 
     // A notification of the native control (the high word of WM_COMMAND, or WM_NOTIFY).
     virtual void OnCommand(WORD) {}
-    virtual void OnNotify(const NMHDR&) {}
+    // The result of the latter goes back to the control.
+    virtual LRESULT OnNotify(NMHDR&) { return 0; }
     // A character was typed into the control; true when that is done with.
     virtual bool OnCharacter(wchar_t) { return false; }
 
@@ -113,6 +114,12 @@ public:
     Frame(Form& form, const TwipRect& place);
 };
 
+// Makes a window class of the common controls known (ICC_ bits); its name.
+const wchar_t* CommonClass(DWORD group, const wchar_t* name) noexcept;
+
+// The longest of many lines: the widest is likely among them, whatever the font.
+std::vector<std::wstring_view> LongestOf(const std::vector<std::wstring_view>& lines);
+
 // A list box. Typing finds the line that begins with what was typed.
 class ListBox : public Control {
 public:
@@ -120,10 +127,10 @@ public:
 
     ListBox(Form& form, const TwipRect& place, Kind kind, std::function<void()> onDoubleClick);
 
-    // Shows these lines in place of the old ones, in this order.
-    void Fill(const std::vector<std::wstring>& lines);
-    // Selects one line and scrolls to it; -1 selects none.
-    void Select(int index);
+    // Shows these lines in place of the old ones, in this order. A NUL follows each.
+    void Fill(const std::vector<std::wstring_view>& lines);
+    // Selects these lines and no others, and scrolls to the first. Single takes the first alone.
+    void Select(const std::vector<int>& indices);
     // The selected lines, from the first to the last.
     std::vector<int> Selected() const;
     void SetFont(const FontSpec& font) override;
@@ -138,24 +145,6 @@ private:
     std::wstring typed_;                // by the user, to find a line
     DWORD typedAt_ = 0;                 // milliseconds, by the message clock
     std::vector<std::wstring> longest_; // lines that may be the widest, in any font
-};
-
-// Lines with a check box each, in a native list view: a click anywhere on a line, or the space bar,
-// turns its box over; typing finds a line.
-class CheckListBox : public Control {
-public:
-    CheckListBox(Form& form, const TwipRect& place);
-
-    // Shows these lines in place of the old ones, none of them checked; the first has the focus.
-    void Fill(const std::vector<std::wstring>& lines);
-    void SetChecked(int index, bool checked);
-    bool Checked(int index) const;
-    void Move(const TwipRect& place) override;
-    void SetFont(const FontSpec& font) override;
-
-private:
-    void OnNotify(const NMHDR& notification) override;
-    void FitColumn() noexcept;
 };
 
 // A native drop-down list. `place` counts for its left, top and width.
@@ -189,7 +178,7 @@ public:
     void CloseCalendar() noexcept { Send(DTM_CLOSEMONTHCAL); }
 
 private:
-    void OnNotify(const NMHDR& notification) override;
+    LRESULT OnNotify(NMHDR& notification) override;
 
     bool droppedDown_ = false;
 };

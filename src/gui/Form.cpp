@@ -33,6 +33,15 @@ int ResolutionOf(HWND window) noexcept
     return resolution;
 }
 
+// The room for windows on the monitor where the user works.
+RECT WorkArea() noexcept
+{
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY), &monitor);
+    return monitor.rcWork;
+}
+
 } // namespace
 
 ATOM Form::WindowClass()
@@ -98,16 +107,19 @@ TwipSize Form::InnerSize() const
 
 void Form::PlaceAtCentre(TwipSize outer)
 {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoW(MonitorFromWindow(GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY), &monitor);
-    const RECT& area = monitor.rcWork;
+    const RECT area = WorkArea();
     const int width = std::min<int>(ToPixels(outer.width), area.right - area.left);
     const int height = std::min<int>(ToPixels(outer.height), area.bottom - area.top);
     // Not yet to be activated: its controls, which take the focus then, are still to come.
     SetWindowPos(window_, nullptr, (area.left + area.right - width) / 2,
                  (area.top + area.bottom - height) / 2, width, height,
                  SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+TwipSize Form::ScreenRoom() const
+{
+    const RECT area = WorkArea();
+    return {ToTwips(area.right - area.left), ToTwips(area.bottom - area.top)};
 }
 
 HFONT Form::FontHandle(const FontSpec& font)
@@ -274,8 +286,9 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
             control->OnCommand(HIWORD(wParam));
         return 0;
     case WM_NOTIFY: {
-        const auto& notification = *reinterpret_cast<const NMHDR*>(lParam);
-        if (Control* control = FindControl(notification.hwndFrom)) control->OnNotify(notification);
+        auto& notification = *reinterpret_cast<NMHDR*>(lParam);
+        if (Control* control = FindControl(notification.hwndFrom))
+            return control->OnNotify(notification);
         return DefWindowProcW(window_, message, wParam, lParam);
     }
     case WM_CTLCOLORSTATIC: // also edit controls that are locked

@@ -100,6 +100,9 @@ protected:
     // than the room there.
     void PlaceAtCentre(TwipSize outer);
 
+    // The size of the room for windows on that monitor.
+    TwipSize ScreenRoom() const;
+
     // The place stays; the window is not activated.
     void SetOuterSize(TwipSize outer);
 

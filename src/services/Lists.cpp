@@ -24,17 +24,6 @@ void* ElementIn(Variant& value, VARTYPE type) noexcept
     return &V_UI1(&value);
 }
 
-std::optional<std::wstring> TextIn(const VARIANT& value)
-{
-    Variant text;
-    const VARIANT* source = &value;
-    if (V_VT(source) != VT_BSTR) {
-        if (!Convert(text, value, VT_BSTR)) return {};
-        source = &text;
-    }
-    return std::wstring(V_BSTR(source) ? V_BSTR(source) : L"", SysStringLen(V_BSTR(source)));
-}
-
 std::optional<double> NumberIn(const VARIANT& value)
 {
     Variant number;
@@ -91,6 +80,40 @@ Variant SortBy(std::vector<Variant> elements, KeyOf keyOf, Before before, bool d
     return MakeList(std::move(sorted));
 }
 
+constexpr double kMostMembers = 100'000;
+
+// The value of an object's member; Empty where it has no such member, nothing when it fails.
+std::optional<Variant> MemberOf(IDispatch& object, std::wstring name)
+{
+    DISPID id = DISPID_UNKNOWN;
+    wchar_t* spelled = name.data();
+    const HRESULT found = object.GetIDsOfNames(IID_NULL, &spelled, 1, LOCALE_USER_DEFAULT, &id);
+    Variant value;
+    if (found == DISP_E_UNKNOWNNAME) return value;
+    DISPPARAMS none{};
+    if (FAILED(found) ||
+        FAILED(object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &value,
+                             nullptr, nullptr)))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<std::vector<Variant>> MembersOf(IDispatch& object, size_t limit)
+{
+    const auto length = MemberOf(object, L"length");
+    const auto count = length ? NumberIn(*length) : std::nullopt;
+    if (!count || V_VT(&*length) == VT_EMPTY || *count < 0 ||
+        *count > std::min(static_cast<double>(limit), kMostMembers))
+        return std::nullopt;
+    std::vector<Variant> elements(static_cast<size_t>(*count));
+    for (size_t index = 0; index < elements.size(); ++index) {
+        auto member = MemberOf(object, std::to_wstring(index));
+        if (!member) return std::nullopt;
+        elements[index] = std::move(*member);
+    }
+    return elements;
+}
+
 std::vector<Variant> ElementsOrNone(const VARIANT& items)
 {
     return ElementsIn(items).value_or(std::vector<Variant>());
@@ -106,6 +129,30 @@ std::optional<std::vector<Variant>> ElementsIn(const VARIANT& items)
     for (Variant& element : elements)
         if (V_ISBYREF(&element)) element = Variant::Dereferenced(element);
     return elements;
+}
+
+std::optional<std::vector<Variant>> ElementsOfAny(const VARIANT& items, size_t limit)
+{
+    if (const SAFEARRAY* array = ArrayOf(items)) {
+        if (array->cDims != 1 || array->rgsabound[0].cElements > limit) return {};
+        return ElementsIn(items);
+    }
+    Variant object;
+    if (FAILED(VariantCopyInd(&object, const_cast<VARIANT*>(&items))) ||
+        V_VT(&object) != VT_DISPATCH || !V_DISPATCH(&object))
+        return {};
+    return MembersOf(*V_DISPATCH(&object), limit);
+}
+
+std::optional<std::wstring> TextIn(const VARIANT& value)
+{
+    Variant text;
+    const VARIANT* source = &value;
+    if (V_VT(source) != VT_BSTR) {
+        if (!Convert(text, value, VT_BSTR)) return {};
+        source = &text;
+    }
+    return std::wstring(V_BSTR(source) ? V_BSTR(source) : L"", SysStringLen(V_BSTR(source)));
 }
 
 bool Convert(Variant& converted, const VARIANT& value, VARTYPE type) noexcept

@@ -16,6 +16,15 @@ namespace quill {
 // The elements of a one-dimensional array, behind all references; nothing for anything else.
 std::optional<std::vector<Variant>> ElementsIn(const VARIANT& items);
 
+// The same for the arrays of all languages, those of JScript too: objects with `length` and members
+// "0", "1" and so on, of which missing ones are Empty. Each member costs two calls to the client,
+// so that no more than 100,000 are read. Nothing for more elements than `limit`, and where the
+// object refuses an answer.
+std::optional<std::vector<Variant>> ElementsOfAny(const VARIANT& items, size_t limit);
+
+// The text of an element; nothing where it has none.
+std::optional<std::wstring> TextIn(const VARIANT& value);
+
 // Converts as the languages do. False, with nothing in `converted`, when it cannot be.
 bool Convert(Variant& converted, const VARIANT& value, VARTYPE type) noexcept;
 
