@@ -111,7 +111,7 @@ void ChoiceView::SetState(int row, UINT state, UINT mask) noexcept
 void ChoiceView::Collect()
 {
     if (kind_ == Kind::Checks) return; // known already
-    int row = NextRow(-1, LVNI_SELECTED);
+    int row = AnySelected() ? NextRow(-1, LVNI_SELECTED) : -1;
     if (kind_ == Kind::Single) {
         // A chosen line that the filter hides stays chosen until there is another.
         if (row < 0 && !choices_->FirstChosenRow()) return;
@@ -129,7 +129,9 @@ void ChoiceView::ShowRows()
 {
     const size_t rows = choices_->Rows();
     Send(WM_SETREDRAW, FALSE);
-    SetState(-1, 0, kCursor);
+    // Without rows it has no selection. To take that off all rows at once may take a call for each.
+    Send(LVM_SETITEMCOUNT, 0);
+    if (AnySelected()) SetState(-1, 0, kCursor);
     Send(LVM_SETITEMCOUNT, rows);
     const auto chosen = choices_->FirstChosenRow();
     const auto current = static_cast<int>(kind_ == Kind::Checks ? 0 : chosen.value_or(0));

@@ -51,6 +51,7 @@ private:
     bool OnCharacter(wchar_t unit) override;
 
     int NextRow(int after, UINT flags) const noexcept;
+    bool AnySelected() const noexcept { return Send(LVM_GETSELECTEDCOUNT) > 0; }
     void SetState(int row, UINT state, UINT mask) noexcept;
     void ChooseAll(bool chosen);
     void Toggle(int row);
