@@ -24,7 +24,7 @@ constexpr wchar_t kSelectAll = 1;
 
 // Beside the text of a cell and of a heading, as the list view itself leaves it; in pixels at 96
 // per inch.
-constexpr int kCellMargin = 12;
+constexpr int kCellMargin = 15;
 constexpr int kHeadingMargin = 42;
 
 // Commands of the context menu.
@@ -272,7 +272,7 @@ LRESULT ChoiceView::OnNotify(NMHDR& notification)
         return 0;
     case LVN_ODFINDITEMW: {
         const auto& wanted = reinterpret_cast<const NMLVFINDITEMW&>(notification);
-        if (!(wanted.lvfi.flags & LVFI_STRING)) return -1;
+        if (!(wanted.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL))) return -1;
         const auto row = choices_->FindRow(wanted.lvfi.psz, static_cast<size_t>(wanted.iStart));
         return row ? static_cast<LRESULT>(*row) : -1;
     }

@@ -80,7 +80,7 @@ Variant SortBy(std::vector<Variant> elements, KeyOf keyOf, Before before, bool d
     return MakeList(std::move(sorted));
 }
 
-constexpr double kMostMembers = 100'000;
+constexpr double kMostMembers = 10'000;
 
 // The value of an object's member; Empty where it has no such member, nothing when it fails.
 std::optional<Variant> MemberOf(IDispatch& object, std::wstring name)

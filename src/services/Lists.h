@@ -18,7 +18,7 @@ std::optional<std::vector<Variant>> ElementsIn(const VARIANT& items);
 
 // The same for the arrays of all languages, those of JScript too: objects with `length` and members
 // "0", "1" and so on, of which missing ones are Empty. Each member costs two calls to the client,
-// so that no more than 100,000 are read. Nothing for more elements than `limit`, and where the
+// so that no more than 10,000 are read. Nothing for more elements than `limit`, and where the
 // object refuses an answer.
 std::optional<std::vector<Variant>> ElementsOfAny(const VARIANT& items, size_t limit);
 
