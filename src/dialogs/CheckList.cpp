@@ -87,7 +87,7 @@ LONG CheckList::SelectionEx(VARIANT& items, VARIANT& checked, const std::wstring
     auto elements = ElementsOfAny(items, kMostElements);
     if (!elements || elements->empty()) return 0;
     Choices choices(*std::move(elements), Choices::EmptyLines::Shown);
-    choices.ChooseAt(checked, false);
+    choices.ChooseAt(checked, kMostElements, false);
     Show(choices, showing.Request(), title);
     return static_cast<LONG>(choices.Chosen().size());
 }

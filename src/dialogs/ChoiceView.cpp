@@ -91,6 +91,7 @@ void ChoiceView::Fill(Choices& choices, const std::vector<std::wstring>& heading
         for (std::wstring_view cell : LongestOf(cells))
             longest.emplace_back(cell.substr(0, kShownUnits));
     }
+    Send(LVM_SETITEMCOUNT, choices.Rows()); // WantedSize measures nothing in an empty list
     FitColumns();
 }
 
@@ -170,8 +171,10 @@ TwipSize ChoiceView::WantedSize() const
     int width = GetSystemMetrics(SM_CXVSCROLL) + 2 * GetSystemMetrics(SM_CXEDGE);
     for (size_t column = 0; column < longest_.size(); ++column)
         width += static_cast<int>(Send(LVM_GETCOLUMNWIDTH, column));
+    RECT header{};
+    GetClientRect(reinterpret_cast<HWND>(Send(LVM_GETHEADER)), &header);
     return {Owner().ToTwips(width),
-            Owner().ToTwips(HIWORD(room) + 2 * GetSystemMetrics(SM_CYEDGE))};
+            Owner().ToTwips(HIWORD(room) + header.bottom + 2 * GetSystemMetrics(SM_CYEDGE))};
 }
 
 void ChoiceView::ChooseAll(bool chosen)

@@ -134,9 +134,9 @@ std::vector<size_t> Choices::Chosen() const
     return lines;
 }
 
-void Choices::ChooseAt(const VARIANT& positions, bool one)
+void Choices::ChooseAt(const VARIANT& positions, size_t limit, bool one)
 {
-    std::optional<std::vector<Variant>> given = ElementsOfAny(positions, kMostElements);
+    std::optional<std::vector<Variant>> given = ElementsOfAny(positions, limit);
     if (!given) {
         given.emplace(1);
         VariantCopyInd(&given->front(), const_cast<VARIANT*>(&positions));

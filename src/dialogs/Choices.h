@@ -12,7 +12,7 @@
 
 namespace quill {
 
-// More elements of an array are not read, nor shown.
+// Arrays with more elements are not read.
 constexpr size_t kMostElements = 1'000'000;
 
 // What a script reads after the dialog: one entry for each chosen line.
@@ -42,9 +42,10 @@ public:
     // The chosen lines, in the order in which they were given.
     std::vector<size_t> Chosen() const;
 
-    // The line at the positions that a script gives: a number, or an array of them. Only numbers
-    // and texts that are numbers count, Booleans do not. With `one`, the first that exists.
-    void ChooseAt(const VARIANT& positions, bool one);
+    // Chooses the lines at the positions that a script gives: a number, or an array of up to
+    // `limit`. Only numbers and texts that are numbers count, Booleans do not. With `one`, the
+    // first counts that a line has.
+    void ChooseAt(const VARIANT& positions, size_t limit, bool one);
 
     size_t Rows() const noexcept { return rows_.size(); }
     size_t LineOf(size_t row) const noexcept { return rows_[row]; }

@@ -12,6 +12,10 @@ namespace {
 // More headings are not shown.
 constexpr size_t kMostColumns = 64;
 
+// The list view keeps the selected rows in ranges. Many of them take it long: in proportion to the
+// square of their number.
+constexpr size_t kMostSelected = 100'000;
+
 std::vector<std::wstring> HeadingsIn(const VARIANT& columns)
 {
     std::vector<std::wstring> headings;
@@ -48,7 +52,7 @@ LONG List::SelectionA(VARIANT& items, VARIANT& selected, const std::wstring& tit
     if (!elements || elements->empty()) return 0;
     Choices choices(*std::move(elements), Choices::EmptyLines::Shown);
     const bool multi = multiSel_;
-    choices.ChooseAt(selected, !multi);
+    choices.ChooseAt(selected, kMostSelected, !multi);
     Show(choices, showing.Request(), multi, title);
     return static_cast<LONG>(choices.Chosen().size());
 }
