@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <oleauto.h>
+
 #include <algorithm>
 
 namespace quill {
@@ -31,6 +33,33 @@ std::wstring Replace(std::wstring_view text, std::wstring_view from, std::wstrin
 }
 
 constexpr std::wstring_view kNul{L"\0", 1};
+
+// True when the text is like the pattern, where * stands for any text; `fits` says whether a
+// character of the text is one that another of the pattern stands for.
+template <class FitsOne>
+bool Fits(std::wstring_view text, std::wstring_view pattern, FitsOne fits) noexcept
+{
+    size_t at = 0;
+    size_t wanted = 0;
+    // Where to go on when the rest does not fit: the last * then takes one character more.
+    size_t star = std::wstring_view::npos;
+    size_t takenBy = 0;
+    while (at < text.size()) {
+        if (wanted < pattern.size() && pattern[wanted] == L'*') {
+            star = ++wanted;
+            takenBy = at;
+        } else if (wanted < pattern.size() && fits(text[at], pattern[wanted])) {
+            ++at;
+            ++wanted;
+        } else if (star != std::wstring_view::npos) {
+            wanted = star;
+            at = ++takenBy;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(L'*', wanted) == std::wstring_view::npos;
+}
 
 } // namespace
 
@@ -100,27 +129,67 @@ std::wstring UpperCase(std::wstring text)
 
 bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept
 {
-    size_t at = 0;
-    size_t wanted = 0;
-    // Where to go on when the rest does not fit: the last * then takes one character more.
-    size_t star = std::wstring_view::npos;
-    size_t takenBy = 0;
-    while (at < text.size()) {
-        if (wanted < pattern.size() && pattern[wanted] == L'*') {
-            star = ++wanted;
-            takenBy = at;
-        } else if (wanted < pattern.size() &&
-                   (pattern[wanted] == L'?' || pattern[wanted] == text[at])) {
-            ++at;
-            ++wanted;
-        } else if (star != std::wstring_view::npos) {
-            wanted = star;
-            at = ++takenBy;
-        } else {
-            return false;
-        }
+    return Fits(text, pattern,
+                [](wchar_t unit, wchar_t wanted) { return wanted == L'?' || wanted == unit; });
+}
+
+bool FitsMask(std::wstring_view text, std::wstring_view mask) noexcept
+{
+    return Fits(text, mask, [](wchar_t unit, wchar_t wanted) {
+        if (wanted == L'#') return unit >= L'0' && unit <= L'9';
+        if (wanted == L'?') return IsCharAlphaW(unit) != FALSE;
+        return wanted == unit;
+    });
+}
+
+std::wstring UserDecimal()
+{
+    wchar_t decimal[4] = L"."; // the longest that there is, and its end
+    GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, std::size(decimal));
+    return decimal;
+}
+
+std::optional<double> NumberOf(std::wstring_view text, std::wstring_view decimal)
+{
+    const auto take = [&text](std::wstring_view beginning) {
+        const bool found = !beginning.empty() && text.starts_with(beginning);
+        if (found) text.remove_prefix(beginning.size());
+        return found;
+    };
+    std::wstring plain; // as the platform reads it
+    const auto takeSign = [&] {
+        if (take(L"-"))
+            plain += L'-';
+        else
+            take(L"+");
+    };
+    const auto takeDigits = [&] {
+        const size_t count = std::min(text.find_first_not_of(L"0123456789"), text.size());
+        plain += text.substr(0, count);
+        text.remove_prefix(count);
+        return count;
+    };
+
+    text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+    text = text.substr(0, text.find_last_not_of(L' ') + 1);
+    takeSign();
+    size_t digits = takeDigits();
+    if (take(decimal) || take(L".")) {
+        plain += L'.';
+        digits += takeDigits();
     }
-    return pattern.find_first_not_of(L'*', wanted) == std::wstring_view::npos;
+    if (digits == 0) return {};
+    if (take(L"e") || take(L"E")) {
+        plain += L'e';
+        takeSign();
+        if (takeDigits() == 0) return {};
+    }
+    constexpr LCID kEnglish = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
+    double number = 0;
+    if (!text.empty() ||
+        FAILED(VarR8FromStr(plain.data(), kEnglish, LOCALE_NOUSEROVERRIDE, &number)))
+        return {};
+    return number;
 }
 
 } // namespace quill

@@ -1,6 +1,7 @@
 // Lines and lists: text separated by CR LF, as scripts write it, and by NUL, as the platform does.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,5 +41,16 @@ std::wstring UpperCase(std::wstring text);
 // Takes time in proportion to both lengths, whatever the pattern; the platform's own routine takes
 // exponential time on many stars.
 bool IsLike(std::wstring_view text, std::wstring_view pattern) noexcept;
+
+// The same for masks, where # stands for a digit (0 to 9), ? for a letter and * for any text.
+bool FitsMask(std::wstring_view text, std::wstring_view mask) noexcept;
+
+// What stands between a number's whole part and its fraction, as the user has set it.
+std::wstring UserDecimal();
+
+// The number that a text is: a sign, digits with `decimal` or a point among them, and a power of
+// ten such as E-3; spaces around them do not count. Nothing for any other text and beyond what a
+// double holds.
+std::optional<double> NumberOf(std::wstring_view text, std::wstring_view decimal);
 
 } // namespace quill
