@@ -324,10 +324,17 @@ void ListBox::FitScrollBar() noexcept
     Send(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin));
 }
 
-DropDownList::DropDownList(Form& form, const TwipRect& place)
+DropDownList::DropDownList(Form& form, const TwipRect& place, DWORD style,
+                           std::function<void(bool)> onFocus)
     : Control(form, {place.left, place.top, place.width, kDroppedTwips}, WC_COMBOBOXW, L"",
-              WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST)
+              WS_TABSTOP | WS_VSCROLL | style),
+      onFocus_(std::move(onFocus))
 {
+}
+
+void DropDownList::OnCommand(WORD code)
+{
+    if (onFocus_ && (code == CBN_SETFOCUS || code == CBN_KILLFOCUS)) onFocus_(code == CBN_SETFOCUS);
 }
 
 void DropDownList::Add(const std::wstring& line)
@@ -353,6 +360,18 @@ void DropDownList::Select(int index)
 int DropDownList::Selected() const
 {
     return static_cast<int>(Send(CB_GETCURSEL));
+}
+
+void DropDownList::SetCue(const std::wstring& text)
+{
+    Send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+float DropDownList::ClosedHeight() const
+{
+    RECT place{};
+    GetWindowRect(Window(), &place);
+    return Owner().ToTwips(place.bottom - place.top);
 }
 
 // The open list is as wide as its widest line.

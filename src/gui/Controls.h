@@ -150,7 +150,9 @@ private:
 // A native drop-down list. `place` counts for its left, top and width.
 class DropDownList : public Control {
 public:
-    DropDownList(Form& form, const TwipRect& place);
+    // CBS_ bits; `onFocus` hears that the user comes in (true) or leaves.
+    DropDownList(Form& form, const TwipRect& place, DWORD style = CBS_DROPDOWNLIST,
+                 std::function<void(bool)> onFocus = nullptr);
 
     void Add(const std::wstring& line);
     // Replaces a line; the selection stays.
@@ -158,9 +160,16 @@ public:
     void Select(int index);
     int Selected() const; // -1: none
     bool DroppedDown() const noexcept { return Send(CB_GETDROPPEDSTATE) != 0; }
+    // What it shows while nothing is selected.
+    void SetCue(const std::wstring& text);
+    // Its height in twips without the open list, which the font decides.
+    float ClosedHeight() const;
 
 private:
+    void OnCommand(WORD code) override;
     void FitList(const std::wstring& line);
+
+    std::function<void(bool)> onFocus_;
 };
 
 // A native picker of a date or of a time.
@@ -177,9 +186,10 @@ public:
     bool DroppedDown() const noexcept { return droppedDown_; }
     void CloseCalendar() noexcept { Send(DTM_CLOSEMONTHCAL); }
 
-private:
+protected:
     LRESULT OnNotify(NMHDR& notification) override;
 
+private:
     bool droppedDown_ = false;
 };
 

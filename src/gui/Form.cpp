@@ -307,7 +307,8 @@ LRESULT Form::Handle(UINT message, WPARAM wParam, LPARAM lParam)
 Control* Form::FindControl(HWND window) const noexcept
 {
     for (Control* control : controls_)
-        if (control->window_ == window) return control;
+        if (control->window_ == window || (window && IsChild(control->window_, window)))
+            return control;
     return nullptr;
 }
 

@@ -144,6 +144,7 @@ private:
     static Form* FromWindow(HWND window) noexcept;
     static bool PreviewMessage(MSG& message);
 
+    // The control that has this window, or one within: a combo box has its text box.
     Control* FindControl(HWND window) const noexcept;
     void LimitSize(MINMAXINFO& limits) const;
     void ChangeResolution(WPARAM resolution, const RECT& suggested);
