@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "gui/DialogWatch.h"
 #include "gui/guifn.h"
 #include "gui/windowfn.h"
 
@@ -110,9 +111,18 @@ void DialogForm::ShowSecondsLeft(LONG seconds)
         SetCaption(text);
 }
 
+void DialogForm::Nest(const std::function<void()>& show)
+{
+    const FlagScope nested(nested_);
+    const DialogWatch watch(0, [this] { return timeOver_ || request_.abandoned(); });
+    show();
+}
+
 void DialogForm::OnLook()
 {
-    if (timeOver_) {
+    if (timeOver_ && nested_) { // that dialog ends first
+        SetTimer(Window(), kLookTimer, USER_TIMER_MINIMUM, nullptr);
+    } else if (timeOver_) {
         accepted_ = acceptThen_ && OnAccept();
         Finish(Ending::TimeOver);
     } else if (time_->Over()) {

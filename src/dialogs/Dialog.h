@@ -126,6 +126,10 @@ protected:
     // Ends the loop of the platform that a control of the form is in; false when there is none.
     virtual bool LeaveLoop() { return EndPlatformLoop(); }
 
+    // Shows a dialog of the platform on top of the form, by `show`, and brings it to the front. It
+    // is ended before the form, when the form's time is over or nobody waits for the answer.
+    void Nest(const std::function<void()>& show);
+
     // Keeps the user's answer; false leaves the form open.
     virtual bool OnAccept() = 0;
 
@@ -162,6 +166,7 @@ private:
     bool accepted_ = false;
     bool timeOver_ = false;
     bool acceptThen_ = false;
+    bool nested_ = false;              // a dialog of the platform is open
     std::unique_ptr<AnswerTime> time_; // while the form is shown
     std::wstring counted_;             // the caption that the countdown stands behind
 
