@@ -49,6 +49,15 @@ public:
     STORED_VARIANT(InpLocked, inpLocked_)
     STORED_VARIANT(InpLabelColor, inpLabelColor_)
     STORED_VARIANT(InpTextColor, inpTextColor_)
+    STORED_VARIANT(InpType, inpType_)
+    STORED_VARIANT(InpItems, inpItems_)
+    STORED_VARIANT(InpMin, inpMin_)
+    STORED_VARIANT(InpMax, inpMax_)
+    STORED_VARIANT(InpRequired, inpRequired_)
+    STORED_VARIANT(InpSameAs, inpSameAs_)
+    STORED_VARIANT(InpPattern, inpPattern_)
+    STORED_VARIANT(InpErrorText, inpErrorText_)
+    COMPUTED_PROPERTY(VARIANT, Values)
 
     METHOD(BSTR, InputS, (BSTR prompt, BSTR Title, BSTR Default), prompt, Title, Default)
     METHOD(VARIANT_BOOL, InputM, (VARIANT * vinp), vinp)
@@ -58,6 +67,7 @@ private:
                         const std::wstring& text);
     bool InputM(VARIANT& texts);
     std::vector<InputField> Fields() const;
+    Variant Values() const;
 
     InputSettings input_;
     bool convertArr_ = true;
@@ -73,6 +83,15 @@ private:
     Variant inpLocked_;
     Variant inpLabelColor_;
     Variant inpTextColor_;
+    Variant inpType_;
+    Variant inpItems_;
+    Variant inpMin_;
+    Variant inpMax_;
+    Variant inpRequired_;
+    Variant inpSameAs_;
+    Variant inpPattern_;
+    Variant inpErrorText_;
+    std::vector<Answer> answers_; // of the last call
 };
 
 } // namespace quill

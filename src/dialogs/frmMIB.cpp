@@ -14,7 +14,6 @@ namespace {
 constexpr float kWidth = 6000;
 constexpr float kMargin = 240;
 constexpr float kGap = 120;
-constexpr float kEditPadding = 120;  // of an edit control, around its line
 constexpr float kLabelTop = 60;      // from the field's top to the label's
 constexpr float kMostLabelLines = 4; // beside a field; more are cut
 constexpr float kTipLines = 2;
@@ -44,28 +43,11 @@ constexpr DWORD LabelStyle(const InputSettings& input)
     return alignments[input.alignLabel] | (input.accessKeys ? 0 : SS_NOPREFIX);
 }
 
-bool HidesText(const InputSettings& input, size_t index)
+// Kept as published: the flags make passwords of texts.
+InputKind KindOf(const InputSettings& input, size_t index, const InputField& field)
 {
-    return (input.flags & 1 << index) != 0;
-}
-
-DWORD EditStyle(const InputSettings& input, size_t index, const InputField& field)
-{
-    constexpr DWORD alignments[] = {ES_LEFT, ES_RIGHT, ES_CENTER};
-    DWORD style = alignments[input.alignInput];
-    if (HidesText(input, index)) style |= ES_PASSWORD;
-    if (field.locked) style |= ES_READONLY;
-    return style;
-}
-
-LONG CaseStyle(SHORT textStyle)
-{
-    switch (textStyle) {
-    case 1: return ES_UPPERCASE;
-    case 2: return ES_LOWERCASE;
-    case kDigits: return ES_NUMBER;
-    default: return 0;
-    }
+    const bool hidden = (input.flags & 1 << index) != 0;
+    return hidden && field.kind == InputKind::Text ? InputKind::Password : field.kind;
 }
 
 bool HasDigitsOnly(const std::wstring& text)
@@ -88,32 +70,13 @@ void ShowBalloon(HWND edit, const std::wstring& title, const std::wstring& text)
 
 frmMIB::Row::Row(frmMIB& form, size_t index, const InputField& field)
     : design(field), label(form, {}, field.label.c_str(), LabelStyle(form.input_)),
-      edit(form, {}, EditStyle(form.input_, index, field),
-           [&form, index](bool entered) { form.OnFieldFocus(index, entered); })
+      entry(MakeEntry({form, form.input_,
+                       [&form, index](bool entered) { form.OnFieldFocus(index, entered); },
+                       [&form](const auto& show) { form.Nest(show); }},
+                      design, KindOf(form.input_, index, field)))
 {
-    const InputSettings& input = form.input_;
-    const HWND window = edit.Window();
     if (design.labelColor != 0) label.SetTextColor(design.labelColor);
-    if (design.textColor != 0) edit.SetTextColor(design.textColor);
-    if (const LONG style = CaseStyle(design.textStyle)) AddWindowStyle(window, style, false, false);
-    if (HidesText(input, index))
-        SendMessageW(window, EM_SETPASSWORDCHAR, input.passwordChar.front(), 0);
-    LimitText(input);
-    if (!design.cueText.empty())
-        SendMessageW(window, EM_SETCUEBANNER, input.cueAtFocus ? 1 : 0,
-                     reinterpret_cast<LPARAM>(design.cueText.c_str()));
-    if (design.label.empty())
-        edit.SetAccessibleName(design.cueText.empty() ? design.tipText : design.cueText);
-}
-
-// Sets the text, and how long it may be.
-void frmMIB::Row::LimitText(const InputSettings& input)
-{
-    SHORT limit = 0; // none
-    if (input.columns) limit = input.textLimit;
-    if (design.maxLen > 0) limit = std::min(limit, design.maxLen);
-    SendMessageW(edit.Window(), EM_SETLIMITTEXT, static_cast<WPARAM>(limit), 0);
-    edit.SetText(limit > 0 ? design.text.substr(0, static_cast<size_t>(limit)) : design.text);
+    if (design.kind == InputKind::CheckBox) label.SetVisible(false); // the box has its own caption
 }
 
 frmMIB::frmMIB(DialogRequest request, const InputSettings& input,
@@ -123,8 +86,15 @@ frmMIB::frmMIB(DialogRequest request, const InputSettings& input,
                   kSizableStyle & ~WS_MAXIMIZEBOX,
                   kWidth - 2 * kMargin},
                  std::move(request)),
-      input_(input), rows_(MakeRows(fields))
+      input_(input), texts_(fields.size()), rows_(MakeRows(fields))
 {
+    texts_.texts.resize(fields.size());
+}
+
+frmMIB::~frmMIB()
+{
+    StopTimer();
+    Unload(); // while the rows are there
 }
 
 std::vector<std::unique_ptr<frmMIB::Row>> frmMIB::MakeRows(const std::vector<InputField>& fields)
@@ -149,12 +119,13 @@ bool frmMIB::Ask(const std::wstring& title, UINT milliseconds)
 
     frame_ = OuterSize().height - InnerSize().height;
     Measure();
-    height_ = LayOut(InnerSize().width);
+    height_ = LayOut(InnerSize().width, 0);
     wider_ = WidthSurplus(InnerSize().width - 2 * kMargin);
     PlaceAtCentre({kWidth + wider_, height_ + frame_});
     SetContentHeight(height_);
     const auto start = static_cast<size_t>(input_.start);
-    SetFirstFocus(rows_[start < rows_.size() ? start : 0]->edit);
+    const Control& first = rows_[start < rows_.size() ? start : 0]->entry->Main();
+    if (IsWindowEnabled(first.Window())) SetFirstFocus(first);
     if (milliseconds != 0) {
         void* entry = BuildPushParamThunk(thunk_, this, reinterpret_cast<void*>(OnTimer));
         timer_ = StartTimer(milliseconds, entry);
@@ -174,22 +145,17 @@ void frmMIB::StopTimer() noexcept
     timer_ = 0;
 }
 
-// The window of the tips goes with the form, whose own it is.
 void frmMIB::AddTips()
 {
-    const DWORD style = WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX |
-                        static_cast<DWORD>(input_.tips == kTipBalloon ? TTS_BALLOON : 0);
-    const HWND tips = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, style, 0, 0, 0, 0,
-                                      Window(), nullptr, GetModuleHandleW(nullptr), nullptr);
+    const HWND tips = MakeTipWindow(*this, kTipWidth, input_.tips == kTipBalloon);
     if (!tips) return;
-    SendMessageW(tips, TTM_SETMAXTIPWIDTH, 0, ToPixels(kTipWidth));
     for (const auto& row : rows_) {
         if (row->design.tipText.empty()) continue;
         TOOLINFOW tool{};
         tool.cbSize = sizeof tool;
         tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
         tool.hwnd = Window();
-        tool.uId = reinterpret_cast<UINT_PTR>(row->edit.Window());
+        tool.uId = reinterpret_cast<UINT_PTR>(row->entry->KeyWindow());
         tool.lpszText = const_cast<wchar_t*>(row->design.tipText.c_str());
         SendMessageW(tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     }
@@ -199,7 +165,7 @@ void frmMIB::OnFieldFocus(size_t index, bool entered)
 {
     if (entered) {
         lblTip.SetText(rows_[index]->design.tipText);
-        PlaceCaret(*rows_[index]);
+        rows_[index]->entry->OnEnter();
     } else if (!refused_) {
         PostTo(Window(), index); // once the focus is where it goes
     }
@@ -210,60 +176,129 @@ void frmMIB::OnFocusMoved(Control& control)
     DialogForm::OnFocusMoved(control);
     // The platform selects the text of a field that the keyboard leads to.
     for (const auto& row : rows_)
-        if (&row->edit == &control) PlaceCaret(*row);
+        if (&row->entry->Main() == &control) row->entry->OnEnter();
 }
 
-void frmMIB::PlaceCaret(Row& row)
+LRESULT frmMIB::Handle(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    row.edit.Select(input_.selectText ? 0 : -1, -1);
+    switch (message) {
+    case WM_MOVE:
+    case WM_ACTIVATE: balloon_.Hide(); break;
+    case WM_DESTROY: // the controls are still there
+        for (const auto& row : rows_)
+            row->entry->Forget();
+        break;
+    default: break;
+    }
+    return DialogForm::Handle(message, wParam, lParam);
+}
+
+bool frmMIB::OnPreview(const MSG& message)
+{
+    if (message.message == WM_KEYDOWN || message.message == WM_LBUTTONDOWN) balloon_.Hide();
+    for (const auto& row : rows_) {
+        if (!row->entry->Has(message.hwnd)) continue;
+        if (row->entry->OnKey(message)) return true;
+        if (row->entry->ListOpen()) return false;
+        // Not every control lets the form have Enter.
+        if (message.message == WM_KEYDOWN && message.wParam == VK_RETURN &&
+            (!row->entry->TakesEnter() || GetKeyState(VK_CONTROL) < 0)) {
+            Accept();
+            return true;
+        }
+    }
+    return DialogForm::OnPreview(message);
+}
+
+bool frmMIB::LeaveLoop()
+{
+    return std::ranges::any_of(rows_, [](const auto& row) { return row->entry->LeaveLoop(); }) ||
+           DialogForm::LeaveLoop();
 }
 
 // The user has left a field. One that is too short keeps the focus, unless the user has turned to
-// another window.
+// another window, or to the button beside it.
 void frmMIB::OnPosted(WPARAM index)
 {
-    if (input_.columns && index < rows_.size() && IsChild(Window(), GetFocus()) &&
-        TooShort(*rows_[index]))
-        Refuse(*rows_[index], input_.balloonTitle, input_.balloonText);
+    const HWND focus = GetFocus();
+    if (input_.columns && index < rows_.size() && IsChild(Window(), focus) &&
+        !rows_[index]->entry->Has(focus) && TooShort(*rows_[index]))
+        RefuseTooShort(*rows_[index]);
 }
 
 bool frmMIB::TooShort(const Row& row)
 {
-    return !row.design.locked &&
-           GetWindowTextLengthW(row.edit.Window()) < static_cast<int>(row.design.minLen);
+    const HWND edit = row.entry->Edit();
+    return edit && !row.design.locked &&
+           GetWindowTextLengthW(edit) < static_cast<int>(row.design.minLen);
 }
 
-void frmMIB::Refuse(Row& row, const std::wstring& title, const std::wstring& text)
+void frmMIB::RefuseTooShort(Row& row)
 {
+    Refuse(row, input_.balloonTitle, input_.balloonText, false);
+}
+
+void frmMIB::Refuse(Row& row, const std::wstring& title, std::wstring text, bool beep)
+{
+    if (!row.design.errorText.empty()) {
+        text = row.design.errorText;
+        beep = true;
+    }
     refused_ = true; // the field that loses the focus now is not to be looked at
-    row.edit.Focus();
+    row.entry->Main().Focus();
     refused_ = false;
-    ShowBalloon(row.edit.Window(), title, text);
-    if (text.empty()) Seam<Foreground>().beep(MB_ICONERROR); // there is no balloon to see
+    if (const HWND edit = row.entry->Edit())
+        ShowBalloon(edit, title, text);
+    else
+        balloon_.Show(*this, row.entry->KeyWindow(), title, text);
+    // Without a text there is no balloon to see.
+    if (beep || text.empty()) Seam<Foreground>().beep(MB_ICONERROR);
     // The line has the field's tip again when the focus comes back.
     if (input_.tips == kTipLine)
         lblTip.SetText(text.empty() ? TooShortText(row.design.minLen) : text);
 }
 
+std::wstring frmMIB::FaultOf(size_t index, const std::vector<std::wstring>& texts) const
+{
+    const Row& row = *rows_[index];
+    const std::wstring fault = row.entry->Fault(texts[index]);
+    const auto other = static_cast<size_t>(row.design.sameAs); // beyond all others when below 0
+    if (!fault.empty() || other >= texts.size() || texts[index] == texts[other]) return fault;
+    const std::wstring label = ShownLabel(input_, rows_[other]->design);
+    return L"This must be the same as " +
+           (label.empty() ? L"field " + std::to_wstring(other + 1) : L'"' + label + L'"') + L'.';
+}
+
 bool frmMIB::OnAccept()
 {
-    std::vector<std::wstring> texts;
-    texts.reserve(rows_.size());
+    PassingTexts entered(rows_.size());
     for (const auto& row : rows_) {
-        texts.push_back(row->edit.Text());
-        if (!input_.columns) continue;
-        if (TooShort(*row)) {
-            Refuse(*row, input_.balloonTitle, input_.balloonText);
+        const PassingText text(row->entry->Text());
+        entered.texts.push_back(text.text);
+    }
+    std::vector<Answer> answers;
+    for (size_t index = 0; index < rows_.size(); ++index) {
+        Row& row = *rows_[index];
+        const std::wstring& text = entered.texts[index];
+        answers.push_back(row.entry->Value(text));
+        if (!input_.columns || row.design.locked) continue;
+        if (TooShort(row)) {
+            RefuseTooShort(row);
             return false;
         }
         // The control itself looks at typing only, not at what is pasted.
-        const bool digits = input_.checkDigits && row->design.textStyle == kDigits;
-        if (digits && !row->design.locked && !HasDigitsOnly(texts.back())) {
-            Refuse(*row, {}, kDigitsOnly);
+        if (input_.checkDigits && row.design.textStyle == kDigits && row.entry->Edit() &&
+            !HasDigitsOnly(text)) {
+            Refuse(row, {}, kDigitsOnly, false);
+            return false;
+        }
+        if (const std::wstring fault = FaultOf(index, entered.texts); !fault.empty()) {
+            Refuse(row, {}, fault, true);
             return false;
         }
     }
-    texts_ = std::move(texts);
+    std::swap(texts_.texts, entered.texts);
+    answers_ = std::move(answers);
     return true;
 }
 
@@ -277,7 +312,9 @@ void frmMIB::Measure()
     };
     infoTextHeight_ = Settings().info.empty() ? 0 : heightAt(lblText, width, kMaximumInfoHeight);
     for (const auto& row : rows_) {
-        row->editHeight = row->edit.LineHeight() + kEditPadding;
+        row->entryHeight =
+            row->entry->HeightAt(input_.columns ? width - kGap - LabelWidth(width) : width);
+        if (row->design.kind == InputKind::CheckBox) continue; // its caption is its own
         if (input_.columns)
             row->labelHeight =
                 heightAt(row->label, LabelWidth(width), kMostLabelLines * row->label.LineHeight());
@@ -291,8 +328,14 @@ float frmMIB::LabelWidth(float width) const
     return (width - kGap) * static_cast<float>(input_.labelEditRatio) / 8;
 }
 
-float frmMIB::LayOut(float inner)
+ptrdiff_t frmMIB::Growing() const
 {
+    return std::ranges::count_if(rows_, [](const auto& row) { return row->entry->Grows(); });
+}
+
+float frmMIB::LayOut(float inner, float spare)
+{
+    const float share = spare / static_cast<float>(std::max<ptrdiff_t>(1, Growing()));
     const float width = inner - 2 * kMargin;
     float top = kMargin;
     if (infoTextHeight_ > 0) {
@@ -300,16 +343,17 @@ float frmMIB::LayOut(float inner)
         top += infoTextHeight_ + kMargin;
     }
     for (const auto& row : rows_) {
+        const float entryHeight = row->entryHeight + (row->entry->Grows() ? share : 0);
         if (input_.columns) {
             const float left = kMargin + LabelWidth(width) + kGap;
             row->label.Move({kMargin, top + kLabelTop, LabelWidth(width), row->labelHeight});
-            row->edit.Move({left, top, kMargin + width - left, row->editHeight});
-            top += std::max(row->editHeight, row->labelHeight + kLabelTop) + kGap;
+            row->entry->Move({left, top, kMargin + width - left, entryHeight});
+            top += std::max(entryHeight, row->labelHeight + kLabelTop) + kGap;
         } else {
             row->label.Move({kMargin, top, width, row->labelHeight});
             if (row->labelHeight > 0) top += row->labelHeight + kGap;
-            row->edit.Move({kMargin, top, width, row->editHeight});
-            top += row->editHeight + kGap;
+            row->entry->Move({kMargin, top, width, entryHeight});
+            top += entryHeight + kGap;
         }
     }
     if (input_.tips == kTipLine) {
@@ -318,12 +362,14 @@ float frmMIB::LayOut(float inner)
         top += height + kGap;
     }
     PlaceButtons({kMargin + width - ButtonWidth(), top + kGap, ButtonWidth(), kButtonHeight});
-    return top + kGap + kButtonHeight + kMargin;
+    return top + kGap + kButtonHeight + kMargin - spare;
 }
 
 void frmMIB::OnResize(TwipSize)
 {
-    if (height_ > 0) LayOut(InnerSize().width);
+    if (height_ == 0) return;
+    const TwipSize inner = InnerSize();
+    LayOut(inner.width, Growing() > 0 ? std::max(0.0F, inner.height - height_) : 0);
 }
 
 TwipSize frmMIB::MinimumSize() const
@@ -333,7 +379,7 @@ TwipSize frmMIB::MinimumSize() const
 
 TwipSize frmMIB::MaximumSize() const
 {
-    return {0, height_ > 0 ? height_ + frame_ : 0};
+    return {0, height_ > 0 && Growing() == 0 ? height_ + frame_ : 0};
 }
 
 } // namespace quill

@@ -7,65 +7,40 @@
 #include <vector>
 
 #include "dialogs/Dialog.h"
+#include "dialogs/Entries.h"
 #include "gui/modPushParamThunk.h"
 
 namespace quill {
-
-// What all fields have in common. Whole numbers are as scripts set them.
-struct InputSettings {
-    SHORT number = 1;
-    SHORT start = 0; // index of the field with the focus
-    SHORT textLimit = 1024;
-    SHORT labelEditRatio = 4; // eighths of a row for the label
-    SHORT alignInput = 0;     // 0 left, 1 right, 2 centre
-    SHORT alignLabel = 0;
-    SHORT tips = 0;  // 0 tooltips, 1 balloons, 2 a line below the fields
-    SHORT flags = 0; // bit i: field i hides its text
-    bool checkDigits = true;
-    bool selectText = true;
-    bool cueAtFocus = false;
-    bool accessKeys = false;
-    bool bigInfo = false;
-    bool columns = false; // labels beside their fields; limits apply
-    std::wstring passwordChar = L"*";
-    std::wstring balloonText, balloonTitle;
-};
-
-struct InputField {
-    std::wstring label, text, cueText, tipText;
-    SHORT textStyle = 0; // 1 upper case, 2 lower case, 3 digits
-    SHORT maxLen = 0;    // 0: the common limit
-    SHORT minLen = 0;
-    bool locked = false;
-    COLORREF labelColor = 0; // 0: the system's
-    COLORREF textColor = 0;
-};
 
 // Must be heap-allocated: it contains the timer's executable code.
 class frmMIB final : public DialogForm, public ExecutableObject {
 public:
     frmMIB(DialogRequest request, const InputSettings& input,
            const std::vector<InputField>& fields);
-    ~frmMIB() override { StopTimer(); }
+    ~frmMIB() override;
 
     // Shows the form and waits for the user; false when they cancelled, or when this many
     // milliseconds (0: no end) have passed.
     bool Ask(const std::wstring& title, UINT milliseconds);
 
-    // The texts of all fields, as they were on OK.
-    const std::vector<std::wstring>& Texts() const noexcept { return texts_; }
+    // The texts of all fields, as they were on OK, or else empty ones; and what they mean by the
+    // fields' kinds, or else nothing.
+    const std::vector<std::wstring>& Texts() const noexcept { return texts_.texts; }
+    std::vector<Answer> TakeAnswers() noexcept { return std::move(answers_); }
 
 private:
     struct Row {
         Row(frmMIB& form, size_t index, const InputField& design);
-        void LimitText(const InputSettings& input);
 
-        InputField design;
-        float labelHeight = 0, editHeight = 0; // twips
+        const InputField design;
+        float labelHeight = 0, entryHeight = 0; // twips
         Label label;
-        TextBox edit;
+        const std::unique_ptr<Entry> entry;
     };
 
+    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
+    bool OnPreview(const MSG& message) override;
+    bool LeaveLoop() override;
     void OnFocusMoved(Control& control) override;
     void OnPosted(WPARAM index) override;
     void OnResize(TwipSize outer) override;
@@ -81,14 +56,18 @@ private:
     void AddTips();
     // The user has come into a field, or has left it.
     void OnFieldFocus(size_t index, bool entered);
-    void PlaceCaret(Row& row);
     static bool TooShort(const Row& row);
-    // Keeps the user in a field, and says why.
-    void Refuse(Row& row, const std::wstring& title, const std::wstring& text);
+    // Why OK does not take a field, besides what its length and its digits say; empty when it does.
+    std::wstring FaultOf(size_t index, const std::vector<std::wstring>& texts) const;
+    // Keeps the user in a field, and says why: `text`, unless the script has its own.
+    void Refuse(Row& row, const std::wstring& title, std::wstring text, bool beep);
+    void RefuseTooShort(Row& row);
     void Measure();
     float LabelWidth(float width) const;
-    // Moves all controls for this inner width; returns the height that they take. Twips.
-    float LayOut(float inner);
+    ptrdiff_t Growing() const; // how many rows can use more height
+    // Moves all controls for this inner width, with this much height for those that can use it;
+    // returns the height that they take without that. Twips.
+    float LayOut(float inner, float spare);
 
     const InputSettings input_;
     float height_ = 0;         // of the content; twips
@@ -96,7 +75,9 @@ private:
     float frame_ = 0;          // the window's height beyond its content; twips
     float wider_ = 0;          // beyond the design, for two buttons; twips
     bool refused_ = false;     // the focus is on its way back to a field
-    std::vector<std::wstring> texts_;
+    PassingTexts texts_;
+    std::vector<Answer> answers_;
+    Balloon balloon_;
     PushParamThunk thunk_{};
     UINT_PTR timer_ = 0;
 

@@ -67,9 +67,9 @@ LRESULT CALLBACK LinesBox::OnMessage(HWND window, UINT message, WPARAM wParam, L
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_GETDLGCODE) return result;
     const auto* key = reinterpret_cast<const MSG*>(lParam);
-    const bool newLine = key && key->message == WM_KEYDOWN && key->wParam == VK_RETURN &&
-                         GetKeyState(VK_CONTROL) >= 0;
-    return newLine ? result | DLGC_WANTMESSAGE : result & ~(DLGC_WANTALLKEYS | DLGC_WANTTAB);
+    return key && key->message == WM_KEYDOWN && key->wParam == VK_RETURN
+               ? result | DLGC_WANTMESSAGE
+               : result & ~(DLGC_WANTALLKEYS | DLGC_WANTTAB);
 }
 
 // Older versions of the control select all in a single line only.
@@ -104,11 +104,11 @@ void DateBox::SetRange(const SYSTEMTIME* first, const SYSTEMTIME* last)
          reinterpret_cast<LPARAM>(range));
 }
 
-void DateBox::OnNotify(const NMHDR& notification)
+LRESULT DateBox::OnNotify(NMHDR& notification)
 {
-    DateTimePicker::OnNotify(notification);
     if (notification.code == NM_SETFOCUS || notification.code == NM_KILLFOCUS)
         onFocus_(notification.code == NM_SETFOCUS);
+    return DateTimePicker::OnNotify(notification);
 }
 
 HWND MakeTipWindow(const Form& form, float width, bool balloons)

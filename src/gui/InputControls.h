@@ -55,7 +55,7 @@ public:
     void SetRange(const SYSTEMTIME* first, const SYSTEMTIME* last);
 
 private:
-    void OnNotify(const NMHDR& notification) override;
+    LRESULT OnNotify(NMHDR& notification) override;
 
     FocusHandler onFocus_;
 };
