@@ -45,6 +45,12 @@ DWORD EditStyle(const EntryHost& host, const InputField& field)
     return alignments[host.input.alignInput] | (field.locked ? ES_READONLY : 0U);
 }
 
+// The height of a control that shows one line.
+float LineHeightOf(const Control& control)
+{
+    return control.LineHeight() + kEditPadding;
+}
+
 // Limits of which the lower one is above the other are none.
 template <class Limit>
 bool InOrder(const std::optional<Limit>& low, const std::optional<Limit>& high)
@@ -74,7 +80,7 @@ public:
 
     Control& Main() override { return *box_; }
     HWND Edit() const override { return box_->Window(); }
-    float HeightAt(float) override { return box_->LineHeight() + kEditPadding; }
+    float HeightAt(float) override { return LineHeightOf(*box_); }
     std::wstring Text() const override { return box_->Text(); }
     void OnEnter() override { box_->Select(host_.input.selectText ? 0 : -1, -1); }
 
@@ -250,7 +256,7 @@ public:
     Control& Main() override { return box_; }
     float HeightAt(float width) override
     {
-        return std::max(box_.LineHeight() + kEditPadding, box_.HeightAt(width));
+        return std::max(LineHeightOf(box_), box_.HeightAt(width));
     }
     std::wstring Text() const override { return box_.Checked() ? L"True" : L"False"; }
     Answer Value(const std::wstring&) const override { return Variant(box_.Checked()); }
@@ -280,7 +286,12 @@ public:
 
     Control& Main() override { return box_; }
     HWND Edit() const override { return box_.Edit(); }
-    float HeightAt(float) override { return box_.ClosedHeight(); }
+    float HeightAt(float) override { return LineHeightOf(box_); }
+    void Move(const TwipRect& place) override
+    {
+        box_.SetClosedHeight(place.height);
+        box_.Move(place);
+    }
     std::wstring Text() const override { return WindowText(box_.Window()); }
     void OnEnter() override
     {
@@ -308,7 +319,12 @@ public:
     }
 
     Control& Main() override { return box_; }
-    float HeightAt(float) override { return box_.ClosedHeight(); }
+    float HeightAt(float) override { return LineHeightOf(box_); }
+    void Move(const TwipRect& place) override
+    {
+        box_.SetClosedHeight(place.height);
+        box_.Move(place);
+    }
     std::wstring Text() const override
     {
         const int selected = box_.Selected();
@@ -342,7 +358,7 @@ public:
     }
 
     Control& Main() override { return box_; }
-    float HeightAt(float) override { return box_.LineHeight() + kEditPadding; }
+    float HeightAt(float) override { return LineHeightOf(box_); }
     std::wstring Text() const override
     {
         const SYSTEMTIME day = box_.Picked();

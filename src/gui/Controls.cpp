@@ -367,11 +367,13 @@ void DropDownList::SetCue(const std::wstring& text)
     Send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(text.c_str()));
 }
 
-float DropDownList::ClosedHeight() const
+void DropDownList::SetClosedHeight(float height)
 {
+    constexpr auto kSelection = static_cast<WPARAM>(-1); // the item that is seen
     RECT place{};
     GetWindowRect(Window(), &place);
-    return Owner().ToTwips(place.bottom - place.top);
+    const LRESULT frame = place.bottom - place.top - Send(CB_GETITEMHEIGHT, kSelection);
+    Send(CB_SETITEMHEIGHT, kSelection, Owner().ToPixels(height) - frame);
 }
 
 // The open list is as wide as its widest line.

@@ -162,8 +162,8 @@ public:
     bool DroppedDown() const noexcept { return Send(CB_GETDROPPEDSTATE) != 0; }
     // What it shows while nothing is selected.
     void SetCue(const std::wstring& text);
-    // Its height in twips without the open list, which the font decides.
-    float ClosedHeight() const;
+    // Its height in twips without the open list; at first the font decides.
+    void SetClosedHeight(float height);
 
 private:
     void OnCommand(WORD code) override;
