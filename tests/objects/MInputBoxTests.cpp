@@ -3,12 +3,16 @@
 #include <tuple>
 
 #include "core/Apartment.h"
+#include "dialogs/FileDialog.h"
+#include "dialogs/FolderDialog.h"
 #include "gui/windowfn.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {
 namespace {
+
+using namespace std::literals;
 
 constexpr wchar_t kTitle[] = L"About you";
 
@@ -184,9 +188,14 @@ TEST_F(MInputBoxTest, ARefusedFieldIsNeverSilent)
     box_.Put(L"ShowTipControl", 2);
     box_.Put(L"InpTipText", ScriptArray(L"the tip"));
     box_.Put(L"InpMinLen", ScriptArray(2));
-    for (const auto& [text, said] : {std::pair{L"", L"At least 2 characters are needed here."},
-                                     {L"Two, please", L"Two, please"}}) {
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*, int> cases[] = {
+        {L"", L"", L"At least 2 characters are needed here.", 1},
+        {L"Two, please", L"", L"Two, please", 1}, // the balloon is seen
+        {L"", L"Name, please", L"Name, please", 2},
+    };
+    for (const auto& [text, error, said, heard] : cases) {
         box_.Put(L"MinBalloonText", text);
+        box_.Put(L"InpErrorText", ScriptArray(error));
         EXPECT_EQ(Ask([&](Desk& desk) {
                       const HWND field = Fields(desk)[0];
                       const auto isSaid = [&](const wchar_t* line) {
@@ -202,7 +211,7 @@ TEST_F(MInputBoxTest, ARefusedFieldIsNeverSilent)
                       desk.Press(VK_RETURN);
                   }),
                   L"ab|");
-        EXPECT_EQ(beeps, 1) << "the balloon of the second is seen";
+        EXPECT_EQ(beeps, heard);
     }
     Seam<Foreground>() = Foreground();
 }
@@ -262,6 +271,108 @@ TEST_F(MInputBoxTest, ScrollsWhereTheScreenIsTooSmall)
                   desk.Press(VK_RETURN);
               }),
               L"|||||||||x|");
+}
+
+TEST_F(MInputBoxTest, ButtonsShowTheSystemsDialogs)
+{
+    Seam<FileDialogs>().show = [](OPENFILENAMEW* dialog, bool save) {
+        EXPECT_TRUE(save);
+        EXPECT_EQ(dialog->lpstrFile, L"a.txt"s);
+        EXPECT_EQ(dialog->lpstrInitialDir, L"C:\\gone"s);
+        EXPECT_EQ(std::wstring(dialog->lpstrFilter, 13), L"Texts\0*.txt\0\0"s);
+        wcscpy(dialog->lpstrFile, L"D:\\long enough.txt");
+        return TRUE;
+    };
+    Seam<FolderDialogs>().show = [](const FolderRequest& request) {
+        EXPECT_EQ(request.start, L"C:\\old");
+        return L"C:\\new"s;
+    };
+    box_.Put(L"InputNumber", 2);
+    box_.Put(L"InpType", ScriptArray(9, 10));
+    box_.Put(L"InpText", ScriptArray(L"C:\\gone\\a.txt", L"C:\\old"));
+    box_.Put(L"InpItems", ScriptArray(L"Texts\r\n*.txt"));
+    box_.Put(L"InpMinLen", ScriptArray(14)); // the user may go to the button all the same
+    EXPECT_EQ(Ask([&](Desk& desk) {
+                  const std::vector<HWND> fields = Fields(desk);
+                  desk.Click(desk.Control(kTitle, L"Button", L"..."));
+                  desk.WaitFor(L"the file", [&] { return Desk::TextOf(fields[0])[0] == L'D'; });
+                  desk.PressKeys(L"{TAB}{TAB}{F4}");
+                  desk.WaitFor(L"the folder",
+                               [&] { return Desk::TextOf(fields[1]) == L"C:\\new"; });
+                  desk.Press(VK_RETURN);
+              }),
+              L"D:\\long enough.txt|C:\\new|");
+    Seam<FileDialogs>() = {};
+    Seam<FolderDialogs>() = {};
+}
+
+// The time of the form is that of the dialog that a button of it shows, too.
+TEST_F(MInputBoxTest, TheSystemsDialogEndsBeforeTheForm)
+{
+    box_.Put(L"InpType", ScriptArray(10));
+    box_.Put(L"InpText", ScriptArray(L"C:\\kept"));
+    box_.Put(L"Timeout", 1);
+    box_.Put(L"TimeoutAccepts", true);
+    EXPECT_EQ(Ask([](Desk& desk) {
+                  const HWND form = desk.Window(kTitle);
+                  desk.Press(VK_F4);
+                  const HWND dialog = desk.Window(L"Select Folder");
+                  desk.WaitUntilGone(dialog);
+                  desk.WaitUntilGone(form);
+              }),
+              L"C:\\kept|");
+    EXPECT_EQ(box_.Get(L"Outcome"), 4);
+}
+
+// The units of a password that nothing of the test holds as a text.
+constexpr size_t kPasswordLength = 20;
+constexpr wchar_t PasswordUnit(size_t index)
+{
+    return static_cast<wchar_t>(L'a' + index * 7 % 26);
+}
+
+bool IsPassword(const wchar_t* text)
+{
+    size_t index = 0;
+    while (index < kPasswordLength && text[index] == PasswordUnit(index))
+        ++index;
+    return index == kPasswordLength;
+}
+
+size_t PasswordsInMemory()
+{
+    size_t found = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (auto* at = static_cast<const char*>(nullptr); VirtualQuery(at, &region, sizeof region);
+         at = static_cast<const char*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State != MEM_COMMIT || region.Protect != PAGE_READWRITE) continue;
+        const auto* begin = static_cast<const wchar_t*>(region.BaseAddress);
+        const auto* end = begin + region.RegionSize / sizeof *begin - kPasswordLength;
+        for (; begin < end; ++begin)
+            found += IsPassword(begin);
+    }
+    return found;
+}
+
+TEST_F(MInputBoxTest, PasswordsDoNotStayInMemory)
+{
+    box_.Put(L"InputFlags", 1);
+    for (const WORD key : {WORD{VK_ESCAPE}, WORD{VK_RETURN}}) {
+        Variant texts;
+        Robot robot([&](Desk& desk) {
+            desk.Control(kTitle, L"Edit");
+            for (size_t index = 0; index < kPasswordLength; ++index)
+                desk.Type(std::wstring(1, PasswordUnit(index)));
+            desk.Press(key);
+        });
+        const bool accepted = box_.Call(L"InputM", &texts).Truth();
+        EXPECT_EQ(accepted, key == VK_RETURN);
+        // The result is the script's.
+        EXPECT_EQ(PasswordsInMemory(), accepted ? 1U : 0U);
+        if (!accepted) continue;
+        const Variant values = box_.Get(L"Values");
+        EXPECT_TRUE(IsPassword(V_BSTR(&DataOf<Variant>(*V_ARRAY(&values))[0])));
+    }
 }
 
 TEST_F(MInputBoxTest, NestedDialogsReturnFirst)
