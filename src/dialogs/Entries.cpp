@@ -291,6 +291,8 @@ public:
     {
         box_.SetClosedHeight(place.height);
         box_.Move(place);
+        // The control selects its text whenever it is sized.
+        if (GetFocus() != Edit()) SendMessageW(Edit(), EM_SETSEL, static_cast<WPARAM>(-1), 0);
     }
     std::wstring Text() const override { return WindowText(box_.Window()); }
     void OnEnter() override
