@@ -261,7 +261,7 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, std::wstring text, bool
 std::wstring frmMIB::FaultOf(size_t index, const std::vector<std::wstring>& texts) const
 {
     const Row& row = *rows_[index];
-    const std::wstring fault = row.entry->Fault(texts[index]);
+    std::wstring fault = row.entry->Fault(texts[index]);
     const auto other = static_cast<size_t>(row.design.sameAs); // beyond all others when below 0
     if (!fault.empty() || other >= texts.size() || texts[index] == texts[other]) return fault;
     const std::wstring label = ShownLabel(input_, rows_[other]->design);
