@@ -149,7 +149,11 @@ protected:
 
     // Esc, where the settings let it cancel, and Enter on the Cancel button.
     bool OnPreview(const MSG& message) override;
-    void OnClose() override { Finish(Ending::Closed); }
+    // Not while another dialog is on top of it: that goes first.
+    void OnClose() override
+    {
+        if (!nested_) Finish(Ending::Closed);
+    }
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:

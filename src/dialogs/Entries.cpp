@@ -80,7 +80,7 @@ public:
 
     Control& Main() override { return *box_; }
     HWND Edit() const override { return box_->Window(); }
-    float HeightAt(float) override { return LineHeightOf(*box_); }
+    float Height() override { return LineHeightOf(*box_); }
     std::wstring Text() const override { return box_->Text(); }
     void OnEnter() override { box_->Select(host_.input.selectText ? 0 : -1, -1); }
 
@@ -129,7 +129,7 @@ public:
     {
     }
 
-    float HeightAt(float) override { return kLines * box_->LineHeight() + kEditPadding; }
+    float Height() override { return kLines * box_->LineHeight() + kEditPadding; }
     bool Grows() const override { return true; }
     bool TakesEnter() const override { return true; }
 };
@@ -254,10 +254,7 @@ public:
     }
 
     Control& Main() override { return box_; }
-    float HeightAt(float width) override
-    {
-        return std::max(LineHeightOf(box_), box_.HeightAt(width));
-    }
+    float Height() override { return LineHeightOf(box_); }
     std::wstring Text() const override { return box_.Checked() ? L"True" : L"False"; }
     Answer Value(const std::wstring&) const override { return Variant(box_.Checked()); }
 
@@ -286,13 +283,13 @@ public:
 
     Control& Main() override { return box_; }
     HWND Edit() const override { return box_.Edit(); }
-    float HeightAt(float) override { return LineHeightOf(box_); }
+    float Height() override { return LineHeightOf(box_); }
     void Move(const TwipRect& place) override
     {
         box_.SetClosedHeight(place.height);
         box_.Move(place);
         // The control selects its text whenever it is sized.
-        if (GetFocus() != Edit()) SendMessageW(Edit(), EM_SETSEL, static_cast<WPARAM>(-1), 0);
+        if (GetFocus() != Edit()) OnLeave();
     }
     std::wstring Text() const override { return WindowText(box_.Window()); }
     void OnEnter() override
@@ -301,6 +298,8 @@ public:
                      host_.input.selectText ? 0 : static_cast<WPARAM>(GetWindowTextLengthW(Edit())),
                      GetWindowTextLengthW(Edit()));
     }
+    // Its text box shows what is selected without the focus, too.
+    void OnLeave() override { SendMessageW(Edit(), EM_SETSEL, static_cast<WPARAM>(-1), 0); }
     bool ListOpen() const override { return box_.DroppedDown(); }
 
 private:
@@ -321,7 +320,7 @@ public:
     }
 
     Control& Main() override { return box_; }
-    float HeightAt(float) override { return LineHeightOf(box_); }
+    float Height() override { return LineHeightOf(box_); }
     void Move(const TwipRect& place) override
     {
         box_.SetClosedHeight(place.height);
@@ -360,7 +359,7 @@ public:
     }
 
     Control& Main() override { return box_; }
-    float HeightAt(float) override { return LineHeightOf(box_); }
+    float Height() override { return LineHeightOf(box_); }
     std::wstring Text() const override
     {
         const SYSTEMTIME day = box_.Picked();

@@ -94,8 +94,8 @@ public:
     // True for the window of any of its controls.
     virtual bool Has(HWND window);
 
-    // Twips; `width` is the least that it will have.
-    virtual float HeightAt(float width) = 0;
+    // With one line of text, or as many as it always has; twips.
+    virtual float Height() = 0;
     // True: it makes use of more height.
     virtual bool Grows() const { return false; }
     virtual void Move(const TwipRect& place) { Main().Move(place); }
@@ -106,8 +106,9 @@ public:
     // Why the user's entry cannot be accepted; empty when it can.
     std::wstring Fault(const std::wstring& text) const;
 
-    // The focus has come in.
+    // The focus has come in, and goes.
     virtual void OnEnter() {}
+    virtual void OnLeave() {}
     // A key for one of its controls: true when it is done with.
     virtual bool OnKey(const MSG&) { return false; }
     // Enter is for it, without Ctrl.

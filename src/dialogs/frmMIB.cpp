@@ -16,6 +16,7 @@ constexpr float kMargin = 240;
 constexpr float kGap = 120;
 constexpr float kLabelTop = 60;      // from the field's top to the label's
 constexpr float kMostLabelLines = 4; // beside a field; more are cut
+constexpr float kCheckMark = 300;    // of a check box, with its distance from the caption
 constexpr float kTipLines = 2;
 constexpr float kLeastHeight = 2000; // of the window; it scrolls then
 
@@ -163,12 +164,14 @@ void frmMIB::AddTips()
 
 void frmMIB::OnFieldFocus(size_t index, bool entered)
 {
+    Entry& entry = *rows_[index]->entry;
     if (entered) {
         lblTip.SetText(rows_[index]->design.tipText);
-        rows_[index]->entry->OnEnter();
-    } else if (!refused_) {
-        PostTo(Window(), index); // once the focus is where it goes
+        entry.OnEnter();
+        return;
     }
+    entry.OnLeave();
+    if (!refused_) PostTo(Window(), index); // once the focus is where it goes
 }
 
 void frmMIB::OnFocusMoved(Control& control)
@@ -312,12 +315,16 @@ void frmMIB::Measure()
     };
     infoTextHeight_ = Settings().info.empty() ? 0 : heightAt(lblText, width, kMaximumInfoHeight);
     for (const auto& row : rows_) {
-        row->entryHeight =
-            row->entry->HeightAt(input_.columns ? width - kGap - LabelWidth(width) : width);
-        if (row->design.kind == InputKind::CheckBox) continue; // its caption is its own
+        row->entryHeight = row->entry->Height();
+        const float mostLabel = kMostLabelLines * row->label.LineHeight();
+        if (row->design.kind == InputKind::CheckBox) {
+            const float captionWidth = width - LabelWidth(width) - kGap - kCheckMark;
+            const float caption = heightAt(row->label, captionWidth, mostLabel);
+            row->entryHeight = std::max(row->entryHeight, caption);
+            continue;
+        }
         if (input_.columns)
-            row->labelHeight =
-                heightAt(row->label, LabelWidth(width), kMostLabelLines * row->label.LineHeight());
+            row->labelHeight = heightAt(row->label, LabelWidth(width), mostLabel);
         else if (!row->design.label.empty())
             row->labelHeight = heightAt(row->label, width, kMaximumInfoHeight);
     }

@@ -37,13 +37,6 @@ CheckBox::CheckBox(Form& form, const std::wstring& caption, bool accessKeys, Foc
 {
 }
 
-float CheckBox::HeightAt(float width) const
-{
-    SIZE ideal{Owner().ToPixels(width), 0};
-    Send(BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal));
-    return Owner().ToTwips(ideal.cy);
-}
-
 void CheckBox::OnCommand(WORD code)
 {
     if (code == BN_SETFOCUS || code == BN_KILLFOCUS) onFocus_(code == BN_SETFOCUS);

@@ -16,8 +16,6 @@ public:
 
     bool Checked() const { return Send(BM_GETCHECK) == BST_CHECKED; }
     void SetChecked(bool checked) { Send(BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED); }
-    // The height in twips that it needs at this width.
-    float HeightAt(float width) const;
 
 private:
     void OnCommand(WORD code) override;
