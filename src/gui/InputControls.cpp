@@ -53,7 +53,7 @@ LinesBox::~LinesBox()
     if (Window()) RemoveHook(Window(), this, OnMessage);
 }
 
-// The control asks the form for all keys; of them it needs Enter.
+// The control asks the form for all keys; of them it gets Enter.
 LRESULT CALLBACK LinesBox::OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
                                      UINT_PTR, DWORD_PTR) noexcept
 {
@@ -61,7 +61,7 @@ LRESULT CALLBACK LinesBox::OnMessage(HWND window, UINT message, WPARAM wParam, L
     if (message != WM_GETDLGCODE) return result;
     const auto* key = reinterpret_cast<const MSG*>(lParam);
     return key && key->message == WM_KEYDOWN && key->wParam == VK_RETURN
-               ? result | DLGC_WANTMESSAGE
+               ? result
                : result & ~(DLGC_WANTALLKEYS | DLGC_WANTTAB);
 }
 
