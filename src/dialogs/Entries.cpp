@@ -353,8 +353,10 @@ public:
         }
         if (low_) day = std::max(day, *low_);
         if (high_) day = std::min(day, *high_);
-        box_.SetRange(low_ ? &*field.earliest : nullptr, high_ ? &*field.latest : nullptr);
-        box_.Pick(PartsOf(day).value_or(today));
+        const std::optional<SYSTEMTIME> first = PartsOf(low_);
+        const std::optional<SYSTEMTIME> last = PartsOf(high_);
+        box_.SetRange(first ? &*first : nullptr, last ? &*last : nullptr);
+        box_.Pick(quill::PartsOf(day).value_or(today));
         SetUp();
     }
 
@@ -398,10 +400,16 @@ private:
     {
         return time ? std::optional(DayOf(*time)) : std::nullopt;
     }
-    static std::wstring Shown(const std::optional<SYSTEMTIME>& day)
+    static std::optional<SYSTEMTIME> PartsOf(const std::optional<DATE>& day)
+    {
+        return day ? quill::PartsOf(*day) : std::nullopt;
+    }
+    static std::wstring Shown(const std::optional<DATE>& day)
     {
         wchar_t text[80] = L"";
-        GetDateFormatW(LOCALE_USER_DEFAULT, DATE_SHORTDATE, &*day, nullptr, text, std::size(text));
+        if (const std::optional<SYSTEMTIME> parts = PartsOf(day))
+            GetDateFormatW(LOCALE_USER_DEFAULT, DATE_SHORTDATE, &*parts, nullptr, text,
+                           std::size(text));
         return text;
     }
 
@@ -410,8 +418,7 @@ private:
     {
         const DATE day = DayOf(box_.Picked());
         if ((!low_ || *low_ <= day) && (!high_ || day <= *high_)) return {};
-        return RangeText(L"A date", low_ ? Shown(field_.earliest) : std::wstring(),
-                         high_ ? Shown(field_.latest) : std::wstring());
+        return RangeText(L"A date", Shown(low_), Shown(high_));
     }
 
     std::optional<DATE> low_, high_;
