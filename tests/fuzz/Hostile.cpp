@@ -1,7 +1,6 @@
 #include "fuzz/Hostile.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <string_view>
 
@@ -58,10 +57,12 @@ std::atomic<long> liveObjects{0};
 
 class ScriptObject final : public test::CountedDispatch {
 public:
-    ScriptObject(std::uint32_t kind, const std::function<void()>& callBack)
-        : kind_(kind), callBack_(callBack)
+    ScriptObject(std::uint32_t kind, const std::function<void()>& callBack,
+                 std::shared_ptr<Fate> fate)
+        : kind_(kind), callBack_(callBack), fate_(std::move(fate))
     {
         ++liveObjects;
+        ++fate_->live;
     }
 
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
@@ -89,7 +90,11 @@ public:
     }
 
 private:
-    ~ScriptObject() override { --liveObjects; }
+    ~ScriptObject() override
+    {
+        --fate_->live;
+        if (!fate_->forgotten) --liveObjects;
+    }
 
     // A sink of any events.
     bool IsAlso(REFIID id) const noexcept override
@@ -101,6 +106,7 @@ private:
     const std::uint32_t kind_;
     int asked_ = 0;
     const std::function<void()>& callBack_;
+    const std::shared_ptr<Fate> fate_;
 };
 
 } // namespace
@@ -110,9 +116,15 @@ long LiveScriptObjects() noexcept
     return liveObjects;
 }
 
-ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& callBack)
+void Fate::Forget()
 {
-    return new ScriptObject(random.Below(7), callBack);
+    if (!forgotten.exchange(true)) liveObjects -= live;
+}
+
+ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& callBack,
+                                   std::shared_ptr<Fate> fate)
+{
+    return new ScriptObject(random.Below(7), callBack, std::move(fate));
 }
 
 std::wstring Arguments::Text()
@@ -159,7 +171,7 @@ Variant Arguments::AnyObject()
 {
     if (!objects_.empty() && random_.Percent(30)) return Variant(random_.Pick(objects_).Get());
     const bool null = random_.Percent(20);
-    Variant value(null ? nullptr : MakeScriptObject(random_, callBack_).Get());
+    Variant value(null ? nullptr : MakeScriptObject(random_, callBack_, fate).Get());
     if (random_.Percent(20)) V_VT(&value) = VT_UNKNOWN;
     return value;
 }
@@ -193,7 +205,8 @@ Variant Arguments::AnyArray(int depth)
         else if (type == VT_BSTR)
             *reinterpret_cast<BSTR*>(element) = MakeBstr(Text()).release();
         else if (type == VT_DISPATCH || type == VT_UNKNOWN)
-            *reinterpret_cast<IDispatch**>(element) = MakeScriptObject(random_, callBack_).Detach();
+            *reinterpret_cast<IDispatch**>(element) =
+                MakeScriptObject(random_, callBack_, fate).Detach();
         else if (type != VT_DECIMAL) {
             const Variant number = Number(type);
             std::copy_n(&V_UI1(&number), array->cbElements, element);

@@ -1,9 +1,11 @@
 // What a call is given: values of every type, at and beyond the limits of what they stand for.
 #pragma once
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <span>
 #include <string>
@@ -30,6 +32,15 @@ public:
     }
 };
 
+// What becomes of objects that were made together: when the platform refuses the call that they are
+// for, Wine forgets some, and they are not expected back.
+struct Fate {
+    std::atomic<long> live{0};
+    std::atomic<bool> forgotten{false};
+
+    void Forget();
+};
+
 // The arguments of one call, with all that they refer to.
 class Arguments {
 public:
@@ -48,6 +59,7 @@ public:
     std::vector<VARIANT> Reversed() const { return {values.rbegin(), values.rend()}; }
 
     std::vector<Variant> values;
+    const std::shared_ptr<Fate> fate = std::make_shared<Fate>();
 
 private:
     Variant OfType(VARTYPE type);
@@ -65,9 +77,10 @@ private:
 
 // A script's object: its value may be a number, a text, an array, itself, an error, or a call back.
 // As a sink it answers every event so.
-ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& callBack);
+ComPtr<IDispatch> MakeScriptObject(Random& random, const std::function<void()>& callBack,
+                                   std::shared_ptr<Fate> fate);
 
-// How many of them there are.
+// How many of them there are, without forgotten ones.
 long LiveScriptObjects() noexcept;
 
 } // namespace quill::fuzz
