@@ -99,8 +99,10 @@ private:
     // A sink of any events.
     bool IsAlso(REFIID id) const noexcept override
     {
-        return kind_ == 0 && id != IID_IMarshal && id != IID_IProvideClassInfo &&
-               id != IID_IStdMarshalInfo && id != IID_IExternalConnection && id != IID_IAgileObject;
+        const bool known = id == IID_IMarshal || id == IID_IProvideClassInfo ||
+                           id == IID_IStdMarshalInfo || id == IID_IExternalConnection ||
+                           id == IID_IAgileObject;
+        return kind_ == 0 ? !known : id == IID_IDispatch;
     }
 
     const std::uint32_t kind_;

@@ -13,7 +13,7 @@ public:
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
     {
         if (!object) return E_POINTER;
-        const bool known = id == IID_IUnknown || id == IID_IDispatch || IsAlso(id);
+        const bool known = id == IID_IUnknown || IsAlso(id);
         *object = known ? this : nullptr;
         if (known) AddRef();
         return known ? S_OK : E_NOINTERFACE;
@@ -39,8 +39,8 @@ public:
 protected:
     virtual ~CountedDispatch() = default;
 
-    // A further interface that goes by IDispatch alone, such as one of events.
-    virtual bool IsAlso(REFIID) const noexcept { return false; }
+    // What this is beside IUnknown: automation's interface, or one of events that goes by it.
+    virtual bool IsAlso(REFIID id) const noexcept { return id == IID_IDispatch; }
 
 private:
     std::atomic<ULONG> references_{0};

@@ -1,4 +1,4 @@
-// A client that listens to an object's events, as a script that connected to it would.
+// A client that listens to an object's events, as a compiled one does.
 #pragma once
 
 #include <algorithm>
@@ -38,7 +38,8 @@ public:
                 for (UINT index = given.cArgs; index-- > 0;)
                     last.arguments.push_back(Variant::Dereferenced(given.rgvarg[index]));
                 if (handler) handler(last);
-            });
+            },
+            id);
         reaction_->Hear(source);
     }
 

@@ -37,7 +37,10 @@ class Reaction {
 public:
     using Act = std::function<void(DISPID event, const DISPPARAMS& arguments)>;
 
-    explicit Reaction(Act act) : sink_(new Sink(std::move(act))) {}
+    // Scripts listen by IDispatch, compiled clients by an interface of events.
+    explicit Reaction(Act act, const IID& id = IID_IDispatch) : sink_(new Sink(std::move(act), id))
+    {
+    }
     explicit Reaction(std::function<void()> act)
         : Reaction(Act([act = std::move(act)](DISPID, const DISPPARAMS&) { act(); }))
     {
@@ -48,7 +51,8 @@ public:
 
 private:
     struct Sink final : CountedDispatch {
-        explicit Sink(Act then) : act(std::move(then)) {}
+        Sink(Act then, const IID& as) : act(std::move(then)), id(as) {}
+        bool IsAlso(REFIID asked) const noexcept override { return asked == id; }
         STDMETHODIMP Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*,
                             EXCEPINFO*, UINT*) noexcept override
         {
@@ -58,6 +62,7 @@ private:
         }
 
         const Act act;
+        const IID id;
         int calls = 0;
         HRESULT result = S_OK;
     };
