@@ -25,7 +25,10 @@ public:
 
     explicit EventListener(IDispatch* source, Handler handler = {})
     {
+        // A sink of a compiled client is known by its events alone; across processes, the platform
+        // asks it for IDispatch.
         IID id;
+        ComPtr<IClientSecurity> proxy;
         ComPtr<ITypeInfo> info;
         Check(PointOf(source)->GetConnectionInterface(&id));
         Check(TypeLibrary()->GetTypeInfoOfGuid(id, &info));
@@ -39,7 +42,7 @@ public:
                     last.arguments.push_back(Variant::Dereferenced(given.rgvarg[index]));
                 if (handler) handler(last);
             },
-            id);
+            SUCCEEDED(source->QueryInterface(IID_PPV_ARGS(&proxy))) ? IID_IDispatch : id);
         reaction_->Hear(source);
     }
 
