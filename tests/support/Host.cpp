@@ -250,12 +250,6 @@ const Host::Member Host::kMembers[] = {
              SendMessageW(WindowOf(given[0]), static_cast<UINT>(NumberOf(given[1])),
                           static_cast<WPARAM>(NumberOf(given[2])), NumberOf(given[3]))));
      }},
-    {L"Post", 4,
-     [](Host&, const Arguments& given) {
-         return Variant(PostMessageW(WindowOf(given[0]), static_cast<UINT>(NumberOf(given[1])),
-                                     static_cast<WPARAM>(NumberOf(given[2])),
-                                     NumberOf(given[3])) != FALSE);
-     }},
     {L"Message", 1,
      [](Host&, const Arguments& given) {
          return Variant(static_cast<LONG>(RegisterWindowMessageW(TextOf(given[0]).c_str())));

@@ -334,10 +334,15 @@ void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
         SetWindowPos(GetAncestor(control, GA_ROOT), nullptr, point.x, point.y, 0, 0,
                      SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     } else if (swscanf(action.c_str(), L"size %ld %ld", &point.x, &point.y) == 2) {
-        WaitFor(L"this size", [&] {
-            const SIZE size = SizeOf(GetAncestor(control, GA_ROOT));
+        SIZE size{};
+        const auto fits = [&] {
+            size = SizeOf(GetAncestor(control, GA_ROOT));
             return (point.x == 0 || size.cx == point.x) && (point.y == 0 || size.cy == point.y);
-        });
+        };
+        for (const ULONGLONG end = GetTickCount64() + kDeadline; !fits(); Sleep(kPoll))
+            if (GetTickCount64() > end)
+                throw std::runtime_error("the size is " + std::to_string(size.cx) + " x " +
+                                         std::to_string(size.cy));
     } else if (action.starts_with(L"menu ")) {
         Click(control, Button::Right);
         const HWND menu = Window(nullptr, kMenuClass);
