@@ -106,18 +106,18 @@ private:
                 host_->stage.Record(name);
             return {};
         }
-        std::optional<Robot> robot;
-        if (!actions_.empty())
-            robot.emplace([actions = std::exchange(actions_, {})](Desk& desk) {
-                for (const std::wstring& action : actions)
-                    desk.Act(action);
-            });
         std::optional<DuringWait> during;
         if (const size_t colon = meanwhile_.find(L": "); colon != std::wstring::npos)
             during.emplace(
                 [this, statement = meanwhile_.substr(colon + 2)] { RunBeside(statement); },
                 meanwhile_.substr(0, colon));
         meanwhile_.clear();
+        std::optional<Robot> robot;
+        if (!actions_.empty())
+            robot.emplace([actions = std::exchange(actions_, {})](Desk& desk) {
+                for (const std::wstring& action : actions)
+                    desk.Act(action);
+            });
         if (line.starts_with(L"??")) PumpUntil([&] { return Expect(text).empty(); }, kPatience);
         if (line[0] == L'?') return Expect(text);
         if (line[0] == L'!') return ExpectError(text);

@@ -15,7 +15,8 @@ namespace quill::test {
 
 namespace {
 
-std::atomic<bool> pending;     // what is to happen meanwhile
+std::atomic<bool> pending; // what is to happen meanwhile
+constexpr DWORD kCallDeadline = 60'000;
 constexpr DWORD kMoment = 100; // milliseconds
 constexpr DWORD kPoll = 15;    // milliseconds between two looks
 constexpr int kStillLooks = 6; // more than the server takes to bring a dialog to the front
@@ -104,6 +105,13 @@ INPUT KeyInput(WORD key, bool up)
     return input;
 }
 
+// A round trip: what the window's thread had to do before is done, timers that were due among it.
+void WaitForAnswer(HWND window)
+{
+    DWORD_PTR answer = 0;
+    SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, kAnswerDeadline, &answer);
+}
+
 } // namespace
 
 Desk::Desk() : before_(Listed(nullptr)) {}
@@ -187,6 +195,7 @@ POINT Desk::Target(HWND window, POINT point)
     HWND lastFront = nullptr;
     int looks = 0;
     WaitFor(L"the window " + Quoted(TextOf(root).c_str()) + L" to lie on top", [&] {
+        WaitForAnswer(root);
         screen = point;
         ClientToScreen(window, &screen);
         const HWND front = GetForegroundWindow();
@@ -221,6 +230,7 @@ void Desk::WaitForKeys()
 {
     int looks = ready_ == current_ ? kStillLooks : 1; // a window that is new must keep the keyboard
     WaitFor(L"the window " + Quoted(TextOf(current_).c_str()) + L" to have the keyboard", [&] {
+        WaitForAnswer(current_);
         GUITHREADINFO info{};
         info.cbSize = sizeof info;
         const HWND front = GetForegroundWindow();
@@ -455,8 +465,11 @@ void Robot::Run() noexcept
 {
     try {
         script_(desk_);
-        SetEvent(done_.get());
-        return;
+        if (WaitForSingleObject(callReturned_.get(), kCallDeadline) == WAIT_OBJECT_0) {
+            SetEvent(done_.get());
+            return;
+        }
+        failure_ = "the call goes on after all that the robot was to do";
     } catch (const std::exception& error) {
         failure_ = error.what();
     } catch (...) {
