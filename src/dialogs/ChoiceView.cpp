@@ -97,7 +97,8 @@ void ChoiceView::Fill(Choices& choices, const std::vector<std::wstring>& heading
 
 int ChoiceView::NextRow(int after, UINT flags) const noexcept
 {
-    return static_cast<int>(Send(LVM_GETNEXTITEM, static_cast<WPARAM>(after), flags));
+    return static_cast<int>(
+        Send(LVM_GETNEXTITEM, static_cast<WPARAM>(after), static_cast<LPARAM>(flags)));
 }
 
 // -1 stands for all rows.
