@@ -77,14 +77,6 @@ void ChoiceForm::OnFilter()
     view_.ShowRows();
 }
 
-void ChoiceForm::OnActivate()
-{
-    if (filter_)
-        Form::OnActivate(); // the box at first, then where the keyboard was
-    else
-        ListForm::OnActivate();
-}
-
 bool ChoiceForm::OnPreview(const MSG& message)
 {
     if (filter_ && message.message == WM_KEYDOWN) {

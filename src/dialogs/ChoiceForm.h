@@ -32,7 +32,7 @@ private:
     };
 
     void OnFilter();
-    void OnActivate() override;
+    bool ReturnsToList() const override { return filter_ == nullptr; }
     bool OnPreview(const MSG& message) override;
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
     float HeightAboveList() const override;

@@ -22,7 +22,10 @@ void ListForm::Prepare(const std::wstring& title, Control& list)
 
 void ListForm::OnActivate()
 {
-    list_->Focus();
+    if (ReturnsToList())
+        list_->Focus();
+    else
+        DialogForm::OnActivate();
 }
 
 void ListForm::OnResize(TwipSize outer)

@@ -26,10 +26,12 @@ protected:
     // What the outer size has more than the list.
     TwipSize AroundList() const;
 
-    void OnActivate() override;
+    // False: the keyboard goes back to where it was when the user comes back to the window.
+    virtual bool ReturnsToList() const { return true; }
     TwipSize MinimumSize() const override;
 
 private:
+    void OnActivate() override;
     void OnPosted(WPARAM) override; // to set the size back
     void OnResize(TwipSize outer) override;
     bool SetsSizeBack() const override { return true; }
