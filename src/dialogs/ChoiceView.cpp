@@ -10,7 +10,7 @@ namespace {
 
 constexpr UINT kCursor = LVIS_FOCUSED | LVIS_SELECTED;
 
-// Control characters have no shape, and tabs no stops here.
+// What stands for a tab, which has no stops here; its first character for other control characters.
 constexpr std::wstring_view kShownTab = L"    ";
 
 // Of a cell the list view draws no more.
@@ -30,15 +30,16 @@ constexpr int kHeadingMargin = 42;
 // Commands of the context menu.
 enum Command : UINT { kAll = 1, kNone, kFirstSort };
 
-// Copies what can be shown of the text: up to a NUL, and to the end of the room.
-void CopyShown(std::wstring_view text, wchar_t* room, size_t units) noexcept
+// Copies what can be shown of the text: up to a NUL, and to the end of the room. `blanks`: in place
+// of characters without a shape.
+void CopyShown(std::wstring_view text, bool blanks, wchar_t* room, size_t units) noexcept
 {
     if (units == 0) return;
     const wchar_t* const end = room + units - 1;
     for (wchar_t unit : text.substr(0, text.find(L'\0'))) {
-        const std::wstring_view shown = unit == L'\t' ? kShownTab
-                                        : unit < L' ' ? kShownTab.substr(0, 1)
-                                                      : std::wstring_view(&unit, 1);
+        std::wstring_view shown(&unit, 1);
+        if (blanks && unit < L' ')
+            shown = kShownTab.substr(0, unit == L'\t' ? kShownTab.size() : 1);
         if (static_cast<size_t>(end - room) < shown.size()) break;
         room = std::copy(shown.begin(), shown.end(), room);
     }
@@ -310,8 +311,8 @@ void ChoiceView::Describe(LVITEMW& item) const noexcept
     if (item.iItem < 0 || static_cast<size_t>(item.iItem) >= choices_->Rows()) return;
     const size_t line = choices_->LineOf(static_cast<size_t>(item.iItem));
     if (item.mask & LVIF_TEXT)
-        CopyShown(choices_->Cell(line, static_cast<size_t>(item.iSubItem)), item.pszText,
-                  static_cast<size_t>(item.cchTextMax));
+        CopyShown(choices_->Cell(line, static_cast<size_t>(item.iSubItem)), ShowsBlanks(),
+                  item.pszText, static_cast<size_t>(item.cchTextMax));
     if (item.mask & LVIF_STATE)
         item.state |= static_cast<UINT>(INDEXTOSTATEIMAGEMASK(choices_->IsChosen(line) ? 2 : 1));
 }
@@ -341,7 +342,7 @@ void ChoiceView::FitColumns() noexcept
         int width = 0;
         const auto measure = [&](std::wstring_view text, int margin) {
             wchar_t shown[kShownUnits + 1];
-            CopyShown(text, shown, std::size(shown));
+            CopyShown(text, ShowsBlanks(), shown, std::size(shown));
             const auto needed =
                 static_cast<int>(Send(LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(shown)));
             width = std::max(width, needed + MulDiv(margin, resolution, 96));

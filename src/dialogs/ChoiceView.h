@@ -58,6 +58,8 @@ private:
     void SortBy(size_t column);
     void Describe(LVITEMW& item) const noexcept;
     void FitColumns() noexcept;
+    // Kept as published: lines with check boxes show control characters as the font has them.
+    bool ShowsBlanks() const noexcept { return kind_ != Kind::Checks; }
     bool HasHeadings() const noexcept { return !headings_.empty(); }
 
     const Kind kind_;
