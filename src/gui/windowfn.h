@@ -58,8 +58,8 @@ DWORD PlatformLoops() noexcept;
 
 // Dispatches messages while `waiting` is true, for at most this many milliseconds (less than 0:
 // without limit, 0: not at all), or until the thread is to end. Called by a client while the user
-// operates a menu or drags a window, it returns after 55 ms at the latest: the loop of the platform,
-// which cannot go on before, needs the input.
+// operates a menu or drags a window, it returns after 55 ms at the latest: the loop of the
+// platform, which cannot go on before, needs the input.
 void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting);
 
 // A seam: the foreground, and the ways to ask for attention.

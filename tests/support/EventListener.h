@@ -34,7 +34,8 @@ public:
         Check(TypeLibrary()->GetTypeInfoOfGuid(id, &info));
         reaction_ = std::make_unique<Reaction>(
             // The connection may live longer than this.
-            [info, heard = heard_, handler = std::move(handler)](DISPID event, const DISPPARAMS& given) {
+            [info, heard = heard_, handler = std::move(handler)](DISPID event,
+                                                                 const DISPPARAMS& given) {
                 BSTR name = nullptr;
                 Check(info->GetDocumentation(event, &name, nullptr, nullptr, nullptr));
                 HeardEvent& last = heard->emplace_back(HeardEvent{Bstr(name).get(), {}});
