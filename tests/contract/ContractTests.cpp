@@ -14,7 +14,7 @@ namespace quill::test {
 namespace {
 
 // Of what compiled clients rely on.
-constexpr std::uint64_t kFingerprint = 0x76E13608AA005354;
+constexpr std::uint64_t kFingerprint = 0xDC76676411E66B9F;
 
 std::string NameOf(ITypeInfo* info)
 {

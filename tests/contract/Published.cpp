@@ -173,6 +173,7 @@ std::optional<Variant> PropertyRow::Initial(const std::string& className) const
 {
     if (initial == "—") return {};
     if (initial == "Empty") return Variant();
+    if (initial == "empty array") return MakeStringArray({}, true);
     if (type == "Boolean") return Variant(initial == "True");
     if (type != "String")
         return OfKind(KindOf(type),
@@ -223,13 +224,15 @@ Rule::Rule(const PropertyRow& row) : kind_(KindOf(row.type))
         sum_ = found[1].matched;
         std::string values = found[2];
         path_ = values == "an existing path";
-        for (; !path_ && std::regex_search(values, found, range) && found.position() == 0;
+        array_ = values == "an array or Empty";
+        for (;
+             !path_ && !array_ && std::regex_search(values, found, range) && found.position() == 0;
              values = found.suffix()) {
             const Number low = std::stoll(found[1]);
             ranges_.push_back({low, found[2].matched ? std::stoll(found[2]) : low, {}});
             if (found[3].matched) ranges_.back().stored = std::stoll(found[3]);
         }
-        if (!path_ && !values.empty()) others = values;
+        if (!path_ && !array_ && !values.empty()) others = values;
     }
     const auto word = words.find(others);
     if (word == words.end() && !error_)
@@ -239,7 +242,8 @@ Rule::Rule(const PropertyRow& row) : kind_(KindOf(row.type))
 
 std::optional<Variant> Rule::After(const VARIANT& before, const VARIANT& put) const
 {
-    const bool keeps = keepsWhenEmpty_ && SysStringLen(V_BSTR(&put)) == 0;
+    const bool keeps = (keepsWhenEmpty_ && SysStringLen(V_BSTR(&put)) == 0) ||
+                       (array_ && !ArrayOf(put) && V_VT(&put) != VT_EMPTY);
     if (kind_ == VT_BSTR && !keeps) {
         if (path_ && !std::filesystem::exists(TextOf(put))) return {};
         return Variant(TextOf(put).substr(0, longest_));
@@ -262,6 +266,7 @@ std::vector<Variant> Rule::Samples() const
             samples.emplace_back(std::wstring(units, L'x'));
     if (path_) samples.emplace_back(L"C:\\windows"sv);
     if (kind_ == VT_VARIANT) samples.push_back(MakeStringArray({L"one", L"two"}, true));
+    if (array_) samples.emplace_back();
     std::vector<LONGLONG> numbers{0, 1, -1, SHRT_MAX, SHRT_MIN, LONG_MAX, LONG_MIN};
     for (const Range& range : ranges_)
         numbers.insert(numbers.begin(), {range.low, range.high, range.high + 1, range.low - 1});
@@ -298,6 +303,7 @@ bool Same(const VARIANT& left, const VARIANT& right)
 {
     if (V_VT(&left) != V_VT(&right)) return false;
     if (V_VT(&left) == VT_BSTR) return TextOf(left) == TextOf(right);
+    if (V_ISARRAY(&left)) return Describe(left) == Describe(right);
     const HRESULT compared =
         VarCmp(const_cast<VARIANT*>(&left), const_cast<VARIANT*>(&right), LOCALE_INVARIANT, 0);
     return FAILED(compared) || compared == static_cast<HRESULT>(VARCMP_EQ);

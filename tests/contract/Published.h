@@ -71,6 +71,7 @@ private:
     size_t longest_ = std::wstring::npos;
     bool keepsWhenEmpty_ = false;
     bool path_ = false;
+    bool array_ = false; // or Empty
     unsigned error_ = 0;
 };
 

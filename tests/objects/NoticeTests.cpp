@@ -240,6 +240,7 @@ TEST_F(NoticeTest, ComesBackToATaskbarThatIsBusyAtFirst)
     startTaskbar();
     notice_.Call(L"Remove");
     EXPECT_FALSE(PumpUntil([&] { return requests != std::vector<DWORD>{NIM_DELETE}; }, 1500));
+    notice_.Release(); // it still tells the taskbar above
 }
 
 } // namespace
