@@ -215,7 +215,8 @@ public:
         };
         const long later = static_cast<long>(calls / 10'000);
         EXPECT_LE(steady(&Held::own), 3 + later);
-        EXPECT_LE(steady(&Held::task), 3 + 2 * later);
+        // Wine's caches are there, and little of ours: several grow by themselves now and then.
+        EXPECT_LE(steady(&Held::task), 8 + 2 * later);
         // Until each dialog was shown in each of its forms, the platform is still loading. Wine's
         // file dialog keeps a key of the registry each time in a new prefix.
         EXPECT_TRUE(calls < 100'000 || steady(&Held::handles) <= 8 + fileDialogs_ / 2);
