@@ -1,4 +1,4 @@
-// What every class with a dialog tells of its end.
+// How every class with a dialog reports its end.
 #pragma once
 
 #include "core/Automation.h"

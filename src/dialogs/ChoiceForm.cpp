@@ -8,7 +8,7 @@ namespace quill {
 
 namespace {
 
-// Twips: the box is higher than its text, and does not touch the list.
+// Twips: the box is higher than its text, and there is a gap between box and list.
 constexpr float kBoxPadding = 120;
 constexpr float kBelowBox = 100;
 
@@ -29,7 +29,7 @@ void ChoiceForm::FilterBox::OnCommand(WORD code)
     if (code == EN_CHANGE) onChange_();
 }
 
-// As if the box had had the keyboard.
+// As if the box already had the focus.
 void ChoiceForm::FilterBox::Type(wchar_t unit)
 {
     Focus();
@@ -63,7 +63,7 @@ bool ChoiceForm::Choose(Choices& choices, const std::vector<std::wstring>& headi
 bool ChoiceForm::OnAccept()
 {
     view_.Collect();
-    // Who has narrowed a list down to one line means it.
+    // A user who has narrowed the list down to one line means that line.
     if (kind_ == ChoiceView::Kind::Single && choices_->Rows() == 1 && filter_ &&
         !filter_->Text().empty() && choices_->Chosen().empty())
         choices_->Choose(choices_->LineOf(0));

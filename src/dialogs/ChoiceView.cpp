@@ -10,10 +10,10 @@ namespace {
 
 constexpr UINT kCursor = LVIS_FOCUSED | LVIS_SELECTED;
 
-// What stands for a tab, which has no stops here; its first character for other control characters.
+// Replaces a tab, which has no stops here; its first character replaces other control characters.
 constexpr std::wstring_view kShownTab = L"    ";
 
-// Of a cell the list view draws no more.
+// The list view draws no more of a cell.
 constexpr size_t kShownUnits = 259;
 
 // More rows do not make a window higher.
@@ -30,8 +30,8 @@ constexpr int kHeadingMargin = 42;
 // Commands of the context menu.
 enum Command : UINT { kAll = 1, kNone, kFirstSort };
 
-// Copies what can be shown of the text: up to a NUL, and to the end of the room. `blanks`: in place
-// of characters without a shape.
+// Copies what can be shown of the text: up to a NUL, and as much as there is room for. `blanks`:
+// control characters become spaces.
 void CopyShown(std::wstring_view text, bool blanks, wchar_t* room, size_t units) noexcept
 {
     if (units == 0) return;
@@ -323,7 +323,7 @@ bool ChoiceView::OnCharacter(wchar_t unit)
         ToggleAll();
         return true;
     }
-    if (unit == L' ' && kind_ == Kind::Checks) return true; // the key has turned the box over
+    if (unit == L' ' && kind_ == Kind::Checks) return true; // the key has toggled the box
     if (!handlers_.onType || (unit <= L' ' && unit != L'\b')) return false;
     handlers_.onType(unit);
     return true;

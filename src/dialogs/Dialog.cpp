@@ -120,7 +120,7 @@ void DialogForm::Nest(const std::function<void()>& show)
 
 void DialogForm::OnLook()
 {
-    if (timeOver_ && nested_) { // that dialog ends first
+    if (timeOver_ && nested_) { // the nested dialog ends first
         SetTimer(Window(), kLookTimer, USER_TIMER_MINIMUM, nullptr);
     } else if (timeOver_) {
         accepted_ = acceptThen_ && OnAccept();

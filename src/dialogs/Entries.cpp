@@ -51,14 +51,14 @@ float LineHeightOf(const Control& control)
     return control.LineHeight() + kEditPadding;
 }
 
-// Limits of which the lower one is above the other are none.
+// A lower limit above the upper one: neither counts.
 template <class Limit>
 bool InOrder(const std::optional<Limit>& low, const std::optional<Limit>& high)
 {
     return !low || !high || *low <= *high;
 }
 
-// Why something is not within limits, of which one may be empty.
+// Says why something is not within limits, of which one may be empty.
 std::wstring RangeText(const wchar_t* what, const std::wstring& low, const std::wstring& high)
 {
     std::wstring text = what;
@@ -298,7 +298,7 @@ public:
                      host_.input.selectText ? 0 : static_cast<WPARAM>(GetWindowTextLengthW(Edit())),
                      GetWindowTextLengthW(Edit()));
     }
-    // Its text box shows what is selected without the focus, too.
+    // Its text box shows the selection even without the focus.
     void OnLeave() override { SendMessageW(Edit(), EM_SETSEL, static_cast<WPARAM>(-1), 0); }
     bool ListOpen() const override { return box_.DroppedDown(); }
 

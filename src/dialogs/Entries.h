@@ -96,7 +96,7 @@ public:
 
     // With one line of text, or as many as it always has; twips.
     virtual float Height() = 0;
-    // True: it makes use of more height.
+    // True: it can use more height.
     virtual bool Grows() const { return false; }
     virtual void Move(const TwipRect& place) { Main().Move(place); }
 
@@ -106,7 +106,7 @@ public:
     // Why the user's entry cannot be accepted; empty when it can.
     std::wstring Fault(const std::wstring& text) const;
 
-    // The focus has come in, and goes.
+    // The focus has entered, and leaves.
     virtual void OnEnter() {}
     virtual void OnLeave() {}
     // A key for one of its controls: true when it is done with.
@@ -115,7 +115,7 @@ public:
     virtual bool TakesEnter() const { return false; }
     // A list of it is open: Enter and Esc are for that.
     virtual bool ListOpen() const { return false; }
-    // Ends the platform's loop that it is in; false when there is none.
+    // Ends the platform's loop that it is in (an open calendar); false when there is none.
     virtual bool LeaveLoop() { return false; }
     // Leaves nothing of its text in its controls. The form closes.
     virtual void Forget() {}

@@ -78,10 +78,10 @@ LONG FileSelection::Dialog(SHORT mode)
     const size_t units = BufferUnits(mode);
     if (properties_.fileName.size() > units) RaiseRuntimeError(RuntimeError::InvalidCall);
     std::wstring path = properties_.fileName;
-    path.resize(units + kSpareUnits); // a name that fills its room still has an end
+    path.resize(units + kSpareUnits); // so that a name that fills its room is still terminated
     std::wstring nameTitle(kPathUnits, L'\0');
     Properties shown = properties_;
-    shown.filter.append(2, L'\0'); // ends a filter that was not ended
+    shown.filter.append(2, L'\0'); // terminates a filter that was not
     if (IsDevice(shown.directory)) shown.directory.clear();
     // One that is longer than a path fits no name, and Wine's dialog overruns its buffer with it.
     if (shown.fileExtension.size() >= kPathUnits) shown.fileExtension.clear();
@@ -112,7 +112,7 @@ LONG FileSelection::Dialog(SHORT mode)
     if (!chosen) {
         const LONG code = FileDialogError();
         errorCode_ = code == 0 ? kCancelled : code;
-        // The user has chosen, but more than there is room for.
+        // The user has chosen more than there is room for.
         if (code == FNERR_BUFFERTOOSMALL) outcome.ending = watch.EndingOr(Ending::Accepted);
         if (code != 0 && code != FNERR_BUFFERTOOSMALL) outcome.ending = Ending::NotShown;
         return 0;

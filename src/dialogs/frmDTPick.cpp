@@ -20,7 +20,7 @@ constexpr float kPickerLeft = 450;
 constexpr float kPickerWidth = 2100;
 constexpr float kPickerHeight = 390;
 
-// Time pickers that are refused before the dialog gives up.
+// How many time pickers are rejected before the dialog gives up.
 constexpr size_t kMostRefused = 20;
 
 UINT_PTR HandleOf(const DateTimePicker* picker)
@@ -55,8 +55,8 @@ std::unique_ptr<DateTimePicker> frmDTPick::MakePicker(DateTimePicker::Kind kind)
         *this, TwipRect{kPickerLeft, 0, kPickerWidth, kPickerHeight}, kind);
 }
 
-// Two good handles may have no bit in common by chance; then another picker is made. The refused
-// ones live until one is found, so that their handles do not come back.
+// Two valid handles may have no bit in common by chance; then another picker is made. The rejected
+// ones live until one is found, so that their handles are not reused.
 std::unique_ptr<DateTimePicker> frmDTPick::MakeTimePicker()
 {
     std::vector<std::unique_ptr<DateTimePicker>> refused;

@@ -43,7 +43,7 @@ std::wstring NameOfDrive(const std::wstring& drive)
 // that does not answer holds up nobody.
 struct frmDrives::Names {
     std::mutex mutex;
-    HWND form; // null once nobody reads on
+    HWND form; // null once nobody waits for names
     std::vector<std::wstring> names;
 };
 
@@ -86,8 +86,8 @@ std::wstring frmDrives::List(const std::wstring& drive, const std::wstring& titl
     return std::move(result_);
 }
 
-// Each drive on a thread of its own, so that the slow ones do not hide the others. Where too many
-// hang already, a drive stays without its name.
+// Asks each drive on a thread of its own, so that slow ones do not hold up the others. When too
+// many threads hang already, a drive stays without its name.
 void frmDrives::AskForNames()
 {
     names_ = std::make_shared<Names>();

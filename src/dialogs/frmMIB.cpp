@@ -95,7 +95,7 @@ frmMIB::frmMIB(DialogRequest request, const InputSettings& input,
 frmMIB::~frmMIB()
 {
     StopTimer();
-    Unload(); // while the rows are there
+    Unload(); // while the rows still exist
 }
 
 std::vector<std::unique_ptr<frmMIB::Row>> frmMIB::MakeRows(const std::vector<InputField>& fields)
@@ -171,7 +171,7 @@ void frmMIB::OnFieldFocus(size_t index, bool entered)
         return;
     }
     entry.OnLeave();
-    if (!refused_) PostTo(Window(), index); // once the focus is where it goes
+    if (!refused_) PostTo(Window(), index); // checked once the focus has arrived
 }
 
 void frmMIB::OnFocusMoved(Control& control)
@@ -247,7 +247,7 @@ void frmMIB::Refuse(Row& row, const std::wstring& title, std::wstring text, bool
         text = row.design.errorText;
         beep = true;
     }
-    refused_ = true; // the field that loses the focus now is not to be looked at
+    refused_ = true; // the field that loses the focus now is not checked
     row.entry->Main().Focus();
     refused_ = false;
     if (const HWND edit = row.entry->Edit())

@@ -93,7 +93,7 @@ bool EndPlatformLoop() noexcept
 {
     const DWORD loops = PlatformLoops();
     if (loops & GUI_INMENUMODE) EndMenu();
-    // The loop of a drag, or of its start by the keyboard, takes any such message for its own.
+    // The loop of a drag, also of one begun by the keyboard, ends at any such message.
     if (loops & GUI_INMOVESIZE) PostThreadMessageW(GetCurrentThreadId(), WM_LBUTTONUP, 0, 0);
     return loops != 0;
 }

@@ -24,9 +24,10 @@ struct AnswerSecond {
     DWORD milliseconds = 1000;
 };
 
-// Runs from its making on. A key or a mouse button that the calling thread hears starts it anew,
-// whichever loop of the platform fetches that: menus, open calendars and drags have loops of their
-// own. With nested dialogs, that is for all of them: the outer ones cannot return before.
+// Runs from construction. A key or a mouse button in the calling thread restarts it, whichever loop
+// of the platform fetches the message: menus, open calendars and drags have loops of their own.
+// Input in a nested dialog restarts the outer times too, since the outer dialogs cannot return
+// before.
 class AnswerTime {
 public:
     explicit AnswerTime(LONG seconds); // 0: without end
@@ -36,10 +37,11 @@ public:
 
     void Restart() noexcept;
     bool Limited() const noexcept { return length_ > 0; }
-    // A look at the time, which is when input counts: a countdown then goes on in whole seconds.
+    // Looks at the clock. Input since the last look counts from now on, so that a countdown
+    // proceeds in whole seconds.
     bool Over() noexcept;
     LONG SecondsLeft() const noexcept; // a second that has begun counts whole
-    // After how many milliseconds to look again: when the seconds left are others, or none.
+    // Milliseconds until the next look is due: when the number of seconds left changes.
     UINT UntilNextLook() const noexcept;
 
 private:
@@ -54,8 +56,8 @@ private:
     AnswerTime* outer_ = nullptr; // of a dialog that this one's is nested in
 };
 
-// Ends the loop of the platform, of a menu or a drag, that the calling thread is in, as soon as it
-// runs on. False when there is none.
+// Makes the platform's loop that the calling thread is in (a menu, a drag) end when it next runs.
+// False when there is none.
 bool EndPlatformLoop() noexcept;
 
 } // namespace quill

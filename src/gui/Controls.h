@@ -41,7 +41,7 @@ protected:
     virtual void OnCommand(WORD) {}
     // The result of the latter goes back to the control.
     virtual LRESULT OnNotify(NMHDR&) { return 0; }
-    // A character was typed into the control; true when that is done with.
+    // A character was typed into the control; true when it has been handled.
     virtual bool OnCharacter(wchar_t) { return false; }
 
     const Form& Owner() const noexcept { return form_; }

@@ -27,7 +27,7 @@ BOOL CALLBACK AddDialog(HWND window, LPARAM dialogs) noexcept
             reinterpret_cast<std::vector<HWND>*>(dialogs)->push_back(window);
         return TRUE;
     } catch (...) {
-        return FALSE; // the next look may have the memory
+        return FALSE; // out of memory; the next look may succeed
     }
 }
 
@@ -52,7 +52,7 @@ DialogWatch::~DialogWatch()
 {
     innermost = outer_;
     StopTimer(timer_);
-    HandForegroundOn(); // the last input was the dialog's
+    HandForegroundOn(); // the last input went to the dialog
 }
 
 void CALLBACK DialogWatch::OnTimer(HWND, UINT, UINT_PTR, DWORD) noexcept
@@ -68,15 +68,15 @@ void DialogWatch::Look() noexcept
         time_.Restart();
         if (front_ == Front::Bring) BringToFront(dialog, false);
     }
-    // What has begun to end goes on ending, also when the user turns to it now.
+    // A dialog that is being ended goes on ending, even if the user turns to it now.
     if (!asked_) {
         const bool abandoned = abandoned_();
         if (!abandoned && !time_.Over()) return;
         ending_ = abandoned ? Ending::ClientGone : Ending::TimeOver;
     }
     if (!std::exchange(leftLoop_, true) && EndPlatformLoop()) return;
-    // Cancelled as a user would; one that cannot be cancelled is ended. A question that the dialog
-    // asks by one of its own comes first.
+    // Cancel it as a user would, and end one that cannot be cancelled. A question that the dialog
+    // itself asks in a second one goes first.
     if (std::exchange(asked_, dialog) == dialog)
         EndDialog(dialog, IDCANCEL);
     else

@@ -15,7 +15,7 @@ namespace {
 
 constexpr float kTwipsPerInch = 1440;
 
-// Fonts that are kept although no control shows them any more.
+// Fonts that are kept although no control uses them any more.
 constexpr size_t kSpareFonts = 8;
 
 constexpr UINT kPosted = WM_APP;
@@ -110,7 +110,7 @@ void Form::PlaceAtCentre(TwipSize outer)
     const RECT area = WorkArea();
     const int width = std::min<int>(ToPixels(outer.width), area.right - area.left);
     const int height = std::min<int>(ToPixels(outer.height), area.bottom - area.top);
-    // Not yet to be activated: its controls, which take the focus then, are still to come.
+    // Created inactive: the controls that would take the focus do not exist yet.
     SetWindowPos(window_, nullptr, (area.left + area.right - width) / 2,
                  (area.top + area.bottom - height) / 2, width, height,
                  SWP_NOZORDER | SWP_NOACTIVATE);
@@ -174,7 +174,7 @@ void Form::ShowModeless(bool topmost)
 void Form::Unload() noexcept
 {
     if (!window_) return;
-    // Now, while it is there to give; the end of the window takes it away.
+    // Before the window goes; afterwards there is no foreground to hand on.
     if (Seam<Foreground>().get() == window_) HandForegroundOn();
     DestroyWindow(window_);
 }
@@ -214,7 +214,7 @@ bool Form::PreviewMessage(MSG& message)
     const HWND window = form->window_;
     const HWND focus = GetFocus();
     const bool isDialogKey = IsDialogMessageW(window, &message) != FALSE;
-    // What the key has done may have ended the form.
+    // The key may have closed the form.
     form = FromWindow(window);
     Control* now = form && GetFocus() != focus ? form->FindControl(GetFocus()) : nullptr;
     if (now) form->OnFocusMoved(*now);

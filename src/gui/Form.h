@@ -75,7 +75,7 @@ public:
     // The control that has the focus when the window is first active; without it, the first one.
     void SetFirstFocus(const Control& control);
 
-    // Has OnPosted called with this value, once the messages before are done. Any thread may ask.
+    // Posts a call of OnPosted with this value, from any thread.
     static void PostTo(HWND form, WPARAM value) noexcept;
 
     // Shows the window without waiting, and brings it to the front.
@@ -111,7 +111,8 @@ protected:
 
     // The window became the active one: the control that last had the focus gets it, or the first.
     virtual void OnActivate();
-    // A posted message for the window or one of its controls, such as a key; true when it is done.
+    // A posted message for the window or one of its controls, such as a key; true when it has been
+    // handled.
     virtual bool OnPreview(const MSG&) { return false; }
     // A key has moved the focus to this control.
     virtual void OnFocusMoved(Control& control) { Reveal(control); }
@@ -125,8 +126,8 @@ protected:
     virtual TwipSize MinimumSize() const { return {0, 0}; }
     // Nor larger; 0 is no limit.
     virtual TwipSize MaximumSize() const { return {0, 0}; }
-    // True: the limits are for the user's mouse only, and OnResize sets other sizes back. A window
-    // manager has changed the size already when it is heard of.
+    // True: the limits apply to the user's mouse only, and OnResize corrects other sizes. A window
+    // manager reports a size only after it has set it.
     virtual bool SetsSizeBack() const { return false; }
     // The close box was used.
     virtual void OnClose() { Unload(); }

@@ -53,7 +53,7 @@ LinesBox::~LinesBox()
     if (Window()) RemoveHook(Window(), this, OnMessage);
 }
 
-// The control asks the form for all keys; of them it gets Enter.
+// The control asks for all keys; it gets only Enter.
 LRESULT CALLBACK LinesBox::OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
                                      UINT_PTR, DWORD_PTR) noexcept
 {

@@ -5,7 +5,7 @@
 
 namespace quill {
 
-// Hears that the user comes into a control (true) or leaves it.
+// Called when the user enters a control (true) or leaves it (false).
 using FocusHandler = std::function<void(bool)>;
 
 // A check box with its caption, which wraps.

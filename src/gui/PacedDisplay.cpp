@@ -11,8 +11,8 @@ namespace {
 
 constexpr UINT_PTR kShowTimer = 0x5155; // beside the native control's own ones
 
-// After being shown a control pauses for this long, and for so many times as long as that
-// took: a native text box takes the longer, the more there is in it.
+// After being shown a control pauses for this long, and for this many times as long as showing
+// took: a native text box is slower the more text it holds.
 constexpr ULONGLONG kPauseMilliseconds = 40;
 constexpr ULONGLONG kRest = 20;
 
@@ -40,7 +40,7 @@ void PacedDisplay::Changed()
 void PacedDisplay::ShowNow()
 {
     const ULONGLONG begin = GetTickCount64();
-    nextAt_ = begin + kPauseMilliseconds; // for a Show that puts itself off
+    nextAt_ = begin + kPauseMilliseconds; // in case Show postpones itself
     Show();
     const ULONGLONG end = GetTickCount64();
     nextAt_ = end + std::max(kPauseMilliseconds, kRest * (end - begin));

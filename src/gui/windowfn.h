@@ -18,7 +18,7 @@ inline constexpr size_t kTitleLimit = 256;
 void BringToFront(HWND window, bool topmost);
 
 // Lets any process take the foreground until the next input (AllowSetForegroundWindow): after a
-// dialog, the next window is the script's. The platform ignores who has no foreground to give.
+// dialog, the next window is the script's. Without the foreground it does nothing.
 void HandForegroundOn();
 
 // Places the window among the topmost ones, or among the others.
@@ -58,8 +58,8 @@ DWORD PlatformLoops() noexcept;
 
 // Dispatches messages while `waiting` is true, for at most this many milliseconds (less than 0:
 // without limit, 0: not at all), or until the thread is to end. Called by a client while the user
-// operates a menu or drags a window, it returns after 55 ms at the latest: the loop of the
-// platform, which cannot go on before, needs the input.
+// operates a menu or drags a window, it returns after at most 55 ms: the platform's loop needs the
+// input, and cannot continue before the call returns.
 void WaitWhile(LONG milliseconds, const std::function<bool()>& waiting);
 
 // A seam: the foreground, and the ways to ask for attention.
