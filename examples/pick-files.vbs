@@ -19,7 +19,7 @@ With CreateObject("Scripting.FileSystemObject")
     lines = lines & file.Name & vbTab & file.Size & vbTab & Year(file.DateLastModified)
     paths = paths & file.Path
   Next
-  list.Info = "Which files of " & folder & " shall be added up?"
+  list.Info = "Which files of " & folder & " should be added up?"
   list.Columns = Array("Name", "Bytes", "Changed in")
   list.Keys = aux.Split(paths, vbCrLf)
   list.Filter = True

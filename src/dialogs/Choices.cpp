@@ -14,13 +14,6 @@ namespace {
 // Cells are sorted by this much of their text.
 constexpr size_t kSortedUnits = 256;
 
-Variant CopyOf(const VARIANT& value)
-{
-    Variant copy;
-    Check(VariantCopy(&copy, const_cast<VARIANT*>(&value)));
-    return copy;
-}
-
 // A whole number that is meant as a position.
 std::optional<size_t> PositionIn(const VARIANT& value) noexcept
 {
@@ -149,12 +142,6 @@ void Choices::ChooseAt(const VARIANT& positions, size_t limit, bool one)
     }
 }
 
-size_t Choices::RowOf(size_t line) const noexcept
-{
-    const auto found = std::find(rows_.begin(), rows_.end(), line);
-    return found == rows_.end() ? 0 : static_cast<size_t>(found - rows_.begin());
-}
-
 std::optional<size_t> Choices::FirstChosenRow() const noexcept
 {
     const auto found =
@@ -235,7 +222,8 @@ void Choices::SortBy(size_t column)
 
 Variant Choices::ElementOf(size_t line) const
 {
-    return elements_.empty() ? Variant(Text(line)) : CopyOf(elements_[lines_[line].position]);
+    return elements_.empty() ? Variant(Text(line))
+                             : Variant::Dereferenced(elements_[lines_[line].position]);
 }
 
 ChosenLines Choices::Results(const VARIANT& keys) const
@@ -248,7 +236,7 @@ ChosenLines Choices::Results(const VARIANT& keys) const
         const bool hasKey = position < given.size() && V_VT(&given[position]) != VT_EMPTY;
         results.indexes.emplace_back(static_cast<LONG>(position));
         results.items.push_back(ElementOf(line));
-        results.keys.push_back(hasKey ? CopyOf(given[position]) : ElementOf(line));
+        results.keys.push_back(hasKey ? Variant::Dereferenced(given[position]) : ElementOf(line));
     }
     return results;
 }

@@ -49,8 +49,6 @@ public:
 
     size_t Rows() const noexcept { return rows_.size(); }
     size_t LineOf(size_t row) const noexcept { return rows_[row]; }
-    // The row of a line; 0 for one that is not on show.
-    size_t RowOf(size_t line) const noexcept;
     std::optional<size_t> FirstChosenRow() const noexcept;
     // The first row from `first` on whose text begins like this, in either case; after the last
     // one the search goes on at the top.
