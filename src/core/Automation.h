@@ -49,12 +49,12 @@
     READ_ONLY_PROPERTY(type, name, field)                                                          \
     PROPERTY_PUT(type, name, method)
 
-// A stored property that holds whatever a script assigns.
-#define STORED_VARIANT(name, field)                                                                \
+// A stored property that holds whatever a script assigns, or what a rule makes of it.
+#define STORED_VARIANT(name, field, ...)                                                           \
     READ_ONLY_PROPERTY(VARIANT, name, field)                                                       \
     STDMETHODIMP put_##name(VARIANT* value) noexcept override                                      \
     {                                                                                              \
-        return this->Put(field, value);                                                            \
+        return this->template Put<__VA_ARGS__>(field, value);                                      \
     }
 
 // A published method with a result: the result's published type, the name, the published parameters

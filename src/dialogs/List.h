@@ -12,11 +12,7 @@ public:
     METHOD(BSTR, Selection, (BSTR items, LONG Index, BSTR Title), items, Index, Title)
     METHOD(LONG, SelectionA, (VARIANT * items, VARIANT* selected, BSTR Title), items, selected,
            Title)
-    READ_ONLY_PROPERTY(VARIANT, Columns, columns_)
-    STDMETHODIMP put_Columns(VARIANT* value) noexcept override
-    {
-        return Put<ArrayOrEmpty>(columns_, value);
-    }
+    STORED_VARIANT(Columns, columns_, ArrayOrEmpty)
 
 private:
     std::wstring Selection(std::wstring items, LONG index, const std::wstring& title);

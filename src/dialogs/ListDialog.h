@@ -22,11 +22,7 @@ struct ArrayOrEmpty {
 template <class Base>
 class WithChoices : public Base {
 public:
-    READ_ONLY_PROPERTY(VARIANT, Keys, keys_)
-    STDMETHODIMP put_Keys(VARIANT* value) noexcept override
-    {
-        return this->template Put<ArrayOrEmpty>(keys_, value);
-    }
+    STORED_VARIANT(Keys, keys_, ArrayOrEmpty)
     STORED_PROPERTY(VARIANT_BOOL, Filter, filter_)
     COMPUTED_PROPERTY(VARIANT, Indexes)
     COMPUTED_PROPERTY(VARIANT, SelectedItems)
