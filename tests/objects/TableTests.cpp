@@ -255,6 +255,7 @@ std::vector<std::string> TableNames()
     for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
         if (IsServerRun() || entry.path().stem() != "Examples")
             names.push_back(entry.path().stem().string());
+    if (!IsServerRun()) names.push_back("Contract");
     return names;
 }
 
@@ -262,7 +263,8 @@ class TableTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(TableTest, Holds)
 {
-    const std::string path = QUILL_TABLES "/" + GetParam() + ".txt";
+    const std::string path =
+        (GetParam() == "Contract" ? QUILL_CONTRACT : QUILL_TABLES) + ("/" + GetParam()) + ".txt";
     std::ifstream file(path);
     Table table(std::wstring(GetParam().begin(), GetParam().end()));
     for (const Failure& failure : table.Run(file))

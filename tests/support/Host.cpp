@@ -307,6 +307,16 @@ const Host::Member Host::kMembers[] = {
      [](Host&, const Arguments& given) {
          return StartingAt(NumberOf(given[1]), Variant::Dereferenced(given[0]));
      }},
+    // What these properties of an object are: its state.
+    {L"Shot", 2,
+     [](Host&, const Arguments& given) {
+         ScriptObject object(V_DISPATCH(&given[0]));
+         std::wstring shot;
+         std::wistringstream names(TextOf(given[1]));
+         for (std::wstring name; names >> name;)
+             shot += name + L'=' + TextOf(object.Get(name.c_str())) + L' ';
+         return Variant(shot);
+     }},
     {L"Square", 0, [](Host&, const Arguments&) { return Square(); }},
     {L"Items", 1, [](Host&, const Arguments& given) { return Variant(Items(given[0])); }},
     {L"TypeOf", 1,
