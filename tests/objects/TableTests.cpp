@@ -22,12 +22,13 @@
 #include <sstream>
 #include <utility>
 
-#include "core/Catalogue.h"
 #include "core/Text.h"
 #include "services/Bytes.h"
 #include "support/Engine.h"
 #include "support/Host.h"
+#include "support/Remote.h"
 #include "support/Robot.h"
+#include "support/Stage.h"
 
 namespace quill::test {
 namespace {
@@ -39,6 +40,16 @@ struct Failure {
     std::string text;
 };
 
+bool IsServerRun()
+{
+    return _wgetenv(L"QUILL_SERVER") != nullptr;
+}
+
+ComPtr<IDispatch> MakeObject(const std::wstring& name)
+{
+    return IsServerRun() ? Remote(name).Dispatch() : Stage::Make(name);
+}
+
 class Table {
 public:
     explicit Table(std::wstring name)
@@ -48,9 +59,12 @@ public:
               return item == L"Host" ? ComPtr<IDispatch>(host_.Get()) : MakeObject(item);
           })
     {
+        host_->Add(L"Make", [](std::wstring item) { return Variant(MakeObject(item).Get()); });
+        // Of the platform, in its place.
+        host_->Add(L"Answer", Stage::Answer);
         engine_.Add(L"Host", true);
-        for (const CatalogueRow& row : kCatalogue)
-            if (wcscmp(row.name, L"Me") != 0) engine_.Add(row.name);
+        for (const std::wstring& item : Stage::Classes())
+            if (item != L"Me") engine_.Add(item);
     }
 
     std::vector<Failure> Run(std::istream& lines)
@@ -103,7 +117,7 @@ private:
         if (line.starts_with(L"stage")) {
             std::wistringstream names(line.substr(5));
             for (std::wstring name; names >> name;)
-                host_->stage.Record(name);
+                stage_.Record(name);
             return {};
         }
         std::optional<DuringWait> during;
@@ -215,12 +229,11 @@ private:
     {
         const size_t arrow = line.rfind(L" ->");
         if (arrow == std::wstring::npos) return "-> is missing";
-        host_->stage.Told();
+        stage_.Told();
         const std::string raised = Raised(engine_.Run(line.substr(0, arrow)).error);
         const std::wstring expected = Replaced(line.substr(std::min(arrow + 4, line.size())));
         std::wstring told; // some of it by other threads
-        PumpUntil(
-            [&] { return !expected.starts_with(told += host_->stage.Told()) || told == expected; });
+        PumpUntil([&] { return !expected.starts_with(told += stage_.Told()) || told == expected; });
         return told == expected ? raised : raised + "asks: " + Narrow(told);
     }
 
@@ -242,6 +255,7 @@ private:
     }
 
     const std::wstring name_;
+    Stage stage_;
     const ComPtr<Host> host_;
     Engine engine_;
     std::vector<std::wstring> actions_;

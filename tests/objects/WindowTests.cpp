@@ -34,8 +34,8 @@ bool IsAbove(HWND window, HWND other)
 TEST(ForegroundTest, ARefusedForegroundRaises)
 {
     Stage stage;
-    stage.Record(L"foreground");
-    stage.Answer(L"foreground", L"0");
+    Stage::Record(L"foreground");
+    Stage::Answer(L"foreground", L"0");
     BareForm form;
     BareForm other;
     form.Show(true);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/Apartment.h"
+#include "core/Catalogue.h"
 #include "dialogs/FileDialog.h"
 #include "dialogs/MessageBox.h"
 #include "dialogs/TaskDialog.h"
@@ -428,6 +429,19 @@ Stage::~Stage()
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
     Told();
+}
+
+std::vector<std::wstring> Stage::Classes()
+{
+    std::vector<std::wstring> names;
+    for (const CatalogueRow& row : kCatalogue)
+        names.emplace_back(row.name);
+    return names;
+}
+
+ComPtr<IDispatch> Stage::Make(const std::wstring& name)
+{
+    return ScriptObject::Make(name).Dispatch();
 }
 
 void Stage::Record(const std::wstring& name)
