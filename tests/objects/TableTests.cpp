@@ -23,7 +23,6 @@
 #include <utility>
 
 #include "core/Text.h"
-#include "services/Bytes.h"
 #include "support/Engine.h"
 #include "support/Host.h"
 #include "support/Remote.h"
@@ -35,10 +34,7 @@ namespace {
 
 constexpr DWORD kPatience = 10'000; // milliseconds
 
-struct Failure {
-    int line;
-    std::string text;
-};
+using Failure = std::pair<int, std::string>; // the line, and what is wrong
 
 bool IsServerRun()
 {
@@ -48,6 +44,26 @@ bool IsServerRun()
 ComPtr<IDispatch> MakeObject(const std::wstring& name)
 {
     return IsServerRun() ? Remote(name).Dispatch() : Stage::Make(name);
+}
+
+// The parts of an expression between these words, outside of quotation marks and brackets.
+std::vector<std::wstring> PartsOf(const std::wstring& expression, std::wstring_view separator)
+{
+    std::vector<std::wstring> parts(1);
+    bool quoted = false;
+    int depth = 0;
+    for (size_t index = 0; index < expression.size(); ++index) {
+        const wchar_t unit = expression[index];
+        if (unit == L'"') quoted = !quoted;
+        if (!quoted) depth += (unit == L'(') - (unit == L')');
+        if (!quoted && depth == 0 && expression.compare(index, separator.size(), separator) == 0) {
+            parts.emplace_back();
+            index += separator.size() - 1;
+        } else {
+            parts.back() += unit;
+        }
+    }
+    return parts;
 }
 
 class Table {
@@ -69,35 +85,32 @@ public:
 
     std::vector<Failure> Run(std::istream& lines)
     {
+        std::vector<Failure> failures;
         int number = 0;
         int checks = 0;
         bool ended = false;
-        for (std::string line; std::getline(lines, line);) {
-            ++number;
-            const int begin = number;
-            for (std::string more; line.ends_with(" _") && std::getline(lines, more); ++number)
-                line.replace(line.size() - 1, 1,
-                             more.substr(std::min(more.find_first_not_of(' '), more.size())));
-            const bool block = line.starts_with("Sub ") || line.starts_with("Function ");
-            for (std::string more;
-                 block && line.find("End ") == std::string::npos && std::getline(lines, more);
-                 ++number)
-                line += '\n' + more;
-            while (!line.empty() && (line.back() == '\r' || line.back() == ' '))
-                line.pop_back();
+        for (std::string line, more; std::getline(lines, line);) {
+            const int begin = ++number;
+            const auto goesOn = [&] { return std::getline(lines, more) && ++number; };
+            while (line.ends_with(" _") && goesOn())
+                line.replace(line.size() - 1, 1, more,
+                             std::min(more.find_first_not_of(' '), more.size()));
+            if (line.starts_with("Sub ") || line.starts_with("Function "))
+                while (line.find("End ") == std::string::npos && goesOn())
+                    line += '\n' + more;
+            line.erase(line.find_last_not_of(" \r") + 1);
             if (line.empty() || line[0] == '\'') continue;
-            if (ended) failures_.push_back({number, "behind the end: " + line});
-            ended = line == "end";
+            if (ended) failures.emplace_back(number, "behind the end: " + line);
+            ended = ended || line == "end";
             if (ended) continue;
-            if (line[0] == '?' || line[0] == '!' || line[0] == '>') ++checks;
-            if (line.starts_with("stage") && IsServerRun()) return failures_;
-            std::string failure = RunLine(FromCodePage({line.begin(), line.end()}, CP_UTF8));
-            failure += std::exchange(beside_, {});
-            if (!failure.empty()) failures_.push_back({begin, line + "\n  " + failure});
+            if (line.starts_with("stage") && IsServerRun()) return failures;
+            if (line.find_first_of("?!>") == 0) ++checks;
+            const std::string failure = RunLine(Decode(line, CP_UTF8)) + std::exchange(beside_, {});
+            if (!failure.empty()) failures.emplace_back(begin, line + "\n  " + failure);
         }
-        if (!ended) failures_.push_back({number, "the table ends early"});
-        if (checks == 0) failures_.push_back({number, "nothing was checked"});
-        return failures_;
+        if (!ended) failures.emplace_back(number, "the table ends early");
+        if (checks == 0) failures.emplace_back(number, "nothing was checked");
+        return failures;
     }
 
 private:
@@ -106,18 +119,12 @@ private:
     try {
         const std::wstring text =
             line.substr(std::min(line.find_first_not_of(L"?!<>& "), line.size()));
-        if (line[0] == L'<') {
-            actions_.push_back(Replaced(text));
-            return {};
-        }
-        if (line[0] == L'&') {
-            meanwhile_ = text;
-            return {};
-        }
+        if (line[0] == L'<') return actions_.push_back(Replaced(text)), "";
+        if (line[0] == L'&') return meanwhile_ = text, "";
         if (line.starts_with(L"stage")) {
             std::wistringstream names(line.substr(5));
             for (std::wstring name; names >> name;)
-                stage_.Record(name);
+                Stage::Record(name);
             return {};
         }
         std::optional<DuringWait> during;
@@ -134,10 +141,14 @@ private:
             });
         if (line.starts_with(L"??")) PumpUntil([&] { return Expect(text).empty(); }, kPatience);
         if (line[0] == L'?') return Expect(text);
-        if (line[0] == L'!') return ExpectError(text);
-        if (line[0] == L'>') return ExpectCalls(text);
-        if (!iswalpha(line[0])) return "unknown mark";
-        return Raised(engine_.Run(text).error);
+        if (line[0] == L'!' || line[0] == L'>') {
+            const size_t arrow = text.rfind(L" ->");
+            if (arrow == std::wstring::npos) return "-> is missing";
+            const std::wstring expected = Replaced(text.substr(std::min(arrow + 4, text.size())));
+            return line[0] == L'!' ? ExpectError(text.substr(0, arrow), expected)
+                                   : ExpectCalls(text.substr(0, arrow), expected);
+        }
+        return iswalpha(line[0]) ? Raised(engine_.Run(text).error) : "unknown mark";
     } catch (const std::exception& error) {
         return error.what();
     }
@@ -145,95 +156,58 @@ private:
     // In an event, or in the wait of another call.
     void RunBeside(const std::wstring& statement)
     {
-        const ScriptError error = engine_.Run(statement).error;
-        if (error.number != 0) beside_ += Narrow(statement) + ": " + error.what();
-    }
-
-    // The parts of an expression between these words, outside of quotation marks and brackets.
-    static std::vector<std::wstring> PartsOf(const std::wstring& expression,
-                                             std::wstring_view separator)
-    {
-        std::vector<std::wstring> parts(1);
-        bool quoted = false;
-        int depth = 0;
-        for (size_t index = 0; index < expression.size(); ++index) {
-            const wchar_t unit = expression[index];
-            if (unit == L'"') quoted = !quoted;
-            if (!quoted && (unit == L'(' || unit == L')')) depth += unit == L'(' ? 1 : -1;
-            if (!quoted && depth == 0 &&
-                expression.compare(index, separator.size(), separator) == 0) {
-                parts.emplace_back();
-                index += separator.size() - 1;
-            } else {
-                parts.back() += unit;
-            }
-        }
-        return parts;
+        const std::string raised = Raised(engine_.Run(statement).error);
+        if (!raised.empty()) beside_ += Narrow(statement) + ": " + raised;
     }
 
     // Both sides of And, and of an equation, are evaluated by themselves: the language's own
     // comparison passes over some characters, a NUL among them.
     std::string Expect(const std::wstring& expression)
     {
-        if (PartsOf(expression, L" Or ").size() > 1) return ExpectTrue(expression);
+        if (PartsOf(expression, L" Or ").size() > 1) return ExpectEqual(expression, L"True");
+        std::string failure;
         for (const std::wstring& part : PartsOf(expression, L" And ")) {
             const auto sides = PartsOf(part, L" = ");
-            const std::string failure = sides.size() == 2 && !part.starts_with(L"Not ")
-                                            ? ExpectEqual(sides[0], sides[1])
-                                            : ExpectTrue(part);
-            if (!failure.empty()) return failure;
+            const bool equation = sides.size() == 2 && !part.starts_with(L"Not ");
+            if (failure.empty())
+                failure = ExpectEqual(equation ? sides[0] : part, equation ? sides[1] : L"True");
         }
-        return {};
-    }
-    std::string ExpectTrue(const std::wstring& expression)
-    {
-        const Outcome outcome = engine_.Evaluate(expression);
-        if (outcome.error.number) return Raised(outcome.error);
-        if (V_VT(&outcome.value) == VT_BOOL && V_BOOL(&outcome.value)) return {};
-        return Narrow(expression + L" is " + TextOf(outcome.value));
+        return failure;
     }
     std::string ExpectEqual(const std::wstring& left, const std::wstring& right)
     {
-        const Outcome actual = engine_.Evaluate(left);
-        if (actual.error.number) return Raised(actual.error);
-        const Outcome expected = engine_.Evaluate(right);
-        if (expected.error.number) return Raised(expected.error);
-        const auto isText = [](const Outcome& side) { return V_VT(&side.value) == VT_BSTR; };
-        const bool same = isText(actual) && isText(expected)
-                              ? TextOf(actual.value) == TextOf(expected.value)
-                              : isText(actual) == isText(expected) &&
-                                    VarCmp(const_cast<Variant*>(&actual.value),
-                                           const_cast<Variant*>(&expected.value), LOCALE_INVARIANT,
-                                           0) == static_cast<HRESULT>(VARCMP_EQ);
-        return same ? std::string() : Narrow(left + L" is " + TextOf(actual.value));
+        Outcome actual = engine_.Evaluate(left);
+        Outcome expected = engine_.Evaluate(right);
+        const std::string raised = Raised(actual.error) + Raised(expected.error);
+        if (!raised.empty()) return raised;
+        const bool text = V_VT(&actual.value) == VT_BSTR;
+        const bool same =
+            text == (V_VT(&expected.value) == VT_BSTR) &&
+            (text ? TextOf(actual.value) == TextOf(expected.value)
+                  : VarCmp(&actual.value, &expected.value, LOCALE_INVARIANT, 0) == VARCMP_EQ);
+        return same ? "" : Narrow(left + L" is " + TextOf(actual.value));
     }
 
-    std::string ExpectError(const std::wstring& line)
+    std::string ExpectError(const std::wstring& statement, const std::wstring& expected)
     {
-        const size_t arrow = line.rfind(L" -> ");
-        if (arrow == std::wstring::npos) return "-> is missing";
-        const std::wstring expected = Replaced(line.substr(arrow + 4));
-        const ScriptError error = engine_.Run(line.substr(0, arrow)).error;
-        if (error.number != std::wcstoul(expected.c_str(), nullptr, 16)) return Raised(error, true);
-        if (expected.size() <= 9) return {};
-        std::wstring text = expected.substr(9);
-        const bool whole = !text.ends_with(L"...");
-        if (!whole) text.resize(text.size() - 3);
+        const ScriptError error = engine_.Run(statement).error;
+        std::wostringstream number;
+        number << std::uppercase << std::hex << error.number;
+        if (expected == number.str()) return {};
+        const std::wstring raised = number.str() + L' ' + error.description;
         const bool same = error.source == L"Quill." + name_ &&
-                          error.description.starts_with(text) &&
-                          (!whole || error.description.size() == text.size());
-        return same ? std::string() : Raised(error, true);
+                          (expected.ends_with(L"...")
+                               ? raised.starts_with(expected.substr(0, expected.size() - 3))
+                               : raised == expected);
+        return same ? "" : error.number == 0 ? "raises nothing" : error.what();
     }
 
-    std::string ExpectCalls(const std::wstring& line)
+    std::string ExpectCalls(const std::wstring& statement, const std::wstring& expected)
     {
-        const size_t arrow = line.rfind(L" ->");
-        if (arrow == std::wstring::npos) return "-> is missing";
-        stage_.Told();
-        const std::string raised = Raised(engine_.Run(line.substr(0, arrow)).error);
-        const std::wstring expected = Replaced(line.substr(std::min(arrow + 4, line.size())));
+        Stage::Told();
+        const std::string raised = Raised(engine_.Run(statement).error);
         std::wstring told; // some of it by other threads
-        PumpUntil([&] { return !expected.starts_with(told += stage_.Told()) || told == expected; });
+        PumpUntil([&] { return !expected.starts_with(told += Stage::Told()) || told == expected; });
         return told == expected ? raised : raised + "asks: " + Narrow(told);
     }
 
@@ -241,28 +215,28 @@ private:
     std::wstring Replaced(std::wstring text) const
     {
         for (const auto& [name, value] :
-             {std::pair<std::wstring, std::wstring>{L"{folder}", host_->folder.Path(L"")},
-              {L"{crlf}", L"\r\n"}})
+             {std::pair(L"{folder}", host_->folder.Path(L"")), {L"{crlf}", L"\r\n"}})
             if (const size_t place = text.find(name); place != std::wstring::npos)
-                text.replace(place, name.size(), value);
+                text.replace(place, wcslen(name), value);
         return text;
     }
 
-    static std::string Raised(const ScriptError& error, bool wanted = false)
-    {
-        if (error.number == 0) return wanted ? "raises nothing" : "";
-        return error.what();
-    }
+    static std::string Raised(const ScriptError& error) { return error.number ? error.what() : ""; }
 
     const std::wstring name_;
-    Stage stage_;
+    const Stage stage_;
     const ComPtr<Host> host_;
     Engine engine_;
     std::vector<std::wstring> actions_;
     std::wstring meanwhile_;
     std::string beside_; // what went wrong there
-    std::vector<Failure> failures_;
 };
+
+std::vector<Failure> RunTable(const std::string& name, std::istream& lines)
+{
+    return Table({name.begin(), name.end()}).Run(lines);
+}
+
 std::vector<std::string> TableNames()
 {
     std::vector<std::string> names;
@@ -280,9 +254,8 @@ TEST_P(TableTest, Holds)
     const std::string path =
         (GetParam() == "Contract" ? QUILL_CONTRACT : QUILL_TABLES) + ("/" + GetParam()) + ".txt";
     std::ifstream file(path);
-    Table table(std::wstring(GetParam().begin(), GetParam().end()));
-    for (const Failure& failure : table.Run(file))
-        ADD_FAILURE_AT(path.c_str(), failure.line) << failure.text;
+    for (const auto& [line, failure] : RunTable(GetParam(), file))
+        ADD_FAILURE_AT(path.c_str(), line) << failure;
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, TableTest, testing::ValuesIn(TableNames()),
@@ -300,34 +273,37 @@ TEST(TableRunnerTest, KnowsEveryExample)
 TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"? 1 = 1\nend\n", ""},
-        {"? 1 + 1 = 3\nend", "1:? 1 + 1 = 3\n  1 + 1 is 2;"},
-        {"? \"a\" & nul = \"a\"\nend", "1:"}, // texts are compared by their units
-        {"? 1\n? 1 = 1\nend", "1:? 1\n  1 is 1;"},
-        {"? Profile.Nothing\n? 1 = 1\nend", "1:? Profile.Nothing\n  error 0x800a01b6 from"},
-        {"? 1 = 1\n\nx = (\n? 1 = 1\nend", "3:x = (\n  error 0x80"},
-        {"? 1 = 1\n~ 1\nend", "2:~ 1\n  unknown mark;"},
-        {"! x = 1\nend", "1:! x = 1\n  -> is missing;"},
-        {"! x = 1 -> 800A000D\nend", "1:! x = 1 -> 800A000D\n  raises nothing;"},
-        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No\nend", "1:! Profile"},
-        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No Profile defined.\nend", ""},
-        {"? 1 = 1\n", "1:the table ends early;"},
-        {"end\n? 1 = 1\nend", "2:behind the end: ? 1 = 1;"},
-        {"? 1 = _\n  1\n? 1 = _\n  2\nend", "3:? 1 = 2\n  1 is 1;"},
-        {"stage box\n> x = MessageBox.Show(\"a\", 1) -> box 1 : a\nend", ""},
-        {"stage box\n> MessageBox.Show \"a\" -> box 1 : a\nend", "2:> MessageBox.Show \"a\""},
-        {"stage bix\n? 1 = 1\nend", "1:stage bix\n  no seam bix;"},
-        {"x = 1\nend", "2:nothing was checked;"},
-        {"", "0:the table ends early;0:nothing was checked;"},
+        {"? 1 + 1 = 3\n", "1:? 1 + 1 = 3\n  1 + 1 is 2;"},
+        {"? \"a\" & nul = \"a\"\n", "1:"}, // texts are compared by their units
+        {"? 1\n? 1 = 1 Or 0 = 1\n", "1:? 1\n  1 is 1;"},
+        {"? 1 = 1 And 1 = 2\n", "1:? 1 = 1 And 1 = 2\n  1 is 1;"},
+        {"? Profile.Nothing\n", "1:? Profile.Nothing\n  error 0x800a01b6 from"},
+        {"? 1 = 1\n\nx = (\n", "3:x = (\n  error 0x80"},
+        {"? 1 = 1\n~ 1\n", "2:~ 1\n  unknown mark;"},
+        {"! x = 1\n", "1:! x = 1\n  -> is missing;"},
+        {"! x = 1 -> 800A000D\n", "1:! x = 1 -> 800A000D\n  raises nothing;"},
+        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No\n", "1:! Profile"},
+        {"! Profile.GetValue \"a\", \"b\" -> 80040340 No Profile defined.\n", ""},
+        {"? 1 = _\n  1\n? 1 = _\n  2\n", "3:? 1 = 2\n  1 is 1;"},
+        {"stage box\n> x = MessageBox.Show(\"a\", 1) -> box 1 : a\n", ""},
+        {"stage box\n> MessageBox.Show \"a\" -> box 1 : a\n", "2:> MessageBox.Show \"a\""},
+        {"stage bix\n? 1 = 1\n", "1:stage bix\n  no seam bix;"},
+        {"x = 1\n", "2:nothing was checked;"},
+        {"end\n? 1 = 1\n", "2:behind the end: ? 1 = 1;"},
     };
-    for (const auto& [lines, expected] : cases) {
+    const auto failuresOf = [](const std::string& lines) {
         std::istringstream input(lines);
         std::string failures;
-        for (const Failure& failure : Table(L"Profile").Run(input))
-            failures += std::to_string(failure.line) + ':' + failure.text + ';';
+        for (const auto& [line, failure] : RunTable("Profile", input))
+            failures += std::to_string(line) + ':' + failure + ';';
+        return failures;
+    };
+    for (const auto& [lines, expected] : cases) {
+        const std::string failures = failuresOf(lines + std::string("end"));
         EXPECT_TRUE(*expected ? failures.starts_with(expected) : failures.empty())
             << lines << "\ngives " << failures;
     }
+    EXPECT_EQ(failuresOf("x = 1"), "1:the table ends early;1:nothing was checked;");
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Automation objects of the tests' own, from their members down: references are counted, from any
-// thread, and there is no type information.
+// Objects of the tests' own, from their members down: references are counted, from any thread, and
+// automation objects have no type information.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,8 @@
 
 namespace quill::test {
 
-class CountedDispatch : public IDispatch {
+template <class Interface>
+class Counted : public Interface {
 public:
     STDMETHODIMP QueryInterface(REFIID id, void** object) noexcept override
     {
@@ -25,11 +26,20 @@ public:
         if (left == 0) delete this;
         return left;
     }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override
-    {
-        *count = 0;
-        return S_OK;
-    }
+
+protected:
+    virtual ~Counted() = default;
+
+    // What this is beside IUnknown.
+    virtual bool IsAlso(REFIID) const noexcept { return false; }
+
+private:
+    std::atomic<ULONG> references_{0};
+};
+
+class CountedDispatch : public Counted<IDispatch> {
+public:
+    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override { return *count = 0, S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override
     {
@@ -37,13 +47,8 @@ public:
     }
 
 protected:
-    virtual ~CountedDispatch() = default;
-
-    // What this is beside IUnknown: automation's interface, or one of events that goes by it.
-    virtual bool IsAlso(REFIID id) const noexcept { return id == IID_IDispatch; }
-
-private:
-    std::atomic<ULONG> references_{0};
+    // One of events goes by automation's interface.
+    bool IsAlso(REFIID id) const noexcept override { return id == IID_IDispatch; }
 };
 
 } // namespace quill::test

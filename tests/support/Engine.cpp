@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "support/Reaction.h"
+#include "support/CountedDispatch.h"
 
 namespace quill::test {
 
@@ -17,18 +17,11 @@ constexpr CLSID kJScript{
 } // namespace
 
 // What the engine asks of its host.
-class Engine::Site final : public StandIn<IActiveScriptSite> {
+class Engine::Site final : public Counted<IActiveScriptSite> {
 public:
     explicit Site(Maker maker) : maker_(std::move(maker)) {}
 
-    STDMETHODIMP QueryInterface(REFIID id, void** object) override
-    {
-        const bool known = id == IID_IUnknown || id == IID_IActiveScriptSite;
-        *object = known ? this : nullptr;
-        if (known) AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-
+    bool IsAlso(REFIID id) const noexcept override { return id == IID_IActiveScriptSite; }
     STDMETHODIMP GetLCID(LCID*) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP GetItemInfo(LPCOLESTR name, DWORD wanted, IUnknown** object,
                              ITypeInfo** info) noexcept override

@@ -2,11 +2,7 @@
 
 #include "core/Paths.h"
 #include "core/Text.h"
-#include "services/Bytes.h"
-#include "services/registryfn.h"
-#include "support/Remote.h"
 #include "support/Robot.h"
-#include "support/Values.h"
 
 namespace quill::test {
 
@@ -68,9 +64,10 @@ std::wstring Items(const Variant& list)
 Variant Typed(VARTYPE type, const Variant& given)
 {
     const std::wstring text = TextOf(given);
-    if (text.empty()) return OfType(type);
     Variant value;
-    if (type == VT_R8 || type == VT_DATE) { // also what is no number
+    if (text.empty()) {
+        V_VT(&value) = type;
+    } else if (type == VT_R8 || type == VT_DATE) { // also what is no number
         value = Variant(std::wcstod(text.c_str(), nullptr));
         V_VT(&value) = type;
     } else {
@@ -83,7 +80,8 @@ Variant Typed(VARTYPE type, const Variant& given)
 std::pair<HKEY, std::wstring> KeyOf(const std::wstring& path)
 {
     const size_t separator = path.find(L'\\');
-    return {RootKeyOf(path.substr(0, separator)), path.substr(separator + 1)};
+    return {path.starts_with(L"HKCR") ? HKEY_CLASSES_ROOT : HKEY_CURRENT_USER,
+            path.substr(separator + 1)};
 }
 
 // Texts are stored as they are, with or without a NUL; of other types, one byte a character.
@@ -219,13 +217,20 @@ Host::Host(Script script)
             text += static_cast<wchar_t>(std::stoi(digits.substr(index, 2), nullptr, 16));
         return text;
     });
-    Add(L"Bytes", [](std::wstring bytes) { return ByteArray(Narrowed(bytes)); });
+    Add(L"Bytes", [](std::wstring bytes) {
+        Array array = MakeArray(VT_UI1, bytes.size());
+        std::ranges::copy(Narrowed(bytes), DataOf<char>(*array).begin());
+        return Variant(std::move(array));
+    });
     Add(L"Typed", Typed);
     Add(L"Lower", [](Variant array, LONG lower) {
         V_ARRAY(&array)->rgsabound[0].lLbound = lower;
         return array;
     });
-    Add(L"Square", Square);
+    Add(L"Square", [] { // two by two, where a list is asked for
+        SAFEARRAYBOUND bounds[2]{{2, 0}, {2, 0}};
+        return Variant(Array(SafeArrayCreate(VT_VARIANT, 2, bounds)));
+    });
     Add(L"Items", Items);
     Add(L"TypeOf", [](Variant value) { return V_VT(&value); });
     // What these properties of an object are: its state.

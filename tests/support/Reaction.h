@@ -75,24 +75,4 @@ public:
     DWORD cookie = 0;
 };
 
-// Stands for an object of the platform that only its maker knows.
-template <class Interface>
-class StandIn : public Interface {
-public:
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
-
-protected:
-    virtual ~StandIn() = default;
-
-private:
-    ULONG references_ = 0;
-};
-
 } // namespace quill::test

@@ -15,7 +15,7 @@
 #include "gui/AnswerTime.h"
 #include "gui/windowfn.h"
 #include "services/Logging.h"
-#include "support/Reaction.h"
+#include "support/CountedDispatch.h"
 #include "support/ScriptObject.h"
 #include "sysinfo/Me.h"
 #include "sysinfo/Noise.h"
@@ -180,7 +180,7 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
 }
 
 // Wine's taskbar shows nothing.
-class RecordingTaskbar final : public StandIn<ITaskbarList3> {
+class RecordingTaskbar final : public Counted<ITaskbarList3> {
 public:
     STDMETHODIMP HrInit() override { return Add(nullptr, L"init"); }
     STDMETHODIMP SetProgressValue(HWND window, ULONGLONG done, ULONGLONG total) override
@@ -217,7 +217,7 @@ private:
 };
 
 // Wine's dialog shows no third line and keeps no time.
-class RecordingDialog final : public StandIn<IProgressDialog> {
+class RecordingDialog final : public Counted<IProgressDialog> {
 public:
     STDMETHODIMP StartProgressDialog(HWND parent, IUnknown*, DWORD flags, LPCVOID) override
     {
