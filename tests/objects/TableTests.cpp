@@ -252,7 +252,7 @@ class TableTest : public testing::TestWithParam<std::string> {};
 TEST_P(TableTest, Holds)
 {
     const std::string path =
-        (GetParam() == "Contract" ? QUILL_CONTRACT : QUILL_TABLES) + ("/" + GetParam()) + ".txt";
+        (GetParam() == "Contract" ? QUILL_PAGES : QUILL_TABLES) + ("/" + GetParam()) + ".txt";
     std::ifstream file(path);
     for (const auto& [line, failure] : RunTable(GetParam(), file))
         ADD_FAILURE_AT(path.c_str(), line) << failure;

@@ -36,7 +36,8 @@ public:
                         EXCEPINFO*, UINT*) noexcept override;
 
 private:
-    using Member = std::function<Variant(const std::vector<Variant>& given)>; // behind references
+    using Arguments = std::vector<Variant>; // behind references
+    using Member = std::function<Variant(Arguments& given)>;
 
     template <class T>
     static T As(const Variant& value)
@@ -59,10 +60,15 @@ private:
     template <class Result, class... Taken>
     static Member Taking(std::function<Result(Taken...)> function)
     {
-        return [function = std::move(function)](const std::vector<Variant>& given) {
-            if (given.size() != sizeof...(Taken)) Check(DISP_E_BADPARAMCOUNT);
-            [[maybe_unused]] auto next = given.begin();
-            std::tuple<std::decay_t<Taken>...> arguments{As<std::decay_t<Taken>>(*next++)...};
+        return [function = std::move(function)](Arguments& given) {
+            std::tuple<std::decay_t<Taken>...> arguments;
+            if constexpr (std::is_same_v<decltype(arguments), std::tuple<Arguments>>) {
+                std::get<0>(arguments) = std::move(given); // of any number
+            } else {
+                if (given.size() != sizeof...(Taken)) Check(DISP_E_BADPARAMCOUNT);
+                [[maybe_unused]] auto next = given.begin();
+                arguments = {As<std::decay_t<Taken>>(*next++)...};
+            }
             if constexpr (std::is_void_v<Result>)
                 return std::apply(function, std::move(arguments)), Variant();
             else if constexpr (std::is_integral_v<Result> && !std::is_same_v<Result, bool>)

@@ -1,12 +1,17 @@
 #!/usr/bin/env python3
-"""Writes the reference pages as a table (tests/tables): members, signatures and types against the
-interface (those that differ become lines that fail), and for each property its type, its default and
-what becomes of values at the ends of its range, beyond them and elsewhere; no other one may move.
+"""Makes tests of the pages of docs/.
 
-contract.py TABLE"""
+Contract.txt, a table (tests/tables): members, signatures and types against the interface (those that
+differ become lines that fail), and for each property of the reference its type, its default and what
+becomes of values at the ends of its range, beyond them and elsewhere; no other one may move.
+
+snippets/page_line.vb or .js: each snippet, below what the user does meanwhile, as in tables.
+
+pages.py FOLDER"""
 import hashlib
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -15,6 +20,7 @@ import sys
 FINGERPRINT = 'e882fddb08f7ebb8'
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+OUT = pathlib.Path(sys.argv[1])
 TYPES = {'SHORT': 'Integer', 'LONG': 'Long', 'VARIANT_BOOL': 'Boolean', 'CURRENCY': 'Currency', 'DATE': 'Date',
          'BSTR': 'String', 'VARIANT': 'Variant', 'void': ''}
 CODES = {'Integer': 2, 'Long': 3, 'Currency': 6, 'Date': 7, 'String': 8, 'Boolean': 11}
@@ -64,6 +70,8 @@ for owner, body in re.findall(r'interface _+(\w+)(?: : IDispatch)?\s*\{(.*?)\n  
 # --- The pages: rows of properties by class (or '' for what classes share) and name
 
 rows = {}
+shutil.rmtree(OUT / 'snippets', ignore_errors=True)
+(OUT / 'snippets').mkdir()
 for page in sorted((ROOT / 'docs').glob('*.md')):
     text = page.read_text()
     title = text.split('\n')[0]
@@ -83,6 +91,11 @@ for page in sorted((ROOT / 'docs').glob('*.md')):
                           text, re.M):
         for owner in classes:
             rows[owner, row[0]] = row
+    for snippet in re.finditer(r'(?:^<!-- answers:((?:(?!-->).)*)-->\n)?^```(vb|js)\n(.*?)^```$', text, re.S | re.M):
+        answers = [line.strip() for line in (snippet[1] or '').split('\n') if line.strip()]
+        line = text[:snippet.start(3)].count('\n')
+        name = f'{page.stem.replace("-", "")}_{line}.{snippet[2]}'
+        (OUT / 'snippets' / name).write_text('\n'.join([f'< {answer}' for answer in answers] + [snippet[3]]))
 unused = set(rows.values())
 
 
@@ -200,4 +213,4 @@ for owner, members in published.items():
             try_property(owner, name, ' '.join(others))
 for row in unused:
     fault(f'not published: {row}')
-pathlib.Path(sys.argv[1]).write_text('\n'.join(lines + ['end', '']))
+(OUT / 'Contract.txt').write_text('\n'.join(lines + ['end', '']))
