@@ -3,6 +3,7 @@
 #include "core/Paths.h"
 #include "core/Text.h"
 #include "support/Robot.h"
+#include "support/ScriptObject.h"
 
 namespace quill::test {
 

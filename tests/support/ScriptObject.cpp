@@ -5,8 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "core/Catalogue.h"
-
 namespace quill::test {
 
 namespace {
@@ -133,17 +131,6 @@ Missing::operator Arg() const
     V_VT(&missing.value) = VT_ERROR;
     V_ERROR(&missing.value) = DISP_E_PARAMNOTFOUND;
     return missing;
-}
-
-ScriptObject ScriptObject::Make(std::wstring_view className)
-{
-    for (const CatalogueRow& row : kCatalogue) {
-        if (className != row.name) continue;
-        ComPtr<IDispatch> object;
-        Check(CreateHere(row, IID_PPV_ARGS(&object)));
-        return ScriptObject(object.Get());
-    }
-    throw std::logic_error("no class " + Narrow(className));
 }
 
 Value ScriptObject::Invoke(WORD flags, const wchar_t* name, Arguments& arguments)

@@ -439,6 +439,17 @@ std::vector<std::wstring> Stage::Classes()
     return names;
 }
 
+ScriptObject ScriptObject::Make(std::wstring_view className)
+{
+    for (const CatalogueRow& row : kCatalogue) {
+        if (className != row.name) continue;
+        ComPtr<IDispatch> object;
+        Check(CreateHere(row, IID_PPV_ARGS(&object)));
+        return ScriptObject(object.Get());
+    }
+    throw std::logic_error("no class " + Narrow(className));
+}
+
 ComPtr<IDispatch> Stage::Make(const std::wstring& name)
 {
     return ScriptObject::Make(name).Dispatch();
