@@ -2,12 +2,10 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 #include <functional>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <random>
 #include <span>
 #include <string>
@@ -80,30 +78,13 @@ inline constexpr VARTYPE kElementTypes[] = {
     VT_UNKNOWN};
 // clang-format on
 
-inline std::atomic<long> liveObjects{0}; // of scripts, without forgotten ones
-
-// What becomes of objects that were made together: when the platform refuses the call that they are
-// for, Wine forgets some, and they are not expected back.
-struct Fate {
-    std::atomic<long> live{0};
-    std::atomic<bool> forgotten{false};
-
-    void Forget()
-    {
-        if (!forgotten.exchange(true)) liveObjects -= live;
-    }
-};
-
 // A script's object: its value may be a number, a text, an array, itself, an error, or a call back.
 // As a sink it answers every event so.
 class ScriptObject final : public test::CountedDispatch {
 public:
-    ScriptObject(std::uint32_t kind, const std::function<void()>& callBack,
-                 std::shared_ptr<Fate> fate)
-        : kind_(kind), callBack_(callBack), fate_(std::move(fate))
+    ScriptObject(std::uint32_t kind, const std::function<void()>& callBack)
+        : kind_(kind), callBack_(callBack)
     {
-        ++liveObjects;
-        ++fate_->live;
     }
 
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
@@ -131,12 +112,6 @@ public:
     }
 
 private:
-    ~ScriptObject() override
-    {
-        --fate_->live;
-        if (!fate_->forgotten) --liveObjects;
-    }
-
     // A sink of any events.
     bool IsAlso(REFIID id) const noexcept override
     {
@@ -149,7 +124,6 @@ private:
     const std::uint32_t kind_;
     int asked_ = 0;
     const std::function<void()>& callBack_;
-    const std::shared_ptr<Fate> fate_;
 };
 
 // The arguments of one call, with all that they refer to.
@@ -185,10 +159,9 @@ public:
     std::vector<VARIANT> Reversed() const { return {values.rbegin(), values.rend()}; }
 
     std::vector<Variant> values;
-    const std::shared_ptr<Fate> fate = std::make_shared<Fate>();
 
 private:
-    ComPtr<IDispatch> MakeObject() { return new ScriptObject(random_.Below(7), callBack_, fate); }
+    ComPtr<IDispatch> MakeObject() { return new ScriptObject(random_.Below(7), callBack_); }
     std::wstring Text()
     {
         if (random_.Percent(70)) return std::wstring(random_.Pick(kTexts));
