@@ -27,7 +27,7 @@ box.InpType = Array(Text, Password, Password, DateField, ComboBox, Folder, Check
 box.InpItems = Array(Empty, Empty, Empty, Empty, Array("Hamburg", "Lisbon", "Oslo"))
 box.InpText = Array("", "", "", Date, "Oslo", start, False)
 box.InpTipText = Array("First and last name", "Eight characters or more", "The same once more", _
-                       "From today on", "One of ours, or where you work", "Where the order is written")
+                       "From today on", "Choose an office, or type its town", "The folder for your forms")
 box.InpRequired = Array(True, True, True, False, True, True, True)
 box.InpPattern = Array("* *")
 box.InpMinLen = Array(0, 8)
