@@ -82,26 +82,24 @@ private:
             const ULONGLONG begin = since;
             const ULONGLONG running = begin ? GetTickCount64() - begin : 0;
             if (running > kLongestCall) Fail("the call does not return");
-            if (running > 30)
-                EnumWindows(Look, reinterpret_cast<LPARAM>(this));
-            else
-                looks_.clear();
+            if (running <= 30) looks_.clear();
+            for (HWND window = running > 30 ? GetTopWindow(nullptr) : nullptr; window;
+                 window = GetWindow(window, GW_HWNDNEXT))
+                if (IsToAnswer(window))
+                    if (const unsigned looks = looks_[window]++; looks % 8 == 0)
+                        Answer(window, looks / 8);
         }
     }
-    static BOOL CALLBACK Look(HWND window, LPARAM self)
+    // No call waits for the shell's progress dialog. Under Wine, a cancel that meets the call that
+    // ends it leaves both waiting for each other.
+    static bool IsToAnswer(HWND window)
     {
         DWORD process = 0;
         GetWindowThreadProcessId(window, &process);
-        // No call waits for the shell's progress dialog. Under Wine, a cancel that meets the call
-        // that ends it leaves both waiting for each other.
-        const bool shellProgress = GetClassLongW(window, GCW_ATOM) == 32770 &&
-                                   FindWindowExW(window, nullptr, PROGRESS_CLASSW, nullptr);
-        if (process != GetCurrentProcessId() || !IsWindowVisible(window) ||
-            !IsWindowEnabled(window) || shellProgress)
-            return TRUE;
-        const unsigned looks = reinterpret_cast<Companion*>(self)->looks_[window]++;
-        if (looks % 8 == 0) Answer(window, looks / 8);
-        return TRUE;
+        return process == GetCurrentProcessId() && IsWindowVisible(window) &&
+               IsWindowEnabled(window) &&
+               (GetClassLongW(window, GCW_ATOM) != 32770 ||
+                !FindWindowExW(window, nullptr, PROGRESS_CLASSW, nullptr));
     }
     // Cancels or accepts, by turns: one thing at a time, as a user does, for a dialog may ask
     // something in a window of its own then. What does not go by that gets every answer there is,
@@ -115,7 +113,7 @@ private:
         switch ((number + attempt) % 4) {
         case 0: PostMessageW(window, WM_CLOSE, 0, 0); break;
         case 1: PostMessageW(button ? button : window, BM_CLICK, 0, 0); break;
-        default: PostMessageW(window, WM_COMMAND, turn < 2 ? 1 + attempt % 2 : 1 + turn % 11, 0);
+        default: PostMessageW(window, WM_COMMAND, 1 + (turn < 2 ? attempt % 2 : turn % 11), 0);
         }
         if (turn >= 2)
             PostMessageW(window, TDM_CLICK_BUTTON, turn % 2 ? 1 + turn % 11 : 101 + turn % 32, 0);
@@ -133,11 +131,9 @@ struct Member {
     std::vector<VARTYPE> parameters; // of references, what is behind
 };
 
-// All that the type library publishes of an interface.
-std::vector<Member> MembersOf(const IID& id)
+// All that is published of an interface.
+std::vector<Member> MembersOf(ITypeInfo* info)
 {
-    ComPtr<ITypeInfo> info;
-    Check(TypeLibrary()->GetTypeInfoOfGuid(id, &info));
     std::vector<Member> members;
     FUNCDESC* function = nullptr;
     for (UINT place = 0; SUCCEEDED(info->GetFuncDesc(place, &function)); ++place) {
@@ -178,17 +174,15 @@ public:
     Fuzzer()
     {
         fuzzer_ = this;
+        ComPtr<ITypeInfo> info;
         for (const CatalogueRow& row : kCatalogue) {
             ComPtr<IDispatch> object;
-            ComPtr<ITypeInfo> info;
-            TYPEATTR* type = nullptr;
             Check(CreateHere(row, IID_PPV_ARGS(&object)));
-            Check(object->GetTypeInfo(0, LOCALE_NEUTRAL, &info));
-            Check(info->GetTypeAttr(&type));
-            live_.push_back({test::Narrow(row.name), &row, MembersOf(type->guid), {}});
-            info->ReleaseTypeAttr(type);
+            Check(object->GetTypeInfo(0, LOCALE_NEUTRAL, info.ReleaseAndGetAddressOf()));
+            live_.push_back({test::Narrow(row.name), &row, MembersOf(info.Get()), {}});
         }
-        live_.push_back({"BinFile", nullptr, MembersOf(IID__BinFile), {}});
+        Check(TypeLibrary()->GetTypeInfoOfGuid(IID__BinFile, info.ReleaseAndGetAddressOf()));
+        live_.push_back({"BinFile", nullptr, MembersOf(info.Get()), {}});
         for (size_t index = 0; index < live_.size(); ++index)
             picks_.insert(picks_.end(), live_[index].members.size(), index);
         folder_ = folderOfRun_.Path(L"1\\2\\3\\4");
