@@ -78,6 +78,8 @@ public:
         host_->Add(L"Make", [](std::wstring item) { return Variant(MakeObject(item).Get()); });
         // Of the platform, in its place.
         host_->Add(L"Answer", Stage::Answer);
+        host_->Add(L"Register", Stage::Register); // for the current user, or for all
+        host_->Add(L"Unregister", Stage::Unregister);
         engine_.Add(L"Host", true);
         for (const std::wstring& item : Stage::Classes())
             if (item != L"Me") engine_.Add(item);

@@ -143,6 +143,8 @@ try {
     return S_OK;
 } catch (const AutomationError& error) {
     return error.number;
+} catch (const ScriptError& error) {
+    return static_cast<HRESULT>(error.number);
 } catch (...) {
     return E_FAIL;
 }
@@ -234,6 +236,20 @@ Host::Host(Script script)
     });
     Add(L"Items", Items);
     Add(L"TypeOf", [](Variant value) { return V_VT(&value); });
+    // Calls a method with a variable of this type, as typed languages pass it, in the place of the
+    // Empty among the arguments; gives what the variable holds then.
+    Add(L"Into", [](IDispatch* object, std::wstring method, VARTYPE type, Variant arguments) {
+        Variant variable =
+            type & VT_ARRAY ? Variant(MakeArray(type & VT_TYPEMASK, 2)) : OfType(type);
+        std::vector<Variant> passed = ElementsOf(*ArrayOf(arguments), SIZE_MAX);
+        for (Variant& argument : passed)
+            if (V_VT(&argument) == VT_EMPTY) argument = Reference(type, &V_I4(&variable));
+        if (passed.size() == 2)
+            ScriptObject(object).Call(method.c_str(), passed[0], passed[1]);
+        else
+            ScriptObject(object).Call(method.c_str(), passed.at(0), passed.at(1), passed.at(2));
+        return variable;
+    });
     // What these properties of an object are: its state.
     Add(L"Shot", [](IDispatch* object, std::wstring names) {
         std::wstring shot;
@@ -243,6 +259,45 @@ Host::Host(Script script)
         return shot;
     });
 
+    // What the platform refuses: an event takes the place of a file's handle, another window has
+    // the clipboard for so many milliseconds.
+    Add(L"Spoil", [](LONG number) {
+        CloseHandle(LongToHandle(number));
+        return CreateEventW(nullptr, FALSE, FALSE, nullptr) == LongToHandle(number);
+    });
+    Add(L"HoldClipboard", [](UINT milliseconds) {
+        SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR timer, DWORD) WINAPI {
+            KillTimer(nullptr, timer);
+            CloseClipboard();
+        });
+        return OpenClipboard(GetDesktopWindow()) != FALSE;
+    });
+    // What other programs see there: the formats and their sizes.
+    Add(L"Formats", [] {
+        std::wstring text = GetClipboardOwner() ? L"owned " : L"";
+        OpenClipboard(nullptr);
+        for (UINT format = 0; (format = EnumClipboardFormats(format)) != 0;)
+            text += std::to_wstring(format) + L':' +
+                    std::to_wstring(GlobalSize(GetClipboardData(format))) + L' ';
+        CloseClipboard();
+        return text;
+    });
+
+    // A link to nowhere, which no program can open; False deletes it.
+    Add(L"RegLink", [](std::wstring path, bool make) {
+        const auto [root, below] = KeyOf(path);
+        const std::wstring target = L"\\Registry\\Machine\\QuillTest\\nowhere";
+        RegistryKey link;
+        RegCreateKeyExW(root, below.c_str(), 0, nullptr,
+                        make ? REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE : REG_OPTION_OPEN_LINK,
+                        KEY_ALL_ACCESS, nullptr, Into(link), nullptr);
+        if (make)
+            RegSetValueExW(link.get(), L"SymbolicLinkValue", 0, REG_LINK,
+                           reinterpret_cast<const BYTE*>(target.data()),
+                           static_cast<DWORD>(target.size() * sizeof(wchar_t)));
+        else
+            FindSystemFunction<LONG NTAPI(HANDLE)>(L"ntdll.dll", "NtDeleteKey")(link.get());
+    });
     Add(L"RegMake", [](std::wstring path) {
         const auto [root, below] = KeyOf(path);
         RegistryKey key;

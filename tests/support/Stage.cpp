@@ -8,6 +8,7 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
+#include "core/Registration.h"
 #include "dialogs/FileDialog.h"
 #include "dialogs/MessageBox.h"
 #include "dialogs/TaskDialog.h"
@@ -453,6 +454,17 @@ ScriptObject ScriptObject::Make(std::wstring_view className)
 ComPtr<IDispatch> Stage::Make(const std::wstring& name)
 {
     return ScriptObject::Make(name).Dispatch();
+}
+
+void Stage::Register(bool currentUser, const std::wstring& program)
+{
+    RegisterServer(currentUser ? RegistrationScope::CurrentUser : RegistrationScope::AllUsers,
+                   program);
+}
+
+void Stage::Unregister(const std::wstring& program)
+{
+    UnregisterServer(program);
 }
 
 void Stage::Record(const std::wstring& name)

@@ -26,6 +26,10 @@ public:
     static std::vector<std::wstring> Classes();
     static ComPtr<IDispatch> Make(const std::wstring& name);
 
+    // The server in the registry, for the current user or for all.
+    static void Register(bool currentUser, const std::wstring& program);
+    static void Unregister(const std::wstring& program);
+
     static void Record(const std::wstring& name); // throws std::logic_error for an unknown one
 
     // Numbers, one for each call; the last one stays. Some are no calls: "version" is that of the
