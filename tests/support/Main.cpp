@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "core/Apartment.h"
-#include "support/Remote.h"
 #include "support/Robot.h"
 
 namespace {
@@ -33,7 +32,6 @@ int wmain(int count, wchar_t** arguments)
 {
     SetUnhandledExceptionFilter(ReportCrash);
     testing::InitGoogleTest(&count, arguments);
-    quill::test::EndHungServers();
     const quill::ApartmentRecord record;
     return RUN_ALL_TESTS();
 }

@@ -22,6 +22,8 @@ Stage::~Stage() = default;
 // Tables end at their `stage` here; an answer before it is for their other run.
 void Stage::Record(const std::wstring&) {}
 void Stage::Answer(const std::wstring&, const std::wstring&) {}
+void Stage::Register(bool, const std::wstring&) {}
+void Stage::Unregister(const std::wstring&) {}
 std::wstring Stage::Told()
 {
     return {};

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <future>
 
+#include "core/Catalogue.h"
+#include "support/Engine.h"
 #include "support/Remote.h"
 #include "support/Robot.h"
 #include "support/TemporaryFolder.h"
@@ -18,73 +20,41 @@ namespace {
 struct Waiting {
     const wchar_t* name;
     const wchar_t* button; // ends its wait; null: another call does
-    void (*wait)(ScriptObject& object, const std::wstring& caption);
+    // Of the object o; c is the caption. Another script's answer is an error.
+    const wchar_t* statement;
 };
 
-// Another script's answer is an error.
-void WantOwn(const Value& answer, const std::wstring& caption)
-{
-    if (answer.Text() != caption) throw ScriptError{1, {}, {}};
-}
-
 const Waiting kWaiting[] = {
-    {L"List", L"OK",
-     [](ScriptObject& list, const std::wstring& caption) {
-         WantOwn(list.Call(L"Selection", caption + L"\r\nother", 0, caption), caption);
-     }},
-    {L"CheckList", L"OK",
-     [](ScriptObject& list, const std::wstring& caption) {
-         list.Call(L"Selection", L"a\r\nb", 0, caption);
-     }},
-    {L"DriveList", L"OK",
-     [](ScriptObject& list, const std::wstring& caption) {
-         list.Call(L"Selection", L"", caption);
-     }},
-    {L"MInputBox", L"OK",
-     [](ScriptObject& box, const std::wstring& caption) {
-         WantOwn(box.Call(L"InputS", L"prompt", caption, caption), caption);
-     }},
-    {L"DTPick", L"OK",
-     [](ScriptObject& picker, const std::wstring& caption) {
-         Variant date;
-         picker.Put(L"Title", caption);
-         picker.Call(L"Selection", &date);
-     }},
-    {L"MessageBox", L"OK",
-     [](ScriptObject& box, const std::wstring& caption) {
-         box.Call(L"Show", L"text", 0, caption);
-     }},
-    {L"TaskDialog", L"OK",
-     [](ScriptObject& dialog, const std::wstring& caption) {
-         dialog.Call(L"Show", L"text", 1, caption);
-     }},
-    {L"FileSelection", L"Cancel",
-     [](ScriptObject& files, const std::wstring& caption) {
-         files.Put(L"DlgTitle", caption);
-         files.Call(L"Dialog", short{0});
-     }},
-    {L"Clock", nullptr,
-     [](ScriptObject& clock, const std::wstring&) {
-         clock.Call(L"SetTimer", 1'000'000);
-         clock.Call(L"Wait");
-     }},
+    {L"List", L"OK", L"If o.Selection(c & vbCrLf & 1, 0, c) <> c Then Err.Raise 5"},
+    {L"CheckList", L"OK", L"o.Selection \"a\", 0, c"},
+    {L"DriveList", L"OK", L"o.Selection \"\", c"},
+    {L"MInputBox", L"OK", L"If o.InputS(\"prompt\", c, c) <> c Then Err.Raise 5"},
+    {L"DTPick", L"OK", L"o.Title = c : o.Selection date_"},
+    {L"MessageBox", L"OK", L"o.Show \"text\", 0, c"},
+    {L"TaskDialog", L"OK", L"o.Show \"text\", 1, c"},
+    {L"FileSelection", L"Cancel", L"o.DlgTitle = c : o.Dialog 0"},
+    {L"Clock", nullptr, L"o.SetTimer 1000000 : o.Wait"},
 };
 const Waiting& kList = kWaiting[0];
 
-// A script that makes an object and waits in its call.
+// A script that makes an object and waits in its call, on a thread of its own.
 class Script {
 public:
     Script(const Waiting& kind, std::wstring caption)
-        : kind_(kind), caption_(std::move(caption)), object_(Remote(kind.name)),
-          rightly_(std::async(std::launch::async, [this] {
-              CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-              const bool done = !ErrorOf([this] { kind_.wait(object_, caption_); }).number;
-              CoUninitialize();
-              return done;
-          }))
+        : kind_(kind), caption_(std::move(caption)), object_(Remote(kind.name))
     {
+        IStream* stream = nullptr;
+        Check(CoMarshalInterThreadInterfaceInStream(IID_IDispatch, object_.Dispatch(), &stream));
+        rightly_ = std::async(std::launch::async, [this, stream] {
+            const ApartmentRecord record;
+            ComPtr<IDispatch> object;
+            Check(CoGetInterfaceAndReleaseStream(stream, IID_PPV_ARGS(&object)));
+            Engine engine([&](const std::wstring&) { return object; });
+            engine.Add(L"o");
+            engine.Run(L"c = \"" + caption_ + L'"');
+            return engine.Run(kind_.statement).error.number == 0;
+        });
     }
-
     ~Script()
     {
         if (!Returned()) Answer();
@@ -102,9 +72,8 @@ public:
     void Answer()
     {
         if (button_)
-            PostMessageW(GetParent(button_), WM_COMMAND,
-                         MAKEWPARAM(GetDlgCtrlID(button_), BN_CLICKED),
-                         reinterpret_cast<LPARAM>(button_));
+            PostMessageW(GetParent(button_), WM_COMMAND, GetDlgCtrlID(button_),
+                         HandleToLong(button_));
         else
             object_.Call(L"RemoveTimer");
     }
@@ -130,18 +99,6 @@ private:
 
 class RunningServer : public testing::Test {
 protected:
-    // Scripts of one test share objects among threads.
-    static void SetUpTestSuite()
-    {
-        CoUninitialize();
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    }
-    static void TearDownTestSuite()
-    {
-        CoUninitialize();
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    }
-
     // The next client is served.
     static void ExpectServer() { EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1); }
 
@@ -173,25 +130,6 @@ TEST_F(RunningServer, ScriptsThatWaitDoNotHoldEachOtherUp)
     }
 }
 
-// The menu is no call of a script: whoever clicks the icon opens it.
-TEST_F(RunningServer, AnOpenMenuHoldsNobodyUp)
-{
-    ScriptObject notice = Remote(L"Notice");
-    notice.Put(L"IconID", 32516);
-    notice.Put(L"ContextMenu", ScriptArray(L"one", L"two"));
-    ASSERT_TRUE(notice.Call(L"Add"));
-    const HWND icon = FindWindowW(L"frmNoteMsg", nullptr);
-    PostMessageW(icon, 0x8008, MAKEWPARAM(300, 300), MAKELPARAM(WM_CONTEXTMENU, 0));
-    const HWND menu = desk_.Window(nullptr, L"#32768");
-    ScriptObject clock = Remote(L"Clock");
-    clock.Call(L"SetTimer", 50);
-    desk_.WaitFor(L"the clock to ring", [&] { return !clock.Get(L"Running"); });
-    EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
-    EXPECT_TRUE(IsWindowVisible(menu));
-    notice.Call(L"Remove");
-    desk_.WaitUntilGone(menu);
-}
-
 // There are 32 threads for waits: dialog 32, counted from 0, is nested in number 0.
 TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
 {
@@ -205,12 +143,7 @@ TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
     scripts[kThreads - 1].Answer();
     EXPECT_TRUE(scripts[kThreads - 1].ReturnedRightly());
     EXPECT_FALSE(scripts[0].Returned()) << "the one on top of it is still open";
-    scripts[kThreads].Answer();
-    EXPECT_TRUE(scripts[kThreads].ReturnedRightly());
-    EXPECT_TRUE(scripts[0].ReturnedRightly());
-
-    for (int number = kCount - 1; number > 0; --number) {
-        if (number == kThreads || number == kThreads - 1) continue;
+    for (int number = kCount - 1; number >= 0; --number) {
         scripts[number].Answer();
         EXPECT_TRUE(scripts[number].ReturnedRightly()) << number;
     }
@@ -220,13 +153,27 @@ TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
 // has to do well without.
 TEST_F(RunningServer, SurvivesKilledClients)
 {
-    for (const wchar_t* what :
-         {L"objects", L"list", L"message", L"icon", L"windows", L"clock", L"event"}) {
-        SCOPED_TRACE(Narrow(what));
-        const Client client(what);
+    std::wstring all = L"Dim all(99) : For Each name In Array(\"List\"";
+    for (const CatalogueRow& row : kCatalogue)
+        all += std::wstring(L", \"") + row.name + L'"';
+    const std::pair<std::wstring, const wchar_t*> cases[] = {
+        {all + L") : Set all(i) = CreateObject(\"Quill.\" & name) : i = i + 1 : Next |", nullptr},
+        {L"Set o = CreateObject(\"Quill.List\") | o.Selection \"a\", 0, \"killed\"", L"killed"},
+        {L"Set o = CreateObject(\"Quill.MessageBox\") | o.Show \"a\", 0, \"killed\"", L"killed"},
+        {L"Set o = CreateObject(\"Quill.Notice\") : o.IconID = 32516 : o.BalloonText = \"a\" : "
+         L"o.BalloonIcon = 1 : If Not o.Add Then Err.Raise 5 Else o.ShowBalloon |",
+         nullptr},
+        {L"Dim kept(1) : For Each name In Array(\"Window\", \"ProgressWindow\") : "
+         L"Set kept(i) = CreateObject(\"Quill.\" & name) : kept(i).Create : i = i + 1 : Next |",
+         nullptr},
+        {L"Clock.SetTimer 1000000 |", nullptr},
+        {L"Clock.SetTimer 20 | Clock.Wait", nullptr}, // is being called when it dies
+    };
+    for (const auto& [script, caption] : cases) {
+        SCOPED_TRACE(Narrow(script));
+        const Client client(script);
         ASSERT_TRUE(client.Ready());
-        if (client.Wait(0) != STILL_ACTIVE) ADD_FAILURE() << "the client failed";
-        if (*what == L'l' || *what == L'm') desk_.Control(L"killed", L"Button", L"OK");
+        if (caption) desk_.Control(caption, L"Button", L"OK");
         client.Kill();
 
         Script other(kList, L"other");
@@ -240,28 +187,7 @@ TEST_F(RunningServer, SurvivesKilledClients)
 Event ServerProcess()
 {
     const auto id = static_cast<DWORD>(Remote(L"Me").Get(L"ProcessID").Number());
-    Event process(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id));
-    if (!process) throw std::runtime_error("the server's process could not be opened");
-    return process;
-}
-
-DWORD ExitCode(const Event& process)
-{
-    DWORD code = STILL_ACTIVE;
-    WaitForSingleObject(process.get(), 10'000);
-    GetExitCodeProcess(process.get(), &code);
-    return code;
-}
-
-TEST_F(RunningServer, IsEndedByTheNextProgramWhenItHangs)
-{
-    const Event process = ServerProcess();
-    const DWORD id = GetWindowThreadProcessId(FindWindowW(L"quill.Server", nullptr), nullptr);
-    const Event thread(OpenThread(THREAD_SUSPEND_RESUME, FALSE, id));
-    ASSERT_NE(SuspendThread(thread.get()), static_cast<DWORD>(-1));
-    EndHungServers();
-    EXPECT_EQ(ExitCode(process), 1u);
-    ExpectServer();
+    return Event(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id));
 }
 
 TEST_F(RunningServer, EndsWithTheSession)
@@ -274,11 +200,16 @@ TEST_F(RunningServer, EndsWithTheSession)
     notice.Put(L"IconID", 32516);
     notice.Put(L"ContextMenu", ScriptArray(L"one"));
     ASSERT_TRUE(notice.Call(L"Add"));
-    const auto icon = [&] {
+    const auto icon = [] {
         return FindWindowExW(FindWindowW(nullptr, L"Wine System Tray"), nullptr,
                              L"__winex11_tray_icon", nullptr);
     };
     EXPECT_TRUE(icon());
+    // The menu is no call of a script: whoever clicks the icon opens it.
+    PostMessageW(FindWindowW(L"frmNoteMsg", nullptr), 0x8008, MAKEWPARAM(300, 300),
+                 MAKELPARAM(WM_CONTEXTMENU, 0));
+    desk_.Window(nullptr, L"#32768");
+    EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
     const TemporaryFolder folder;
     ScriptObject binary(Remote(L"File").Call(L"OpenBinary", folder.Write(L"data", "")).Object());
     ASSERT_TRUE(binary.Call(L"BWrite", L"written"));
@@ -292,13 +223,13 @@ TEST_F(RunningServer, EndsWithTheSession)
         if (owner == GetProcessId(process.get())) windows.push_back(next);
     }
     const auto send = [&](UINT message, WPARAM wParam) {
-        DWORD_PTR all = TRUE;
+        bool all = true;
         for (const HWND window : windows) {
             DWORD_PTR answer = TRUE;
             SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, 10'000, &answer);
-            all = all && answer;
+            all &= answer != FALSE;
         }
-        return all != FALSE;
+        return all;
     };
     PostMessageW(FindWindowW(L"quill.Server", nullptr), WM_CLOSE, 0, 0); // means others
     EXPECT_TRUE(send(WM_QUERYENDSESSION, 0));
@@ -312,7 +243,7 @@ TEST_F(RunningServer, EndsWithTheSession)
         EXPECT_FALSE(IsWindow(window) && IsWindowVisible(window)) << Narrow(Desk::ClassOf(window));
     for (const Script& script : scripts)
         EXPECT_TRUE(script.Returned(2'000));
-    EXPECT_EQ(ExitCode(process), 0u) << "a thread did not end";
+    EXPECT_EQ(ExitCode(process, 10'000), 0u) << "a thread did not end";
     std::ifstream written(std::filesystem::path(folder.Path(L"data")), std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "written");
 
@@ -323,12 +254,12 @@ TEST_F(RunningServer, EndsWithTheSession)
 TEST_F(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
 {
     const Event process = ServerProcess();
-    const Client client(L"event");
+    const Client client(L"Clock.SetTimer 20 | Clock.Wait");
     ASSERT_TRUE(client.Ready());
     const ULONGLONG begin = GetTickCount64();
     SendMessageTimeoutW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0, SMTO_NORMAL,
                         10'000, nullptr);
-    EXPECT_EQ(ExitCode(process), 1u);
+    EXPECT_EQ(ExitCode(process, 10'000), 1u);
     EXPECT_LT(GetTickCount64() - begin, 5'000u);
     ExpectServer();
 }
