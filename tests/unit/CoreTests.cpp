@@ -1,26 +1,29 @@
-// Conversions, the message pump, and functions of the platform.
+// Conversions, the message pump, functions of the platform, threads beside the apartments.
 #include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include <sddl.h>
 
 #include "core/Apartment.h"
 #include "core/Conversions.h"
 #include "core/MessagePump.h"
+#include "core/RunAside.h"
+#include "core/Security.h"
 #include "core/Text.h"
-#include "support/ScriptObject.h"
+#include "core/quillfn.h"
+#include "support/Remote.h"
+#include "support/Values.h"
 
 namespace quill::test {
 namespace {
 
 TEST(Conversions, TruthIsMinusOneAndAnythingButZero)
 {
-    for (const VARIANT_BOOL value : {VARIANT_TRUE, VARIANT_BOOL(1), VARIANT_BOOL(0x100)})
-        EXPECT_TRUE(static_cast<bool>(Argument<VARIANT_BOOL>{value})) << value;
+    EXPECT_TRUE(static_cast<bool>(Argument<VARIANT_BOOL>{VARIANT_BOOL(0x100)}));
     VARIANT_BOOL sent = 5;
     Return(&sent, true);
     EXPECT_EQ(sent, VARIANT_TRUE);
-}
-
-TEST(Conversions, NullVariableIsAnError)
-{
     const auto take = [](VARIANT&) {};
     EXPECT_THROW(take(Argument<VARIANT*>{nullptr}), AutomationError);
 }
@@ -28,22 +31,18 @@ TEST(Conversions, NullVariableIsAnError)
 TEST(Text, NumbersAreReadAsUsersWriteThem)
 {
     const std::pair<const wchar_t*, std::optional<double>> cases[] = {
-        {L"0", 0},          {L" -12,5 ", -12.5}, {L"+.5", .5},  {L"7.", 7},
-        {L"1.5E-3", .0015}, {L"1e+2", 100},      {L"", {}},     {L",", {}},
-        {L"1.2.3", {}},     {L"1,234.5", {}},    {L"1E", {}},   {L"1E999", {}},
-        {L"- 1", {}},       {L"1 2", {}},        {L"0x10", {}}, {L"infinity", {}}};
+        {L" -12,5 ", -12.5}, {L"+.5", .5}, {L"7.", 7},     {L"1.5E-3", .0015}, {L"1e+2", 100},
+        {L"", {}},           {L",", {}},   {L"1.2.3", {}}, {L"1,234.5", {}},   {L"1E", {}},
+        {L"1E999", {}},      {L"- 1", {}}, {L"1 2", {}},   {L"0x10", {}},      {L"infinity", {}}};
     for (const auto& [text, number] : cases)
         EXPECT_EQ(NumberOf(text, L","), number) << Narrow(text);
 }
 
 TEST(Text, MasksFit)
 {
-    const std::wstring hard = [] {
-        std::wstring mask;
-        while (mask.size() < 10'000)
-            mask += L"a*";
-        return mask + L"b";
-    }();
+    std::wstring hard;
+    while (hard.size() < 10'000)
+        hard += L"a*";
     const std::tuple<std::wstring, std::wstring, bool> cases[] = {
         {L"A1-23", L"?#-##", true},
         {L"A1-2", L"?#-##", false},
@@ -54,8 +53,8 @@ TEST(Text, MasksFit)
         {L"x", L"*", true},
         {L"a.b.c", L"*.c", true},
         {L"a.b.d", L"*.c", false},
-        {std::wstring(1024, L'a'), hard, false},
-        {std::wstring(6000, L'a') + L"b", hard, true},
+        {std::wstring(1024, L'a'), hard + L"b", false},
+        {std::wstring(6000, L'a') + L"b", hard + L"b", true},
     };
     for (const auto& [text, mask, fits] : cases)
         EXPECT_EQ(FitsMask(text, mask), fits) << Narrow(text.substr(0, 20));
@@ -89,6 +88,104 @@ TEST(FindSystemFunction, IsNullForWhatThisWindowsLacks)
     EXPECT_TRUE(FindSystemFunction<void()>(L"winmm.dll", "timeGetTime")); // not loaded before
     EXPECT_FALSE(FindSystemFunction<void()>(L"kernel32.dll", "NoSuchFunction"));
     EXPECT_FALSE(FindSystemFunction<void()>(L"nosuch.dll", "GetTickCount64"));
+}
+
+Variant ArrayOfBytes(std::vector<SAFEARRAYBOUND> dimensions)
+{
+    Variant array = OfType(VT_ARRAY | VT_UI1);
+    V_ARRAY(&array) =
+        SafeArrayCreate(VT_UI1, static_cast<UINT>(dimensions.size()), dimensions.data());
+    return array;
+}
+
+TEST(ElementCount, CountsZeroBasedArraysByTheirFirstDimension)
+{
+    const std::pair<std::vector<SAFEARRAYBOUND>, int> cases[] = {
+        {{{5, 1}}, 0}, {{{3, 0}, {7, 1}}, 3}, {{{3, 1}, {7, 0}}, 0}, {{{32767, 0}}, 32767}};
+    for (const auto& [dimensions, expected] : cases)
+        EXPECT_EQ(ElementCount(ArrayOfBytes(dimensions)), expected) << dimensions[0].cElements;
+    EXPECT_THROW(ElementCount(ArrayOfBytes({{32768, 0}})), AutomationError);
+    for (const int type : {VT_ARRAY | VT_VARIANT, VT_BYREF | VT_ARRAY | VT_VARIANT, +VT_I4})
+        EXPECT_EQ(ElementCount(OfType(static_cast<VARTYPE>(type))), 0) << type;
+}
+
+TEST(InRange, ComparesNumbersOfAllKinds)
+{
+    const std::pair<Variant, bool> cases[] = {{Variant(64L), true},      {Variant(64.5), false},
+                                              {Variant(SHORT(1)), true}, {Variant(0.999), false},
+                                              {Variant(true), false},    {OfType(VT_DATE), false},
+                                              {OfType(VT_NULL), false},  {Variant(), false}};
+    for (const auto& [value, expected] : cases)
+        EXPECT_EQ(InRange(value, Variant(1L), Variant(64L)), expected) << Describe(value);
+    EXPECT_TRUE(InRange(Variant(), Variant(0L), Variant(64L))); // an empty Variant is 0
+}
+
+TEST(FileExists, ResolvesBareNamesOnly)
+{
+    const std::wstring program = ThisApartment().programPath;
+    const size_t folder = program.find_last_of(L'\\') + 1;
+    const std::tuple<std::wstring, std::wstring, bool> cases[] = {
+        {program.substr(folder), program, true},
+        {L"missing.txt", program.substr(0, folder) + L"missing.txt", false},
+        {L"missing\\x.txt", L"missing\\x.txt", false},
+        {L"", L"", false}};
+    for (const auto& [path, rewritten, expected] : cases) {
+        std::wstring tested = path;
+        EXPECT_FALSE(FileExists(tested, false));
+        EXPECT_EQ(tested, path);
+        EXPECT_EQ(FileExists(tested, true), expected) << Narrow(path);
+        EXPECT_EQ(tested, rewritten);
+    }
+}
+
+// The user from this computer (1 and 2 of the rights, not 4), the system and administrators; no
+// program of a lower level.
+TEST(AccessRights, AdmitTheUserFromThisComputerAndNobodyElse)
+{
+    alignas(TOKEN_USER) BYTE user[256];
+    DWORD size = 0;
+    Handle token;
+    Owned<LPWSTR, LocalFree> name;
+    Owned<LPWSTR, LocalFree> text;
+    OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, Into(token));
+    GetTokenInformation(token.get(), TokenUser, user, sizeof user, &size);
+    ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, Into(name));
+    AccessRights rights;
+    ConvertSecurityDescriptorToStringSecurityDescriptorW(
+        rights.Descriptor(), SDDL_REVISION_1,
+        OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION,
+        Into(text), nullptr);
+    const std::wstring sid = name.get();
+    EXPECT_EQ(text.get(), L"O:" + sid + L"D:(A;;CCDC;;;" + sid +
+                              L")(A;;CCDC;;;SY)(A;;CCDC;;;BA)S:" +
+                              (OnWine() ? L"(;;LC;;;HI)" : L"(ML;;NX;;;HI)"));
+}
+
+TEST(RunAside, IsSignalledAtTheEndWhateverTheBodyThrows)
+{
+    std::atomic<bool> ran{false};
+    const Thread thread = RunAside([&] {
+        ran = true;
+        throw std::runtime_error("lost");
+    });
+    EXPECT_EQ(WaitForSingleObject(thread.get(), 20'000), WAIT_OBJECT_0);
+    EXPECT_TRUE(ran);
+}
+
+TEST(RunAside, ThreadsThatHangDoNotPileUp)
+{
+    const auto answer = std::make_shared<Event>(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const auto hang = [answer] { WaitForSingleObject(answer->get(), 20'000); };
+    std::vector<Thread> threads;
+    while (Thread thread = RunAside(hang))
+        threads.push_back(std::move(thread));
+    EXPECT_EQ(threads.size(), static_cast<size_t>(kMostAside));
+    EXPECT_FALSE(RunAside(hang)) << "a refused one takes no room either";
+
+    SetEvent(answer->get());
+    for (const Thread& thread : threads)
+        EXPECT_EQ(WaitForSingleObject(thread.get(), 20'000), WAIT_OBJECT_0);
+    EXPECT_TRUE(RunAside([] {})) << "there is room again";
 }
 
 } // namespace
