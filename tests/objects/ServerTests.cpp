@@ -7,12 +7,14 @@
 #include "core/Apartment.h"
 #include "core/Server.h"
 #include "support/Robot.h"
-#include "support/ScriptObject.h"
 
 namespace quill::test {
 namespace {
 
-constexpr Patience kPatience{.linger = 20, .firstClient = 30'000, .lastCall = 20, .end = 0};
+int Serve()
+{
+    return RunServer({.linger = 20, .firstClient = 30'000, .lastCall = 20, .end = 0});
+}
 
 ComPtr<IClassFactory> ClassOfProfile()
 {
@@ -23,34 +25,25 @@ ComPtr<IClassFactory> ClassOfProfile()
 }
 
 ComPtr<IDispatch> object; // of a client that is there for a while
-bool served;
-bool hung;
-
-void CALLBACK ReleaseObject(HWND, UINT, UINT_PTR timer, DWORD)
-{
-    KillTimer(nullptr, timer);
-    served = true;
-    object.Reset();
-}
-
-void CALLBACK GiveUp(HWND, UINT, UINT_PTR, DWORD)
-{
-    hung = true;
-    PostQuitMessage(1);
-}
+bool served = false;
+bool hung = false;
+const Event serving(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 
 TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
 {
-    served = false;
     const DuringWait client([] {
         const ComPtr<IClassFactory> factory = ClassOfProfile();
         ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
         factory->LockServer(TRUE);
         for (int count = 0; count < 3; ++count)
             factory->LockServer(FALSE);
-        SetTimer(nullptr, 0, 300, ReleaseObject);
+        SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR timer, DWORD) WINAPI {
+            KillTimer(nullptr, timer);
+            served = true;
+            object.Reset();
+        });
     });
-    EXPECT_EQ(RunServer(kPatience), 0);
+    EXPECT_EQ(Serve(), 0);
     EXPECT_TRUE(served);
     object.Reset();
 }
@@ -66,14 +59,14 @@ TEST(Server, TheLocksOfAKilledClientGoWithIt)
         factory->LockServer(TRUE);
         connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
     });
-    hung = false;
-    const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, GiveUp);
-    EXPECT_EQ(RunServer(kPatience), 0);
+    const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, [](HWND, UINT, UINT_PTR, DWORD) WINAPI {
+        hung = true;
+        PostQuitMessage(1);
+    });
+    EXPECT_EQ(Serve(), 0);
     EXPECT_FALSE(hung);
     KillTimer(nullptr, timer);
 }
-
-Event serving(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 
 // The platform lets go of the class objects when their apartment ends, after the server.
 TEST(Server, ClassObjectsThatAClientKeepsFailAfterItsEnd)
@@ -84,7 +77,7 @@ TEST(Server, ClassObjectsThatAClientKeepsFailAfterItsEnd)
             KillTimer(nullptr, timer);
             SetEvent(serving.get());
         });
-        EXPECT_EQ(RunServer(kPatience), 0);
+        EXPECT_EQ(Serve(), 0);
     });
     WaitForSingleObject(serving.get(), INFINITE);
     ComPtr<IDispatch> profile; // keeps the server until all have come
