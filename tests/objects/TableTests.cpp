@@ -3,7 +3,8 @@
 //     ? expression                    which must be True
 //     ?? expression                   which must become True within some seconds
 //     ! statement -> 8004033F text    which must raise this error of the table's class; ... at the
-//                                     end stands for any, and without a text the number counts
+//                                     end stands for any, and without a text the number counts.
+//                                     Statements with " | " between them raise the same
 //     > statement -> calls            which asks this of the platform (support/Stage.h)
 //     < Class[:text] action           what the user does while the next line runs
 //     & caption: statement            what the object's thread does meanwhile, once it waits and a
@@ -147,8 +148,11 @@ private:
             const size_t arrow = text.rfind(L" ->");
             if (arrow == std::wstring::npos) return "-> is missing";
             const std::wstring expected = Replaced(text.substr(std::min(arrow + 4, text.size())));
-            return line[0] == L'!' ? ExpectError(text.substr(0, arrow), expected)
-                                   : ExpectCalls(text.substr(0, arrow), expected);
+            if (line[0] == L'>') return ExpectCalls(text.substr(0, arrow), expected);
+            std::string failures;
+            for (const std::wstring& statement : PartsOf(text.substr(0, arrow), L" | "))
+                failures += ExpectError(statement, expected);
+            return failures;
         }
         return iswalpha(line[0]) ? Raised(engine_.Run(text).error) : "unknown mark";
     } catch (const std::exception& error) {
