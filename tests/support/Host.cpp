@@ -4,6 +4,7 @@
 #include "core/Text.h"
 #include "support/Robot.h"
 #include "support/ScriptObject.h"
+#include "support/Values.h"
 
 namespace quill::test {
 

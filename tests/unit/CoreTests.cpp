@@ -120,24 +120,6 @@ TEST(InRange, ComparesNumbersOfAllKinds)
     EXPECT_TRUE(InRange(Variant(), Variant(0L), Variant(64L))); // an empty Variant is 0
 }
 
-TEST(FileExists, ResolvesBareNamesOnly)
-{
-    const std::wstring program = ThisApartment().programPath;
-    const size_t folder = program.find_last_of(L'\\') + 1;
-    const std::tuple<std::wstring, std::wstring, bool> cases[] = {
-        {program.substr(folder), program, true},
-        {L"missing.txt", program.substr(0, folder) + L"missing.txt", false},
-        {L"missing\\x.txt", L"missing\\x.txt", false},
-        {L"", L"", false}};
-    for (const auto& [path, rewritten, expected] : cases) {
-        std::wstring tested = path;
-        EXPECT_FALSE(FileExists(tested, false));
-        EXPECT_EQ(tested, path);
-        EXPECT_EQ(FileExists(tested, true), expected) << Narrow(path);
-        EXPECT_EQ(tested, rewritten);
-    }
-}
-
 // The user from this computer (1 and 2 of the rights, not 4), the system and administrators; no
 // program of a lower level.
 TEST(AccessRights, AdmitTheUserFromThisComputerAndNobodyElse)

@@ -35,7 +35,9 @@ TEST(EventLogTest, WritersDoNotDisturbEachOther)
     std::istringstream lines(contents);
     size_t count = 0;
     for (std::string line; std::getline(lines, line); ++count)
-        EXPECT_TRUE(line.size() > 500 && line.ends_with('\t' + std::string(500, line[line.size() - 2]) + '\r')) << line;
+        EXPECT_TRUE(line.size() > 500 &&
+                    line.ends_with('\t' + std::string(500, line[line.size() - 2]) + '\r'))
+            << line;
     EXPECT_EQ(count, 2 * kLines);
 }
 

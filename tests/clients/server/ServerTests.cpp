@@ -37,23 +37,29 @@ const Waiting kWaiting[] = {
 };
 const Waiting& kList = kWaiting[0];
 
-// A script that makes an object and waits in its call, on a thread of its own.
+// A script that makes an object and waits in its call, on a thread of its own. Its object goes on
+// being served.
 class Script {
 public:
-    Script(const Waiting& kind, std::wstring caption)
-        : kind_(kind), caption_(std::move(caption)), object_(Remote(kind.name))
+    Script(const Waiting& kind, const std::wstring& caption) : object_(Remote(kind.name))
     {
         IStream* stream = nullptr;
         Check(CoMarshalInterThreadInterfaceInStream(IID_IDispatch, object_.Dispatch(), &stream));
-        rightly_ = std::async(std::launch::async, [this, stream] {
+        rightly_ = std::async(std::launch::async, [kind, caption, stream] {
             const ApartmentRecord record;
             ComPtr<IDispatch> object;
             Check(CoGetInterfaceAndReleaseStream(stream, IID_PPV_ARGS(&object)));
             Engine engine([&](const std::wstring&) { return object; });
             engine.Add(L"o");
-            engine.Run(L"c = \"" + caption_ + L'"');
-            return engine.Run(kind_.statement).error.number == 0;
+            engine.Run(L"c = \"" + caption + L'"');
+            return engine.Run(kind.statement).error.number == 0;
         });
+        if (kind.button)
+            button_ = Desk().Control(caption.c_str(), L"Button", kind.button);
+        else
+            Desk().WaitFor(L"the clock", [this] { return object_.Get(L"Running").Truth(); });
+        UINT count = 0;
+        Check(object_.Dispatch()->GetTypeInfoCount(&count));
     }
     ~Script()
     {
@@ -62,13 +68,6 @@ public:
     Script(const Script&) = delete;
     Script& operator=(const Script&) = delete;
 
-    void WaitUntilOpen(Desk& desk)
-    {
-        if (kind_.button)
-            button_ = desk.Control(caption_.c_str(), L"Button", kind_.button);
-        else
-            desk.WaitFor(L"the clock", [this] { return object_.Get(L"Running").Truth(); });
-    }
     void Answer()
     {
         if (button_)
@@ -76,11 +75,6 @@ public:
                          HandleToLong(button_));
         else
             object_.Call(L"RemoveTimer");
-    }
-    bool IsServed()
-    {
-        UINT count = 0;
-        return SUCCEEDED(object_.Dispatch()->GetTypeInfoCount(&count)) && count == 1;
     }
     bool Returned(int milliseconds = 0) const
     {
@@ -90,33 +84,25 @@ public:
     bool ReturnedRightly() { return Returned(5'000) && rightly_.get(); }
 
 private:
-    const Waiting& kind_;
-    const std::wstring caption_;
     ScriptObject object_;
     HWND button_ = nullptr;
     std::shared_future<bool> rightly_;
 };
 
-class RunningServer : public testing::Test {
-protected:
-    // The next client is served.
-    static void ExpectServer() { EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1); }
+// The next client is served.
+void ExpectServer()
+{
+    EXPECT_EQ(Remote(L"Profile").Get(L"ErrorLevel"), 1);
+}
 
-    Desk desk_;
-};
-
-TEST_F(RunningServer, ScriptsThatWaitDoNotHoldEachOtherUp)
+TEST(RunningServer, ScriptsThatWaitDoNotHoldEachOtherUp)
 {
     for (const Waiting& kind : kWaiting) {
         SCOPED_TRACE(Narrow(kind.name));
         Script first(kind, L"first");
-        first.WaitUntilOpen(desk_);
         Script second(kind, L"second");
-        second.WaitUntilOpen(desk_);
         Script list(kList, L"list");
-        list.WaitUntilOpen(desk_);
         ExpectServer();
-        EXPECT_TRUE(first.IsServed() && second.IsServed());
 
         // Neither the one that came last comes back first, nor the one that came first.
         second.Answer();
@@ -131,13 +117,13 @@ TEST_F(RunningServer, ScriptsThatWaitDoNotHoldEachOtherUp)
 }
 
 // There are 32 threads for waits: dialog 32, counted from 0, is nested in number 0.
-TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
+TEST(RunningServer, FortyDialogsReturnToTheirOwnScripts)
 {
     constexpr int kCount = 40;
     constexpr int kThreads = 32;
     std::deque<Script> scripts;
     for (int number = 0; number < kCount; ++number)
-        scripts.emplace_back(kList, L"dialog " + std::to_wstring(number)).WaitUntilOpen(desk_);
+        scripts.emplace_back(kList, L"dialog " + std::to_wstring(number));
 
     scripts[0].Answer();
     scripts[kThreads - 1].Answer();
@@ -151,7 +137,7 @@ TEST_F(RunningServer, FortyDialogsReturnToTheirOwnScripts)
 
 // The platform counts the references of killed clients down, or, as here, never does: the server
 // has to do well without.
-TEST_F(RunningServer, SurvivesKilledClients)
+TEST(RunningServer, SurvivesKilledClients)
 {
     std::wstring all = L"Dim all(99) : For Each name In Array(\"List\"";
     for (const CatalogueRow& row : kCatalogue)
@@ -173,11 +159,10 @@ TEST_F(RunningServer, SurvivesKilledClients)
         SCOPED_TRACE(Narrow(script));
         const Client client(script);
         ASSERT_TRUE(client.Ready());
-        if (caption) desk_.Control(caption, L"Button", L"OK");
+        if (caption) Desk().Control(caption, L"Button", L"OK");
         client.Kill();
 
         Script other(kList, L"other");
-        other.WaitUntilOpen(desk_);
         ExpectServer();
         other.Answer();
         EXPECT_TRUE(other.ReturnedRightly());
@@ -190,12 +175,12 @@ Event ServerProcess()
     return Event(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id));
 }
 
-TEST_F(RunningServer, EndsWithTheSession)
+TEST(RunningServer, EndsWithTheSession)
 {
     const Event process = ServerProcess();
     std::deque<Script> scripts;
     for (const Waiting& kind : kWaiting)
-        scripts.emplace_back(kind, L"open " + std::wstring(kind.name)).WaitUntilOpen(desk_);
+        scripts.emplace_back(kind, L"open " + std::wstring(kind.name));
     ScriptObject notice = Remote(L"Notice");
     notice.Put(L"IconID", 32516);
     notice.Put(L"ContextMenu", ScriptArray(L"one"));
@@ -205,10 +190,11 @@ TEST_F(RunningServer, EndsWithTheSession)
                              L"__winex11_tray_icon", nullptr);
     };
     EXPECT_TRUE(icon());
+    Desk desk;
     // The menu is no call of a script: whoever clicks the icon opens it.
     PostMessageW(FindWindowW(L"frmNoteMsg", nullptr), 0x8008, MAKEWPARAM(300, 300),
                  MAKELPARAM(WM_CONTEXTMENU, 0));
-    desk_.Window(nullptr, L"#32768");
+    desk.Window(nullptr, L"#32768");
     EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
     const TemporaryFolder folder;
     ScriptObject binary(Remote(L"File").Call(L"OpenBinary", folder.Write(L"data", "")).Object());
@@ -251,7 +237,7 @@ TEST_F(RunningServer, EndsWithTheSession)
 }
 
 // The system would end it after five seconds.
-TEST_F(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
+TEST(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
 {
     const Event process = ServerProcess();
     const Client client(L"Clock.SetTimer 20 | Clock.Wait");
