@@ -19,14 +19,7 @@ int Rounds(int otherwise)
     return rounds ? _wtoi(rounds) : otherwise;
 }
 
-// Uses one object of every class.
-std::wstring Everything()
-{
-    std::wstring script = L"For Each name In Array(\"List\"";
-    for (const CatalogueRow& row : kCatalogue)
-        script += std::wstring(L", \"") + row.name + L'"';
-    return script + L") : Set o = CreateObject(\"Quill.\" & name) : kind = TypeName(o) : Next";
-}
+const std::wstring kOnce = WithEachClass(L"kind = TypeName(o)");
 
 // The process that serves a client on a thread of its own. Wine names a server to clients up to the
 // moment in which it closes its classes, and refuses with E_FAIL who comes to it just after;
@@ -84,7 +77,7 @@ TEST_F(QuickServer, ServesOthersWhenClientsAreKilledAtItsStartOrEnd)
     for (int round = Rounds(8); round > 0; --round) {
         if (round % 2) UseServer().get(); // it is about to end now
         {
-            const Client client(Everything());
+            const Client client(kOnce);
             Sleep(std::uniform_int_distribution<DWORD>(0, 1'500)(random_));
             client.Kill();
         }
@@ -103,7 +96,7 @@ TEST(RunningServer, KeepsNothingOfClientsThatAreGone)
         for (; count > 0; --count) {
             std::vector<Client> clients;
             for (int number = 0; number < 20; ++number)
-                clients.emplace_back(Everything());
+                clients.emplace_back(kOnce);
             for (const Client& client : clients)
                 EXPECT_EQ(client.Wait(60'000), 0u);
         }

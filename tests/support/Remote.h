@@ -18,6 +18,9 @@ inline ScriptObject Remote(std::wstring_view className)
     return ObjectOf(L"Quill." + std::wstring(className));
 }
 
+// A script that does this with an object o of each class.
+std::wstring WithEachClass(const std::wstring& statements);
+
 // Of a process, once it has ended, or STILL_ACTIVE.
 DWORD ExitCode(const Event& process, DWORD milliseconds);
 
