@@ -22,12 +22,11 @@ TEST(StartModes, RegisterUnregisterOrDoNothing)
                                                      {L"/? ", false},
                                                      {L"-?", false},
                                                      {L"\"/?\"", false},
-                                                     {L"/regserver /unregserver", false},
                                                      {L"regserver", false},
+                                                     {L"/regserver /unregserver", false},
                                                      {L"/regserver", true},
                                                      {L"/regserver", true},
                                                      {L"/h", true},
-                                                     {L"/unregserver", false},
                                                      {L"/unregserver", false},
                                                      {L"", true},
                                                      {L"-UnregServer", false},
@@ -65,9 +64,6 @@ TEST(StartModes, TheAutomationRuntimeIsServedWhateverElseIsAsked)
     });
     ComPtr<IDispatch> object;
     ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
-    ScriptObject profile(object.Get());
-    EXPECT_EQ(ErrorOf([&] { profile.Call(L"GetSectionNames"); }),
-              (ScriptError{0x80040340, L"Quill.Profile", L"No Profile defined."}));
     EXPECT_EQ(server.Wait(0), DWORD{STILL_ACTIVE});
     SendMessageW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0);
     EXPECT_EQ(server.Wait(kDeadline), 0u);

@@ -69,20 +69,6 @@ TEST(MessagePump, PutsQuitBackForTheLoopOutside)
     EXPECT_TRUE(DispatchPending());
 }
 
-TEST(MessagePump, WaitEndsWithTheFirstMessage)
-{
-    static int seen = 0;
-    ThisApartment().preview = [](MSG& message) { return message.message == WM_TIMER && ++seen; };
-    const UINT_PTR timer = SetTimer(nullptr, 0, 50, nullptr);
-    const ULONGLONG begin = GetTickCount64();
-    EXPECT_TRUE(WaitForMessages(10'000));
-    EXPECT_LT(GetTickCount64() - begin, 5'000u);
-    DispatchPending();
-    KillTimer(nullptr, timer);
-    ThisApartment().preview = nullptr;
-    EXPECT_GE(seen, 1);
-}
-
 TEST(FindSystemFunction, IsNullForWhatThisWindowsLacks)
 {
     EXPECT_TRUE(FindSystemFunction<void()>(L"winmm.dll", "timeGetTime")); // not loaded before
