@@ -1,6 +1,6 @@
 // client SCRIPT [| WAIT]: a client that the tests end by force. It runs the script, sets an event,
 // runs the second part, and stays without a look at its messages; without a second part it ends.
-// The script's Clock tells of its events here, and has to wait for an answer for ever.
+// An event of the script's Clock is ready too, and gets no answer.
 #include <cstdio>
 
 #include "support/Engine.h"
@@ -10,13 +10,20 @@
 namespace quill::test {
 namespace {
 
+void TellReady()
+{
+    SetEvent(Event(OpenEventW(EVENT_MODIFY_STATE, FALSE, kReady)).get());
+}
+
 void Run(const std::wstring& script)
 {
     std::unique_ptr<EventListener> listener;
     Engine engine([&](const std::wstring& name) {
         ComPtr<IDispatch> clock = Remote(name).Dispatch();
-        listener = std::make_unique<EventListener>(clock.Get(),
-                                                   [](const HeardEvent&) { Sleep(INFINITE); });
+        listener = std::make_unique<EventListener>(clock.Get(), [](const HeardEvent&) {
+            TellReady();
+            Sleep(INFINITE);
+        });
         return clock;
     });
     engine.Add(L"Clock");
@@ -24,7 +31,7 @@ void Run(const std::wstring& script)
     if (const ScriptError error = engine.Run(script.substr(0, bar)).error; error.number)
         throw error;
     if (bar == script.size()) return;
-    SetEvent(Event(OpenEventW(EVENT_MODIFY_STATE, FALSE, kReady)).get());
+    TellReady();
     engine.Run(script.substr(bar + 1));
     Sleep(INFINITE);
 }

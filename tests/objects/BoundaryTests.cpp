@@ -152,11 +152,12 @@ TEST(ApartmentPool, PassesFailuresOnAndTriesAnewTheNextTime)
     EXPECT_TRUE(UnregisterClassW(L"quill.Apartment", module));
     EXPECT_EQ(pool.Create(kNothing, IID_IDispatch, &object), E_OUTOFMEMORY);
     EXPECT_EQ(pool.Create(kProbe, IID_IStream, &object), E_NOINTERFACE);
-    EXPECT_FALSE(object || Probe::alive);
+    EXPECT_FALSE(object);
     EXPECT_HRESULT_SUCCEEDED(pool.Create(kProbe, IID_IDispatch, &object));
     object.Reset();
     pool.Close();
     EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), CO_E_SERVER_STOPPING);
+    EXPECT_EQ(Probe::alive, 0);
 }
 
 TEST(Apartment, TriesAgainForAWhileWhenAClientIsBusy)

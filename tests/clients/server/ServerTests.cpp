@@ -149,7 +149,7 @@ TEST(RunningServer, SurvivesKilledClients)
          L"Set kept(i) = CreateObject(\"Quill.\" & name) : kept(i).Create : i = i + 1 : Next |",
          nullptr},
         {L"Clock.SetTimer 1000000 |", nullptr},
-        {L"Clock.SetTimer 20 | Clock.Wait", nullptr}, // is being called when it dies
+        {L"Clock.SetTimer 20 : Clock.Wait |", nullptr}, // is being called when it dies
     };
     for (const auto& [script, caption] : cases) {
         SCOPED_TRACE(Narrow(script));
@@ -236,7 +236,7 @@ TEST(RunningServer, EndsWithTheSession)
 TEST(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
 {
     const Event process = ServerProcess();
-    const Client client(L"Clock.SetTimer 20 | Clock.Wait");
+    const Client client(L"Clock.SetTimer 20 : Clock.Wait |");
     ASSERT_TRUE(client.Ready());
     const ULONGLONG begin = GetTickCount64();
     SendMessageTimeoutW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0, SMTO_NORMAL,
