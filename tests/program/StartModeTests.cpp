@@ -38,6 +38,18 @@ TEST(StartModes, RegisterUnregisterOrDoNothing)
     }
 }
 
+// Below a volatile key, only other volatile ones can be made.
+TEST(StartModes, WhatCannotBeWrittenIsTheExitCode)
+{
+    RegistryKey key;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Quill.Profile", 0, nullptr,
+                    REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, Into(key), nullptr);
+    EXPECT_EQ(Program(L"quill.exe", L"/regserver").Wait(kDeadline),
+              static_cast<DWORD>(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE)));
+    EXPECT_EQ(Program(L"quill.exe", L"/unregserver").Wait(kDeadline), 0u);
+    EXPECT_FALSE(IsRegistered());
+}
+
 TEST(StartModes, HelpBox)
 {
     const Program help(L"quill.exe", L"/?");
