@@ -1,7 +1,5 @@
 #include "support/Remote.h"
 
-#include "core/Catalogue.h"
-
 namespace quill::test {
 
 bool OnWine()
@@ -19,15 +17,6 @@ ScriptObject ObjectOf(const std::wstring& progId)
     if (FAILED(result))
         throw ScriptError(static_cast<unsigned>(result), progId, L"the object was not made");
     return ScriptObject(object.Get());
-}
-
-std::wstring WithEachClass(const std::wstring& statements)
-{
-    std::wstring names;
-    for (const CatalogueRow& row : kCatalogue)
-        names += std::wstring(names.empty() ? L"\"" : L", \"") + row.name + L'"';
-    return L"For Each name In Array(" + names + L") : Set o = CreateObject(\"Quill.\" & name) : " +
-           statements + L" : Next";
 }
 
 Program::Program(const std::wstring& name, const std::wstring& arguments)

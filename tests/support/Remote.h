@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Apartment.h"
+#include "core/Catalogue.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {
@@ -19,7 +20,14 @@ inline ScriptObject Remote(std::wstring_view className)
 }
 
 // A script that does this with an object o of each class.
-std::wstring WithEachClass(const std::wstring& statements);
+inline std::wstring WithEachClass(const std::wstring& statements)
+{
+    std::wstring names;
+    for (const CatalogueRow& row : kCatalogue)
+        names += std::wstring(names.empty() ? L"\"" : L", \"") + row.name + L'"';
+    return L"For Each name In Array(" + names + L") : Set o = CreateObject(\"Quill.\" & name) : " +
+           statements + L" : Next";
+}
 
 // Of a process, once it has ended, or STILL_ACTIVE.
 DWORD ExitCode(const Event& process, DWORD milliseconds);
