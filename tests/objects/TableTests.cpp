@@ -210,10 +210,10 @@ private:
 
     std::string ExpectCalls(const std::wstring& statement, const std::wstring& expected)
     {
-        Stage::Told();
+        Stage::Forget();
         const std::string raised = Raised(engine_.Run(statement).error);
         std::wstring told; // some of it by other threads
-        PumpUntil([&] { return !expected.starts_with(told += Stage::Told()) || told == expected; });
+        PumpUntil([&] { return !expected.starts_with(told = Stage::Told()) || told == expected; });
         return told == expected ? raised : raised + "asks: " + Narrow(told);
     }
 

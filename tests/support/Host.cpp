@@ -1,5 +1,7 @@
 #include "support/Host.h"
 
+#include <thread>
+
 #include "core/Paths.h"
 #include "core/Text.h"
 #include "support/Robot.h"
@@ -100,6 +102,61 @@ void SetRegistry(const std::wstring& path, const std::wstring& name, LONG type,
                         static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
 }
 
+// The lowest row of a control with something drawn in it; -1 when it is empty.
+int LowestInk(HWND control)
+{
+    RECT area{};
+    GetClientRect(control, &area);
+    const Owned<HBITMAP, DeleteObject> bitmap(
+        CreateBitmap(area.right, area.bottom, 1, 32, nullptr));
+    const Owned<HDC, DeleteDC> device(CreateCompatibleDC(nullptr));
+    SelectObject(device.get(), bitmap.get());
+    SendMessageW(control, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(device.get()), PRF_CLIENT);
+    std::vector<DWORD> pixels(static_cast<size_t>(area.right * area.bottom));
+    GetBitmapBits(bitmap.get(), area.right * area.bottom * 4, pixels.data());
+    const auto ink = std::find_if(pixels.rbegin(), pixels.rend(),
+                                  [&](DWORD pixel) { return pixel != pixels.back(); });
+    return (pixels.rend() - ink + area.right - 1) / area.right - 1;
+}
+
+// A click on the icon in the notification area: on the taskbar, or in the tray that Wine shows
+// where there is none.
+void ClickTray(bool right)
+{
+    Robot([=](Desk& desk) {
+        const auto button = right ? Desk::Button::Right : Desk::Button::Left;
+        const HWND taskbar = FindWindowW(L"Shell_TrayWnd", nullptr);
+        RECT client{};
+        GetClientRect(taskbar, &client);
+        if (IsWindowVisible(taskbar))
+            desk.ClickAt(taskbar, {client.right - 10, client.bottom / 2}, button);
+        else
+            desk.Click(desk.Control(L"Wine System Tray", L"__winex11_tray_icon"), button);
+    }).Finish();
+}
+
+// How many icons of all Notices a request of the shell succeeds for.
+int TrayIcons(DWORD request)
+{
+    int icons = 0;
+    NOTIFYICONDATAW record{};
+    record.cbSize = sizeof record;
+    while ((record.hWnd = FindWindowExW(nullptr, record.hWnd, L"frmNoteMsg", nullptr)))
+        for (record.uID = 0; record.uID < 1000; ++record.uID)
+            icons += Shell_NotifyIconW(request, &record);
+    return icons;
+}
+
+// Windows of this class cannot be made on this thread.
+thread_local std::wstring refused;
+
+LRESULT CALLBACK RefuseWindows(int code, WPARAM window, LPARAM more)
+{
+    if (code == HCBT_CREATEWND && Desk::ClassOf(reinterpret_cast<HWND>(window)) == refused)
+        return 1;
+    return CallNextHookEx(nullptr, code, window, more);
+}
+
 } // namespace
 
 std::wstring TextOf(const VARIANT& value)
@@ -185,10 +242,54 @@ Host::Host(Script script)
     Add(L"OnEvent", [this, script](IDispatch* object, std::wstring statement) {
         reactions_.emplace_back([=] { script(statement); }).Hear(object);
     });
+    // What the handlers answer from now on.
+    Add(L"Busy", [this](HRESULT result) { reactions_.back().result = result; });
     // The object's clients die, as the platform reports it.
     Add(L"Orphan", [](IDispatch* object) { LastClient(object).Die(); });
 
-    // Windows. Previous is in the order of the tab key.
+    // Windows. Previous is in the order of the tab key; PlaceOf is within the parent.
+    Add(L"IsAbove", [](HWND window, HWND other) {
+        while (window && window != other)
+            window = GetWindow(window, GW_HWNDNEXT);
+        return window != nullptr;
+    });
+    Add(L"HandleOf", [](HWND window) { return HandleToLong(window); });
+    Add(L"ClassAt", [](LONG x, LONG y) { return Desk::ClassOf(WindowFromPoint({x, y})); });
+    Add(L"ClickTray", ClickTray);
+    Add(L"TrayIcons", TrayIcons);
+    Add(L"LowestInk", LowestInk);
+    Add(L"MenuText", [](HWND menu, UINT index) {
+        wchar_t text[256]{};
+        const LRESULT handle = SendMessageW(menu, MN_GETHMENU, 0, 0);
+        GetMenuStringW(reinterpret_cast<HMENU>(handle), index, text, 256, MF_BYPOSITION);
+        return std::wstring(text);
+    });
+    // A monitor of another resolution, with the place that the platform suggests there.
+    Add(L"MoveToMonitor", [](HWND window, int resolution, int width, int height) {
+        RECT suggested{0, 0, width, height};
+        SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
+                     reinterpret_cast<LPARAM>(&suggested));
+    });
+    Add(L"PlaceOf", [](HWND window) {
+        RECT place = Desk::PlaceOf(window);
+        MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&place), 2);
+        return std::to_wstring(place.left) + L',' + std::to_wstring(place.top) + L' ' +
+               std::to_wstring(place.right) + L',' + std::to_wstring(place.bottom);
+    });
+    Add(L"Refuse", [](std::wstring windowClass) {
+        static const HHOOK hook =
+            SetWindowsHookExW(WH_CBT, RefuseWindows, nullptr, GetCurrentThreadId());
+        refused = hook ? windowClass : L"";
+    });
+    Add(L"Post", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        return PostMessageW(window, message, wParam, lParam);
+    });
+    // From another thread, as the shell does; Replied: within such a message, whether its sender
+    // goes on.
+    Add(L"SendAside", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        std::thread([=] { SendMessageW(window, message, wParam, lParam); }).detach();
+    });
+    Add(L"Replied", [] { return InSendMessageEx(nullptr) == (ISMEX_SEND | ISMEX_REPLIED); });
     Add(L"Exists", [](HWND window) { return IsWindow(window) != FALSE; });
     Add(L"Send", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         return SendMessageW(window, message, wParam, lParam);

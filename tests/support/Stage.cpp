@@ -429,7 +429,7 @@ Stage::~Stage()
     Seam<AnswerSecond>() = {};
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
-    Told();
+    Forget();
 }
 
 std::vector<std::wstring> Stage::Classes()
@@ -490,7 +490,13 @@ void Stage::Answer(const std::wstring& name, const std::wstring& numbers)
 std::wstring Stage::Told()
 {
     const std::lock_guard guard(mutex);
-    return std::exchange(told, {});
+    return told;
+}
+
+void Stage::Forget()
+{
+    const std::lock_guard guard(mutex);
+    told.clear();
 }
 
 } // namespace quill::test
