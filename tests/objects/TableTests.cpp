@@ -243,6 +243,15 @@ std::vector<Failure> RunTable(const std::string& name, std::istream& lines)
     return Table({name.begin(), name.end()}).Run(lines);
 }
 
+void RunFile(const std::string& name)
+{
+    const std::string path =
+        (name == "Contract" ? QUILL_PAGES : QUILL_TABLES) + ("/" + name) + ".txt";
+    std::ifstream file(path);
+    for (const auto& [line, failure] : RunTable(name, file))
+        ADD_FAILURE_AT(path.c_str(), line) << failure;
+}
+
 std::vector<std::string> TableNames()
 {
     std::vector<std::string> names;
@@ -257,15 +266,18 @@ class TableTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(TableTest, Holds)
 {
-    const std::string path =
-        (GetParam() == "Contract" ? QUILL_PAGES : QUILL_TABLES) + ("/" + GetParam()) + ".txt";
-    std::ifstream file(path);
-    for (const auto& [line, failure] : RunTable(GetParam(), file))
-        ADD_FAILURE_AT(path.c_str(), line) << failure;
+    RunFile(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, TableTest, testing::ValuesIn(TableNames()),
                          [](const auto& test) { return test.param; });
+
+// Once more where there is a taskbar.
+TEST(NoticeTest, MenuAndRealArea)
+{
+    if (!IsWindowVisible(FindWindowW(L"Shell_TrayWnd", nullptr))) GTEST_SKIP();
+    RunFile("Notice");
+}
 
 TEST(TableRunnerTest, KnowsEveryExample)
 {

@@ -1,5 +1,6 @@
 #include "support/Host.h"
 
+#include <map>
 #include <thread>
 
 #include "core/Paths.h"
@@ -138,12 +139,20 @@ void ClickTray(bool right)
 // How many icons of all Notices a request of the shell succeeds for.
 int TrayIcons(DWORD request)
 {
+    static std::map<HWND, UINT> numbers; // of the windows that were seen to have an icon
     int icons = 0;
     NOTIFYICONDATAW record{};
     record.cbSize = sizeof record;
-    while ((record.hWnd = FindWindowExW(nullptr, record.hWnd, L"frmNoteMsg", nullptr)))
-        for (record.uID = 0; record.uID < 1000; ++record.uID)
-            icons += Shell_NotifyIconW(request, &record);
+    while ((record.hWnd = FindWindowExW(nullptr, record.hWnd, L"frmNoteMsg", nullptr))) {
+        const auto known = numbers.find(record.hWnd);
+        record.uID = known == numbers.end() ? 0 : known->second;
+        const UINT last = known == numbers.end() ? 999 : known->second;
+        while (!Shell_NotifyIconW(request, &record) && record.uID <= last)
+            ++record.uID;
+        if (record.uID > last) continue;
+        numbers[record.hWnd] = record.uID;
+        ++icons;
+    }
     return icons;
 }
 
