@@ -46,20 +46,26 @@ LONG AnswerOf(const std::wstring& name, LONG usual)
 
 std::wstring Part(const std::wstring& text)
 {
-    constexpr size_t kLongest = 60;
-    return text.size() <= kLongest ? text
-                                   : text.substr(0, 5) + L"..." + std::to_wstring(text.size());
+    return text;
 }
-template <class Number>
-requires std::integral<Number> std::wstring Part(Number number)
+// A long one is cut, and ends in its length.
+std::wstring Part(const wchar_t* given)
+{
+    const std::wstring text(given);
+    return text.size() <= 60 ? text : text.substr(0, 5) + L"..." + std::to_wstring(text.size());
+}
+std::wstring Part(std::integral auto number)
 {
     return std::to_wstring(number);
 }
 
-// A null is nothing, an empty text is one.
-std::wstring Named(const wchar_t* name, const wchar_t* text)
+// name=text; a null is nothing, an empty text is one.
+std::wstring Named(std::initializer_list<std::pair<const wchar_t*, const wchar_t*>> texts)
 {
-    return text ? std::wstring(name) + L'=' + Part(std::wstring(text)) : L"";
+    std::wstring named;
+    for (const auto& [name, text] : texts)
+        if (text) named += (named.empty() ? L"" : L" ") + (name + (L'=' + Part(text)));
+    return named;
 }
 
 std::wstring Hex(ULONG number)
@@ -73,11 +79,11 @@ std::wstring Icon(const wchar_t* name, PCWSTR icon)
 {
     if (IS_INTRESOURCE(icon))
         return icon ? name + (L"=#" + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon))) : L"";
-    return Named(name, icon);
+    return Named({{name, icon}});
 }
 
 template <class... Parts>
-void Tell(const Parts&... parts)
+HRESULT Tell(const Parts&... parts)
 {
     std::wstring call;
     const auto add = [&](const std::wstring& part) {
@@ -86,6 +92,15 @@ void Tell(const Parts&... parts)
     (add(Part(parts)), ...);
     const std::lock_guard guard(mutex);
     told += (told.empty() ? L"" : L"; ") + call;
+    return S_OK;
+}
+
+// One that usually succeeds.
+template <class... Parts>
+BOOL Granted(const wchar_t* name, const Parts&... parts)
+{
+    Tell(name, parts...);
+    return AnswerOf(name, TRUE);
 }
 
 int ShowBox(const MSGBOXPARAMSW* box)
@@ -93,25 +108,25 @@ int ShowBox(const MSGBOXPARAMSW* box)
     Tell(L"box", Hex(box->dwStyle), Icon(L"icon", box->lpszIcon), box->hInstance ? L"module" : L"",
          box->dwLanguageId ? Hex(box->dwLanguageId) : L"",
          box->cbSize == 40 && !box->hwndOwner ? L"" : L"wrong",
-         Part(std::wstring(box->lpszCaption)) + L": " + Part(std::wstring(box->lpszText)));
+         Part(box->lpszCaption) + L": " + Part(box->lpszText));
     return AnswerOf(L"box", IDYES);
 }
 
 HRESULT ShowTask(HWND, HINSTANCE, PCWSTR title, PCWSTR instruction, PCWSTR content, int buttons,
                  PCWSTR icon, int* pressed)
 {
-    Tell(L"task", buttons, Icon(L"icon", icon), Named(L"title", title), Named(L"main", instruction),
-         Named(L"content", content));
+    Tell(L"task", buttons, Icon(L"icon", icon),
+         Named({{L"title", title}, {L"main", instruction}, {L"content", content}}));
     *pressed = AnswerOf(L"pressed", IDOK);
     return AnswerOf(L"task", S_OK);
 }
 
 std::wstring Captions(const wchar_t* name, UINT count, const TASKDIALOG_BUTTON* buttons)
 {
-    std::wstring captions = count ? name : L"";
+    std::wstring captions;
     for (UINT index = 0; index < count; ++index)
-        captions += (index ? L',' : L'=') + std::to_wstring(buttons[index].nButtonID) +
-                    buttons[index].pszButtonText;
+        captions += (index ? L"," : name + std::wstring(L"=")) +
+                    std::to_wstring(buttons[index].nButtonID) + buttons[index].pszButtonText;
     return captions;
 }
 
@@ -119,14 +134,17 @@ HRESULT ShowTaskEx(const TASKDIALOGCONFIG* config, int* pressed, int* radio, BOO
 {
     Tell(L"task", Hex(config->dwFlags), config->dwCommonButtons, Icon(L"icon", config->pszMainIcon),
          Icon(L"footericon", config->pszFooterIcon), config->hInstance ? L"module" : L"",
-         Named(L"title", config->pszWindowTitle), Named(L"main", config->pszMainInstruction),
-         Named(L"content", config->pszContent),
+         Named({{L"title", config->pszWindowTitle},
+                {L"main", config->pszMainInstruction},
+                {L"content", config->pszContent}}),
          Captions(L"buttons", config->cButtons, config->pButtons), config->nDefaultButton,
          Captions(L"radio", config->cRadioButtons, config->pRadioButtons),
-         config->nDefaultRadioButton, Named(L"check", config->pszVerificationText),
-         Named(L"more", config->pszExpandedInformation),
-         Named(L"less", config->pszExpandedControlText),
-         Named(L"expand", config->pszCollapsedControlText), Named(L"footer", config->pszFooter));
+         config->nDefaultRadioButton,
+         Named({{L"check", config->pszVerificationText},
+                {L"more", config->pszExpandedInformation},
+                {L"less", config->pszExpandedControlText},
+                {L"expand", config->pszCollapsedControlText},
+                {L"footer", config->pszFooter}}));
     *pressed = AnswerOf(L"pressed", IDOK);
     *radio = 2;
     *checked = TRUE;
@@ -147,18 +165,16 @@ std::wstring WidthOf(const wchar_t* name, HICON icon)
 BOOL NotifyIcon(DWORD request, NOTIFYICONDATAW* record)
 {
     static const wchar_t* const names[] = {L"add", L"modify", L"delete", L"focus", L"version"};
-    const bool adds = request == NIM_ADD;
-    Tell(names[request], record->uFlags ? Hex(record->uFlags) : L"",
-         record->uVersion ? std::to_wstring(record->uVersion) : L"",
-         record->cbSize == 956 ? L"" : std::to_wstring(record->cbSize),
-         adds && record->uCallbackMessage != kTrayCallback ? L"wrong" : L"",
-         WidthOf(L"icon=", record->hIcon), Named(L"tip", *record->szTip ? record->szTip : nullptr),
-         record->uFlags & NIF_INFO
-             ? Hex(record->dwInfoFlags) + L' ' + Part(std::wstring(record->szInfoTitle)) + L": " +
-                   Part(std::wstring(record->szInfo))
-             : L"",
-         WidthOf(L"balloon=", record->hBalloonIcon));
-    return AnswerOf(names[request], TRUE);
+    const std::wstring balloon =
+        Hex(record->dwInfoFlags) + L' ' + Part(record->szInfoTitle) + L": " + Part(record->szInfo);
+    return Granted(names[request], record->uFlags ? Hex(record->uFlags) : L"",
+                   record->uVersion ? std::to_wstring(record->uVersion) : L"",
+                   record->cbSize == 956 ? L"" : std::to_wstring(record->cbSize),
+                   request == NIM_ADD && record->uCallbackMessage != kTrayCallback ? L"wrong" : L"",
+                   WidthOf(L"icon=", record->hIcon),
+                   Named({{L"tip", *record->szTip ? record->szTip : nullptr}}),
+                   record->uFlags & NIF_INFO ? balloon : L"",
+                   WidthOf(L"balloon=", record->hBalloonIcon));
 }
 
 HRESULT LoadStock(int id, UINT flags, SHSTOCKICONINFO* info)
@@ -173,9 +189,11 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
     std::wstring filter;
     for (const wchar_t* entry = dialog->lpstrFilter; entry && *entry; entry += wcslen(entry) + 1)
         filter += (filter.empty() ? L"" : L",") + std::wstring(entry);
-    Tell(save ? L"save" : L"open", Named(L"in", dialog->lpstrInitialDir),
-         Named(L"extension", dialog->lpstrDefExt), Named(L"title", dialog->lpstrTitle),
-         Named(L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr));
+    Tell(save ? L"save" : L"open",
+         Named({{L"in", dialog->lpstrInitialDir},
+                {L"extension", dialog->lpstrDefExt},
+                {L"title", dialog->lpstrTitle},
+                {L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr}}));
     SetCurrentDirectoryW(L"C:\\windows"); // as the platform's own does
     return FALSE;
 }
@@ -217,44 +235,42 @@ private:
     }
 };
 
+ComPtr<ITaskbarList3> MakeTaskbar()
+{
+    return new RecordingTaskbar;
+}
+
 // Wine's dialog shows no third line and keeps no time.
 class RecordingDialog final : public Counted<IProgressDialog> {
 public:
     STDMETHODIMP StartProgressDialog(HWND parent, IUnknown*, DWORD flags, LPCVOID) override
     {
-        return Add(L"start", flags, parent ? L"modal" : L"");
+        return Tell(L"start", flags, parent ? L"modal" : L"");
     }
-    STDMETHODIMP StopProgressDialog() override { return Add(L"stop"); }
+    STDMETHODIMP StopProgressDialog() override { return Tell(L"stop"); }
     STDMETHODIMP SetTitle(PCWSTR title) override
     {
-        return Add(L"title", title) | AnswerOf(L"title", S_OK);
+        return Tell(L"title", title), AnswerOf(L"title", S_OK);
     }
     STDMETHODIMP SetAnimation(HINSTANCE, UINT) override { return E_NOTIMPL; }
     STDMETHODIMP_(WINBOOL) HasUserCancelled() override { return AnswerOf(L"cancelled", 0); }
-    STDMETHODIMP SetProgress(DWORD done, DWORD total) override { return Add(done, L"of", total); }
+    STDMETHODIMP SetProgress(DWORD done, DWORD total) override { return Tell(done, L"of", total); }
     STDMETHODIMP SetProgress64(ULONGLONG done, ULONGLONG total) override
     {
-        return Add(done, L"of64", total);
+        return Tell(done, L"of64", total);
     }
     STDMETHODIMP SetLine(DWORD line, PCWSTR text, WINBOOL compact, LPCVOID) override
     {
-        return Add(L"line", line, text, compact ? L"compact" : L"");
+        return Tell(L"line", line, text, compact ? L"compact" : L"");
     }
-    STDMETHODIMP SetCancelMsg(PCWSTR text, LPCVOID) override { return Add(L"cancel", text); }
-    STDMETHODIMP Timer(DWORD action, LPCVOID) override
-    {
-        Add(L"timer", action);
-        return E_FAIL;
-    }
-
-private:
-    template <class... Parts>
-    static HRESULT Add(const Parts&... parts)
-    {
-        Tell(parts...);
-        return S_OK;
-    }
+    STDMETHODIMP SetCancelMsg(PCWSTR text, LPCVOID) override { return Tell(L"cancel", text); }
+    STDMETHODIMP Timer(DWORD action, LPCVOID) override { return Tell(L"timer", action), E_FAIL; }
 };
+
+ComPtr<IProgressDialog> MakeDialog()
+{
+    return new RecordingDialog;
+}
 
 // As the event viewer shows it.
 BOOL WINAPI ReportEvent(HANDLE, WORD type, WORD category, DWORD id, PSID, WORD count, DWORD,
@@ -267,166 +283,155 @@ BOOL WINAPI ReportEvent(HANDLE, WORD type, WORD category, DWORD id, PSID, WORD c
                                 GetModuleHandleW(nullptr), id, 0, shown.data(), 32'000,
                                 reinterpret_cast<va_list*>(const_cast<wchar_t**>(texts))));
     Tell(L"event", type, category == 0 && count == 1 ? L"" : L"wrong",
-         shown.substr(0, shown.rfind(L"\r\n")));
+         shown.substr(0, shown.rfind(L"\r\n")).c_str());
     return TRUE;
 }
 
-void RecordMachine()
+DWORD WINAPI JoinInformation(LPCWSTR, LPWSTR* name, NETSETUP_JOIN_STATUS* type)
 {
-    MachineFunctions& machine = Seam<MachineFunctions>();
-    machine.getFirmwareType = [](FIRMWARE_TYPE* type) WINAPI -> BOOL {
-        const LONG answer = AnswerOf(L"firmware", FirmwareTypeBios);
-        *type = static_cast<FIRMWARE_TYPE>(answer);
-        return answer >= 0;
-    };
-    machine.getFirmwareVariable = [](LPCWSTR, LPCWSTR, void*, DWORD) WINAPI -> DWORD {
-        SetLastError(static_cast<DWORD>(AnswerOf(L"variable", ERROR_INVALID_FUNCTION)));
-        return 0;
-    };
-    machine.getJoinInformation = [](LPCWSTR, LPWSTR* name, NETSETUP_JOIN_STATUS* type)
-                                     WINAPI -> DWORD {
-        Tell(L"join");
-        *type = NetSetupDomainName;
-        const auto result = static_cast<DWORD>(AnswerOf(L"join", NERR_Success));
-        if (result == NERR_Success) *name = _wcsdup(L"EXAMPLE");
-        return result;
-    };
-    machine.freeBuffer = [](void* buffer) WINAPI -> DWORD {
-        Tell(L"free");
-        free(buffer);
-        return NERR_Success;
-    };
+    Tell(L"join");
+    *type = NetSetupDomainName;
+    const auto result = static_cast<DWORD>(AnswerOf(L"join", NERR_Success));
+    if (result == NERR_Success) *name = _wcsdup(L"EXAMPLE");
+    return result;
+}
+
+DWORD WINAPI FreeBuffer(void* buffer)
+{
+    Tell(L"free");
+    free(buffer);
+    return NERR_Success;
+}
+
+BOOL WINAPI FirmwareType(FIRMWARE_TYPE* type)
+{
+    const LONG answer = AnswerOf(L"firmware", FirmwareTypeBios);
+    *type = static_cast<FIRMWARE_TYPE>(answer);
+    return answer >= 0;
+}
+
+DWORD WINAPI FirmwareVariable(LPCWSTR, LPCWSTR, void*, DWORD)
+{
+    SetLastError(static_cast<DWORD>(AnswerOf(L"variable", ERROR_INVALID_FUNCTION)));
+    return 0;
 }
 
 // Wine always grants the foreground.
-void RecordForeground()
+HWND Front()
 {
-    Foreground& foreground = Seam<Foreground>();
-    foreground.get = [] {
-        return AnswerOf(L"front", 0) ? GetForegroundWindow() : GetDesktopWindow();
-    };
-    foreground.set = [](HWND window) {
-        Tell(L"front");
-        return BOOL{AnswerOf(L"foreground", TRUE) && SetForegroundWindow(window)};
-    };
-    foreground.allow = [](DWORD process) {
-        Tell(L"allow", static_cast<int>(process));
-        return TRUE;
-    };
-    foreground.flash = [](FLASHWINFO* info) {
-        Tell(L"flash", Hex(info->dwFlags), info->uCount, info->dwTimeout ? L"wrong" : L"");
-        return TRUE;
-    };
-    foreground.beep = [](UINT type) {
-        Tell(L"beep", Hex(type));
-        return TRUE;
-    };
+    return AnswerOf(L"front", 0) ? GetForegroundWindow() : GetDesktopWindow();
+}
+
+BOOL SetFront(HWND window)
+{
+    Tell(L"front");
+    return AnswerOf(L"foreground", TRUE) && SetForegroundWindow(window);
+}
+
+BOOL AllowFront(DWORD process)
+{
+    return Granted(L"allow", static_cast<int>(process));
+}
+
+BOOL Flash(FLASHWINFO* info)
+{
+    return Granted(L"flash", Hex(info->dwFlags), info->uCount, info->dwTimeout ? L"wrong" : L"");
+}
+
+BOOL Alert(UINT type)
+{
+    return Granted(L"beep", Hex(type));
 }
 
 // A sound lasts as long as the answer says so. Whoever waits for one that does not end is found
 // out.
-void Sound()
+BOOL Sound()
 {
     const ULONGLONG end = GetTickCount64() + 5'000;
-    while (AnswerOf(L"sound", 0))
-        if (GetTickCount64() > end)
-            return Tell(L"waits too long");
-        else
-            Sleep(5);
+    while (AnswerOf(L"sound", 0) && GetTickCount64() <= end)
+        Sleep(5);
+    if (GetTickCount64() > end) Tell(L"waits too long");
+    return TRUE;
 }
 
-void RecordSounds()
+BOOL WINAPI Ring(DWORD frequency, DWORD milliseconds)
 {
-    Seam<SoundFunctions>() = {[](DWORD frequency, DWORD milliseconds) WINAPI -> BOOL {
-                                  Tell(L"tone", frequency, milliseconds);
-                                  Sound();
-                                  return TRUE;
-                              },
-                              [](UINT type) WINAPI -> BOOL {
-                                  Tell(L"beep", static_cast<int>(type));
-                                  return TRUE;
-                              },
-                              [](LPCWSTR sound, HMODULE module, DWORD flags) WINAPI -> BOOL {
-                                  Tell(L"play", sound ? Part(std::wstring(sound)) : L"null",
-                                       Hex(flags),
-                                       module == GetModuleHandleW(nullptr) ? L"own"
-                                       : module                            ? L"module"
-                                                                           : L"");
-                                  Sound();
-                                  return TRUE;
-                              }};
+    Tell(L"tone", frequency, milliseconds);
+    return Sound();
 }
 
-const struct {
-    const wchar_t* name;
-    void (*record)();
-    void (*restore)();
-} kSeams[] = {
-    {L"box", [] { Seam<MessageBoxFunctions>().show = ShowBox; },
-     [] { Seam<MessageBoxFunctions>() = {}; }},
-    {L"task",
-     [] {
-         Seam<TaskDialogFunctions>() = {ShowTask, ShowTaskEx};
-     },
-     [] { Seam<TaskDialogFunctions>() = {}; }},
-    {L"notask",
-     [] {
-         Seam<TaskDialogFunctions>() = {nullptr, nullptr};
-     },
-     nullptr},
-    {L"tray", [] { Seam<NotifyIconFunctions>().notify = NotifyIcon; },
-     [] { Seam<NotifyIconFunctions>() = {}; }},
-    {L"stock", [] { Seam<IconFunctions>().stock = LoadStock; }, [] { Seam<IconFunctions>() = {}; }},
-    {L"drives",
-     [] {
-         // One is known, the others answer late.
-         Seam<DriveFunctions>().nameOf = [](const std::wstring& drive) -> std::wstring {
-             if (drive == L"C:") return L"Work";
-             while (AnswerOf(L"drives", 0))
-                 Sleep(5);
-             return L"late";
-         };
-     },
-     [] { Seam<DriveFunctions>() = {}; }},
-    {L"files", [] { Seam<FileDialogs>().show = ShowFiles; }, [] { Seam<FileDialogs>() = {}; }},
-    {L"taskbar",
-     [] { Seam<Taskbars>().create = [] { return ComPtr<ITaskbarList3>(new RecordingTaskbar); }; },
-     [] { Seam<Taskbars>() = {}; }},
-    {L"shell",
-     [] {
-         Seam<ShellDialogs>().create = [] { return ComPtr<IProgressDialog>(new RecordingDialog); };
-     },
-     [] { Seam<ShellDialogs>() = {}; }},
-    {L"event", [] { Seam<EventLogFunctions>().report = ReportEvent; },
-     [] { Seam<EventLogFunctions>() = {}; }},
-    {L"machine", RecordMachine, [] { Seam<MachineFunctions>() = {}; }},
-    {L"nomachine",
-     [] {
-         Seam<MachineFunctions>() = {nullptr, nullptr, nullptr, nullptr};
-     },
-     nullptr},
-    {L"foreground", RecordForeground, [] { Seam<Foreground>() = {}; }},
-    {L"sound", RecordSounds, [] { Seam<SoundFunctions>() = {}; }},
-    {L"caller",
-     [] {
-         Seam<CallerFunctions>().getThread = [](DWORD* thread) WINAPI -> HRESULT {
-             *thread = 4711;
-             return AnswerOf(L"caller", S_FALSE);
-         };
-     },
-     [] { Seam<CallerFunctions>() = {}; }},
-    {L"nostation",
-     [] { Seam<StationFunctions>().current = []() WINAPI -> HWINSTA { return nullptr; }; },
-     [] { Seam<StationFunctions>() = {}; }},
+BOOL WINAPI Play(LPCWSTR sound, HMODULE module, DWORD flags)
+{
+    const bool own = module == GetModuleHandleW(nullptr);
+    Tell(L"play", sound ? sound : L"null", Hex(flags), own ? L"own" : module ? L"module" : L"");
+    return Sound();
+}
+
+BOOL WINAPI Beep(UINT type)
+{
+    return Granted(L"beep", static_cast<int>(type));
+}
+
+HRESULT WINAPI CallerThread(DWORD* thread)
+{
+    *thread = 4711;
+    return AnswerOf(L"caller", S_FALSE);
+}
+
+// One is known, the others answer late.
+std::wstring NameOf(const std::wstring& drive)
+{
+    if (drive == L"C:") return L"Work";
+    while (AnswerOf(L"drives", 0))
+        Sleep(5);
+    return L"late";
+}
+
+HWINSTA WINAPI NoStation()
+{
+    return nullptr;
+}
+
+// Functions in place of the platform's; those that are left out are the platform's.
+template <class Seams, auto... functions>
+void Put()
+{
+    Seam<Seams>() = {functions...};
+}
+
+const std::map<std::wstring, void (*)()> kSeams{
+    {L"box", Put<MessageBoxFunctions, ShowBox>},
+    {L"caller", Put<CallerFunctions, CallerThread>},
+    {L"drives", Put<DriveFunctions, NameOf>},
+    {L"event", Put<EventLogFunctions, ReportEvent>},
+    {L"files", Put<FileDialogs, ShowFiles>},
+    {L"foreground", Put<Foreground, Front, SetFront, AllowFront, Flash, Alert>},
+    {L"machine",
+     Put<MachineFunctions, JoinInformation, FreeBuffer, FirmwareType, FirmwareVariable>},
+    {L"nomachine", Put<MachineFunctions, nullptr, nullptr, nullptr, nullptr>},
+    {L"nostation", Put<StationFunctions, NoStation>},
+    {L"notask", Put<TaskDialogFunctions, nullptr, nullptr>},
+    {L"shell", Put<ShellDialogs, MakeDialog>},
+    {L"sound", Put<SoundFunctions, Ring, Beep, Play>},
+    {L"stock", Put<IconFunctions, LoadStock>},
+    {L"task", Put<TaskDialogFunctions, ShowTask, ShowTaskEx>},
+    {L"taskbar", Put<Taskbars, MakeTaskbar>},
+    {L"tray", Put<NotifyIconFunctions, NotifyIcon>},
 };
+
+template <class... Seams>
+void Restore()
+{
+    (Put<Seams>(), ...);
+}
 
 } // namespace
 
 Stage::~Stage()
 {
-    for (const auto& seam : kSeams)
-        if (seam.restore) seam.restore();
-    Seam<AnswerSecond>() = {};
+    Restore<AnswerSecond, CallerFunctions, DriveFunctions, EventLogFunctions, FileDialogs,
+            Foreground, IconFunctions, MachineFunctions, MessageBoxFunctions, NotifyIconFunctions,
+            ShellDialogs, SoundFunctions, StationFunctions, Taskbars, TaskDialogFunctions>();
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
     Forget();
@@ -469,9 +474,9 @@ void Stage::Unregister(const std::wstring& program)
 
 void Stage::Record(const std::wstring& name)
 {
-    for (const auto& seam : kSeams)
-        if (name == seam.name) return seam.record();
-    throw std::logic_error("no seam " + Narrow(name));
+    const auto seam = kSeams.find(name);
+    if (seam == kSeams.end()) throw std::logic_error("no seam " + Narrow(name));
+    seam->second();
 }
 
 void Stage::Answer(const std::wstring& name, const std::wstring& numbers)
