@@ -235,10 +235,7 @@ private:
     }
 };
 
-ComPtr<ITaskbarList3> MakeTaskbar()
-{
-    return new RecordingTaskbar;
-}
+constexpr auto MakeTaskbar = [] { return ComPtr<ITaskbarList3>(new RecordingTaskbar); };
 
 // Wine's dialog shows no third line and keeps no time.
 class RecordingDialog final : public Counted<IProgressDialog> {
@@ -267,10 +264,7 @@ public:
     STDMETHODIMP Timer(DWORD action, LPCVOID) override { return Tell(L"timer", action), E_FAIL; }
 };
 
-ComPtr<IProgressDialog> MakeDialog()
-{
-    return new RecordingDialog;
-}
+constexpr auto MakeDialog = [] { return ComPtr<IProgressDialog>(new RecordingDialog); };
 
 // As the event viewer shows it.
 BOOL WINAPI ReportEvent(HANDLE, WORD type, WORD category, DWORD id, PSID, WORD count, DWORD,
@@ -317,31 +311,18 @@ DWORD WINAPI FirmwareVariable(LPCWSTR, LPCWSTR, void*, DWORD)
 }
 
 // Wine always grants the foreground.
-HWND Front()
-{
+constexpr auto Front = [] {
     return AnswerOf(L"front", 0) ? GetForegroundWindow() : GetDesktopWindow();
-}
-
-BOOL SetFront(HWND window)
-{
+};
+constexpr auto SetFront = [](HWND window) {
     Tell(L"front");
-    return AnswerOf(L"foreground", TRUE) && SetForegroundWindow(window);
-}
-
-BOOL AllowFront(DWORD process)
-{
-    return Granted(L"allow", static_cast<int>(process));
-}
-
-BOOL Flash(FLASHWINFO* info)
-{
+    return BOOL{AnswerOf(L"foreground", TRUE) && SetForegroundWindow(window)};
+};
+constexpr auto AllowFront = [](DWORD process) { return Granted(L"allow", int(process)); };
+constexpr auto Flash = [](FLASHWINFO* info) {
     return Granted(L"flash", Hex(info->dwFlags), info->uCount, info->dwTimeout ? L"wrong" : L"");
-}
-
-BOOL Alert(UINT type)
-{
-    return Granted(L"beep", Hex(type));
-}
+};
+constexpr auto Alert = [](UINT type) { return Granted(L"beep", Hex(type)); };
 
 // A sound lasts as long as the answer says so. Whoever waits for one that does not end is found
 // out.
@@ -367,10 +348,7 @@ BOOL WINAPI Play(LPCWSTR sound, HMODULE module, DWORD flags)
     return Sound();
 }
 
-BOOL WINAPI Beep(UINT type)
-{
-    return Granted(L"beep", static_cast<int>(type));
-}
+constexpr auto Beep = [](UINT type) WINAPI { return Granted(L"beep", int(type)); };
 
 HRESULT WINAPI CallerThread(DWORD* thread)
 {
@@ -387,10 +365,7 @@ std::wstring NameOf(const std::wstring& drive)
     return L"late";
 }
 
-HWINSTA WINAPI NoStation()
-{
-    return nullptr;
-}
+constexpr auto NoStation = []() WINAPI -> HWINSTA { return nullptr; };
 
 // Functions in place of the platform's; those that are left out are the platform's.
 template <class Seams, auto... functions>
