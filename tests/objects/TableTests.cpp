@@ -14,6 +14,7 @@
 //     ' comment                       or a blank line
 //     end                             the last line
 //
+// What is done and what comes of it can share a line, with " => " between them.
 // and everything else that begins with a letter is a statement. A line that ends in " _" goes on,
 // as do Sub and Function to their End. Classes are objects by their name (Make("Me") for those
 // whose name the language has taken), and scripts know the members of support/Host.h. With
@@ -107,8 +108,11 @@ public:
             ended = ended || line == "end";
             if (ended) continue;
             if (line.starts_with("stage") && IsServerRun()) return failures;
-            if (line.find_first_of("?!>") == 0) ++checks;
-            const std::string failure = RunLine(Decode(line, CP_UTF8)) + std::exchange(beside_, {});
+            std::string failure;
+            for (const std::wstring& part : PartsOf(Decode(line, CP_UTF8), L" => ")) {
+                if (part.find_first_of(L"?!>") == 0) ++checks;
+                failure += RunLine(part) + std::exchange(beside_, {});
+            }
             if (!failure.empty()) failures.emplace_back(begin, line + "\n  " + failure);
         }
         if (!ended) failures.emplace_back(number, "the table ends early");
@@ -210,10 +214,14 @@ private:
 
     std::string ExpectCalls(const std::wstring& statement, const std::wstring& expected)
     {
-        Stage::Forget();
+        Stage::Told();
         const std::string raised = Raised(engine_.Run(statement).error);
         std::wstring told; // some of it by other threads
-        PumpUntil([&] { return !expected.starts_with(told = Stage::Told()) || told == expected; });
+        PumpUntil([&] {
+            const std::wstring more = Stage::Told();
+            told += (told.empty() || more.empty() ? L"" : L"; ") + more;
+            return !expected.starts_with(told) || told == expected;
+        });
         return told == expected ? raised : raised + "asks: " + Narrow(told);
     }
 
@@ -306,7 +314,8 @@ TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
         {"stage box\n> x = MessageBox.Show(\"a\", 1) -> box 1 : a\n", ""},
         {"stage box\n> MessageBox.Show \"a\" -> box 1 : a\n", "2:> MessageBox.Show \"a\""},
         {"stage bix\n? 1 = 1\n", "1:stage bix\n  no seam bix;"},
-        {"x = 1\n", "2:nothing was checked;"},
+        {"n = 1 => ? n = 1 => ? n = 2\n", "1:n = 1 => ? n = 1 => ? n = 2\n  n is 1;"},
+        {"n = \" => ? 1 = 2\"\n", "2:nothing was checked;"},
         {"end\n? 1 = 1\n", "2:behind the end: ? 1 = 1;"},
     };
     const auto failuresOf = [](const std::string& lines) {

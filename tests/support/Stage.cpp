@@ -409,7 +409,7 @@ Stage::~Stage()
             ShellDialogs, SoundFunctions, StationFunctions, Taskbars, TaskDialogFunctions>();
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
-    Forget();
+    Told();
 }
 
 std::vector<std::wstring> Stage::Classes()
@@ -470,13 +470,7 @@ void Stage::Answer(const std::wstring& name, const std::wstring& numbers)
 std::wstring Stage::Told()
 {
     const std::lock_guard guard(mutex);
-    return told;
-}
-
-void Stage::Forget()
-{
-    const std::lock_guard guard(mutex);
-    told.clear();
+    return std::exchange(told, {});
 }
 
 } // namespace quill::test

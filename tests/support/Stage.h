@@ -36,10 +36,9 @@ public:
     // running system (601), "second" the milliseconds of a dialog's second.
     static void Answer(const std::wstring& name, const std::wstring& numbers);
 
-    // The calls since they were forgotten, with "; " between them. Long texts are cut, and end in their
+    // The calls since the last time, with "; " between them. Long texts are cut, and end in their
     // length.
     static std::wstring Told();
-    static void Forget();
 };
 
 } // namespace quill::test
