@@ -57,7 +57,7 @@ TEST(ForegroundTest, ARefusedForegroundRaises)
 TEST(FormTest, WaitsEndEarly)
 {
     BareForm form;
-    Robot robot(ClickButton(L"A bare form"));
+    Robot robot([](Desk& desk) { desk.Act(L"\"A bare form\" Button:OK click"); });
     form.Show(false);
     EXPECT_THROW(form.WaitUntilClosed([] { return false; }), AutomationError);
     EXPECT_TRUE(form.Closed());

@@ -38,10 +38,7 @@ public:
         }
     }
     STDMETHODIMP GetDocVersionString(BSTR*) noexcept override { return E_NOTIMPL; }
-    STDMETHODIMP OnScriptTerminate(const VARIANT*, const EXCEPINFO*) noexcept override
-    {
-        return S_OK;
-    }
+    STDMETHODIMP OnScriptTerminate(const VARIANT*, const EXCEPINFO*) override { return S_OK; }
     STDMETHODIMP OnStateChange(SCRIPTSTATE) noexcept override { return S_OK; }
     STDMETHODIMP OnScriptError(IActiveScriptError* error) noexcept override
     {
@@ -85,16 +82,6 @@ void Engine::Add(const std::wstring& name, bool global)
 {
     Check(script_->AddNamedItem(name.c_str(), SCRIPTITEM_ISVISIBLE |
                                                   (global ? DWORD{SCRIPTITEM_GLOBALMEMBERS} : 0)));
-}
-
-Outcome Engine::Run(const std::wstring& statement)
-{
-    return Parse(statement, SCRIPTTEXT_ISVISIBLE);
-}
-
-Outcome Engine::Evaluate(const std::wstring& expression)
-{
-    return Parse(expression, SCRIPTTEXT_ISEXPRESSION);
 }
 
 void Engine::Call(const std::wstring& procedure, const std::vector<Variant>& arguments)

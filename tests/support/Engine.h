@@ -37,8 +37,8 @@ public:
     void Add(const std::wstring& name, bool global = false);
 
     // Variables live as long as the engine, which goes on after an error.
-    Outcome Run(const std::wstring& statement);
-    Outcome Evaluate(const std::wstring& expression);
+    Outcome Run(const std::wstring& text) { return Parse(text, SCRIPTTEXT_ISVISIBLE); }
+    Outcome Evaluate(const std::wstring& text) { return Parse(text, SCRIPTTEXT_ISEXPRESSION); }
 
     // Calls a procedure of the script; nothing happens without one of this name.
     void Call(const std::wstring& procedure, const std::vector<Variant>& arguments);

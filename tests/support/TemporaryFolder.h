@@ -14,13 +14,10 @@ class TemporaryFolder {
 public:
     TemporaryFolder()
     {
-        wchar_t parent[MAX_PATH];
         wchar_t path[MAX_PATH];
-        GetTempPathW(MAX_PATH, parent);
-        if (!GetTempFileNameW(parent, L"qt", 0, path) || !DeleteFileW(path) ||
-            !CreateDirectoryW(path, nullptr))
-            throw std::runtime_error("no temporary folder");
-        path_ = path;
+        GetTempFileNameW(std::filesystem::temp_directory_path().c_str(), L"qt", 0, path);
+        std::filesystem::remove(path);
+        std::filesystem::create_directory(path_ = path);
     }
     ~TemporaryFolder()
     {
@@ -36,11 +33,9 @@ public:
     // Writes a file of these bytes and returns its path.
     std::wstring Write(const std::wstring& name, std::string_view bytes) const
     {
-        const std::filesystem::path path(Path(name));
-        std::ofstream file(path, std::ios::binary);
-        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
-        return path.wstring();
+        std::ofstream file(std::filesystem::path(Path(name)), std::ios::binary);
+        if (!(file << bytes << std::flush)) throw std::runtime_error("no file can be written");
+        return Path(name);
     }
 
 private:
