@@ -394,21 +394,6 @@ Host::Host(Script script)
         return text;
     });
 
-    // A link to nowhere, which no program can open; False deletes it.
-    Add(L"RegLink", [](std::wstring path, bool make) {
-        const auto [root, below] = KeyOf(path);
-        const std::wstring target = L"\\Registry\\Machine\\QuillTest\\nowhere";
-        RegistryKey link;
-        RegCreateKeyExW(root, below.c_str(), 0, nullptr,
-                        make ? REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE : REG_OPTION_OPEN_LINK,
-                        KEY_ALL_ACCESS, nullptr, Into(link), nullptr);
-        if (make)
-            RegSetValueExW(link.get(), L"SymbolicLinkValue", 0, REG_LINK,
-                           reinterpret_cast<const BYTE*>(target.data()),
-                           static_cast<DWORD>(target.size() * sizeof(wchar_t)));
-        else
-            FindSystemFunction<LONG NTAPI(HANDLE)>(L"ntdll.dll", "NtDeleteKey")(link.get());
-    });
     Add(L"RegMake", [](std::wstring path) {
         const auto [root, below] = KeyOf(path);
         RegistryKey key;
