@@ -103,7 +103,7 @@ void SetRegistry(const std::wstring& path, const std::wstring& name, LONG type,
                         static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
 }
 
-// The lowest row of a control with something drawn in it; -1 when it is empty.
+// The lowest row of a control with something drawn on the screen; -1 when it is empty.
 int LowestInk(HWND control)
 {
     RECT area{};
@@ -112,7 +112,9 @@ int LowestInk(HWND control)
         CreateBitmap(area.right, area.bottom, 1, 32, nullptr));
     const Owned<HDC, DeleteDC> device(CreateCompatibleDC(nullptr));
     SelectObject(device.get(), bitmap.get());
-    SendMessageW(control, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(device.get()), PRF_CLIENT);
+    const HDC shown = GetDC(control);
+    BitBlt(device.get(), 0, 0, area.right, area.bottom, shown, 0, 0, SRCCOPY);
+    ReleaseDC(control, shown);
     std::vector<DWORD> pixels(static_cast<size_t>(area.right * area.bottom));
     GetBitmapBits(bitmap.get(), area.right * area.bottom * 4, pixels.data());
     const auto ink = std::find_if(pixels.rbegin(), pixels.rend(),
@@ -293,10 +295,13 @@ Host::Host(Script script)
     Add(L"Post", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         return PostMessageW(window, message, wParam, lParam);
     });
-    // From another thread, as the shell does; Replied: within such a message, whether its sender
-    // goes on.
+    // From another thread, as the shell does, to be dealt with by the next line; Replied: within
+    // such a message, whether its sender goes on.
     Add(L"SendAside", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         std::thread([=] { SendMessageW(window, message, wParam, lParam); }).detach();
+        const ULONGLONG end = GetTickCount64() + 5'000;
+        while (!(HIWORD(GetQueueStatus(QS_SENDMESSAGE))) && GetTickCount64() < end)
+            Sleep(1);
     });
     Add(L"Replied", [] { return InSendMessageEx(nullptr) == (ISMEX_SEND | ISMEX_REPLIED); });
     Add(L"Exists", [](HWND window) { return IsWindow(window) != FALSE; });
