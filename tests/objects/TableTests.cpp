@@ -6,9 +6,12 @@
 //                                     end stands for any, and without a text the number counts.
 //                                     Statements with " | " between them raise the same
 //     > statement -> calls            which asks this of the platform (support/Stage.h)
-//     < Class[:text] action           what the user does while the next line runs
+//     < Class[:text] action           what the user does while the next line runs; as the last
+//                                     part of a line <- Class[:text] action
 //     & caption: statement            what the object's thread does meanwhile, once it waits and a
 //                                     window of this caption is there
+//     each names                      the lines up to "next" run for each of these words, which is
+//     next                            {it} in them
 //     stage names                     the seams that are recorded from here on; a run against the
 //                                     server ends here
 //     ' comment                       or a blank line
@@ -93,8 +96,24 @@ public:
         int number = 0;
         int checks = 0;
         bool ended = false;
+        std::istringstream names; // of "each"
+        std::string name;
+        std::pair<std::streampos, int> first; // the line behind it
         for (std::string line, more; std::getline(lines, line);) {
             const int begin = ++number;
+            if (line.starts_with("each ")) {
+                first = {lines.tellg(), number};
+                names = std::istringstream(line.substr(5));
+                names >> name;
+                continue;
+            }
+            if (line == "next") {
+                if (names >> name) {
+                    lines.seekg(first.first);
+                    number = first.second;
+                }
+                continue;
+            }
             const auto goesOn = [&] { return std::getline(lines, more) && ++number; };
             while (line.ends_with(" _") && goesOn())
                 line.replace(line.size() - 1, 1, more,
@@ -104,6 +123,8 @@ public:
                     line += '\n' + more;
             line.erase(line.find_last_not_of(" \r") + 1);
             if (line.empty() || line[0] == '\'') continue;
+            for (size_t place; (place = line.find("{it}")) != std::string::npos;)
+                line.replace(place, 4, name);
             if (ended) failures.emplace_back(number, "behind the end: " + line);
             ended = ended || line == "end";
             if (ended) continue;
@@ -124,8 +145,11 @@ private:
     // What is wrong; an empty text when all is well.
     std::string RunLine(const std::wstring& line)
     try {
-        const std::wstring text =
-            line.substr(std::min(line.find_first_not_of(L"?!<>& "), line.size()));
+        std::wstring text = line.substr(std::min(line.find_first_not_of(L"?!<>& "), line.size()));
+        if (const size_t user = text.find(L" <- "); user != std::wstring::npos) {
+            actions_.push_back(Replaced(text.substr(user + 4)));
+            text.resize(user);
+        }
         if (line[0] == L'<') return actions_.push_back(Replaced(text)), "";
         if (line[0] == L'&') return meanwhile_ = text, "";
         if (line.starts_with(L"stage")) {
@@ -142,9 +166,9 @@ private:
         meanwhile_.clear();
         std::optional<Robot> robot;
         if (!actions_.empty())
-            robot.emplace([actions = std::exchange(actions_, {})](Desk& desk) {
+            robot.emplace([this, actions = std::exchange(actions_, {})](Desk& desk) {
                 for (const std::wstring& action : actions)
-                    desk.Act(action);
+                    desk.Act(action, [this](const std::wstring& more) { return RunLine(more); });
             });
         if (line.starts_with(L"??")) PumpUntil([&] { return Expect(text).empty(); }, kPatience);
         if (line[0] == L'?') return Expect(text);
@@ -314,6 +338,7 @@ TEST(TableRunnerTest, SaysWhatIsWrongWithATable)
         {"stage box\n> x = MessageBox.Show(\"a\", 1) -> box 1 : a\n", ""},
         {"stage box\n> MessageBox.Show \"a\" -> box 1 : a\n", "2:> MessageBox.Show \"a\""},
         {"stage bix\n? 1 = 1\n", "1:stage bix\n  no seam bix;"},
+        {"each 1 2\n? {it} = 1\nnext\n", "2:? 2 = 1\n  2 is 2;"},
         {"n = 1 => ? n = 1 => ? n = 2\n", "1:n = 1 => ? n = 1 => ? n = 2\n  n is 1;"},
         {"n = \" => ? 1 = 2\"\n", "2:nothing was checked;"},
         {"end\n? 1 = 1\n", "2:behind the end: ? 1 = 1;"},

@@ -1,6 +1,9 @@
 #include "support/Host.h"
 
+#include <commctrl.h>
+
 #include <map>
+#include <sstream>
 #include <thread>
 
 #include "core/Paths.h"
@@ -103,6 +106,58 @@ void SetRegistry(const std::wstring& path, const std::wstring& name, LONG type,
                         static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
 }
 
+// Left, top, width and height in the frame of its top-level window.
+std::wstring PlaceIn(HWND window)
+{
+    const RECT frame = Desk::PlaceOf(GetAncestor(window, GA_ROOT));
+    const RECT place = Desk::PlaceOf(window);
+    std::wostringstream text;
+    text << place.left - frame.left << ' ' << place.top - frame.top << ' '
+         << place.right - place.left << ' ' << place.bottom - place.top;
+    return text.str();
+}
+
+// The cells that a list view shows, with commas between them, and a bar behind each row.
+std::wstring Rows(HWND view)
+{
+    const auto header = reinterpret_cast<HWND>(SendMessageW(view, LVM_GETHEADER, 0, 0));
+    const LRESULT columns = SendMessageW(header, HDM_GETITEMCOUNT, 0, 0);
+    const LRESULT rows = SendMessageW(view, LVM_GETITEMCOUNT, 0, 0);
+    std::wstring text;
+    for (int cell = 0; cell < rows * columns; ++cell) {
+        wchar_t shown[300] = L"";
+        const int column = static_cast<int>(cell % columns);
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = shown;
+        item.cchTextMax = 300;
+        SendMessageW(view, LVM_GETITEMTEXTW, static_cast<WPARAM>(cell / columns),
+                     reinterpret_cast<LPARAM>(&item));
+        text += shown + std::wstring(column + 1 < columns ? L"," : L"|");
+    }
+    return text;
+}
+
+// An array to scripts, of numbers from 0 on; number 2 is missing, number 4 raises.
+class ArrayLike final : public CountedDispatch {
+public:
+    explicit ArrayLike(Variant length) : length_(std::move(length)) {}
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override
+    {
+        *ids = *names[0] == L'l' ? -10 : _wtoi(names[0]);
+        return *ids == 2 ? DISP_E_UNKNOWNNAME : S_OK;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
+                        UINT*) noexcept override
+    {
+        *result = (id < 0 ? Variant::Dereferenced(length_) : Variant(LONG{id})).Detach();
+        return id == 4 ? DISP_E_EXCEPTION : S_OK;
+    }
+
+private:
+    const Variant length_;
+};
+
 // The lowest row of a control with something drawn on the screen; -1 when it is empty.
 int LowestInk(HWND control)
 {
@@ -188,9 +243,14 @@ HWND WindowOf(const VARIANT& window)
     if (!top) top = FindWindowW(name.c_str(), nullptr);
     if (!top || bar == std::wstring::npos) return top;
     const std::wstring rest = text.substr(bar + 1);
-    const size_t colon = rest.find(L':');
-    return FindWindowExW(top, nullptr, rest.substr(0, colon).c_str(),
-                         colon == std::wstring::npos ? nullptr : rest.c_str() + colon + 1);
+    const size_t end = rest.find_first_of(L":#");
+    const bool byText = end != std::wstring::npos && rest[end] == L':';
+    HWND found = nullptr;
+    for (int number = end == std::wstring::npos || byText ? 1 : _wtoi(&rest[end + 1]); number > 0;
+         --number)
+        found = FindWindowExW(top, found, rest.substr(0, end).c_str(),
+                              byText ? &rest[end + 1] : nullptr);
+    return found;
 }
 
 STDMETHODIMP Members::GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept
@@ -276,6 +336,36 @@ Host::Host(Script script)
         return std::wstring(text);
     });
     // A monitor of another resolution, with the place that the platform suggests there.
+    Add(L"Place", PlaceIn);
+    // The places of a window's visible controls, in the order of the tab key.
+    Add(L"Layout", [](HWND window) {
+        std::wstring text;
+        for (HWND each = GetWindow(window, GW_CHILD); each; each = GetWindow(each, GW_HWNDNEXT))
+            if (IsWindowVisible(each)) text += Desk::ClassOf(each) + L' ' + PlaceIn(each) + L'|';
+        return text;
+    });
+    // Says to a window that its screen has this resolution now.
+    Add(L"Rescale", [](HWND window, int resolution) {
+        RECT place = Desk::PlaceOf(window);
+        place.right = place.left + MulDiv(place.right - place.left, resolution, 96);
+        place.bottom = place.top + MulDiv(place.bottom - place.top, resolution, 96);
+        SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
+                     reinterpret_cast<LPARAM>(&place));
+    });
+    Add(L"Rows", Rows);
+    // Tells the window of a control what the control would.
+    Add(L"Notify", [](HWND control, UINT code) {
+        NMHDR notification{control, 0, code};
+        SendMessageW(GetParent(control), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
+    });
+    Add(L"ColorOf", [](HWND control) { // of the text of a static control
+        const HDC device = GetDC(control);
+        SendMessageW(GetParent(control), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(device),
+                     reinterpret_cast<LPARAM>(control));
+        const COLORREF color = GetTextColor(device);
+        ReleaseDC(control, device);
+        return color;
+    });
     Add(L"MoveToMonitor", [](HWND window, int resolution, int width, int height) {
         RECT suggested{0, 0, width, height};
         SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
@@ -345,6 +435,9 @@ Host::Host(Script script)
     Add(L"Lower", [](Variant array, LONG lower) {
         V_ARRAY(&array)->rgsabound[0].lLbound = lower;
         return array;
+    });
+    Add(L"Members", [](Variant length) {
+        return Variant(ComPtr<IDispatch>(new ArrayLike(std::move(length))).Get());
     });
     Add(L"Square", [] { // two by two, where a list is asked for
         SAFEARRAYBOUND bounds[2]{{2, 0}, {2, 0}};

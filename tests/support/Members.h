@@ -20,7 +20,7 @@ namespace quill::test {
 std::wstring TextOf(const VARIANT& value);
 
 // The window of a handle, or of a text: the caption or the class of a top-level window, or that, >
-// and a child's class or class:text.
+// and a child's class, class:text or class#number, from 1.
 HWND WindowOf(const VARIANT& window);
 
 class Members : public CountedDispatch {

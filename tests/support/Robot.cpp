@@ -1,10 +1,14 @@
 #include "support/Robot.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -15,8 +19,24 @@ namespace quill::test {
 
 namespace {
 
-std::atomic<bool> pending; // what is to happen meanwhile
-constexpr DWORD kCallDeadline = 60'000;
+// What other threads are to do, in its order, and how many of those are not done.
+std::mutex mutex;
+std::deque<std::function<void()>> errands;
+std::atomic<int> pending;
+
+void CALLBACK RunErrand(HWND, UINT, UINT_PTR, DWORD)
+{
+    std::function<void()> errand;
+    if (const std::lock_guard guard(mutex); !errands.empty()) {
+        errand = std::move(errands.front());
+        errands.pop_front();
+    }
+    if (!errand) return;
+    errand();
+    --pending;
+}
+
+constexpr DWORD kCallDeadline = 20'000;
 constexpr DWORD kMoment = 100; // milliseconds
 constexpr DWORD kPoll = 15;    // milliseconds between two looks
 constexpr int kStillLooks = 6; // more than the server takes to bring a dialog to the front
@@ -40,17 +60,13 @@ std::vector<HWND> Listed(HWND parent)
     return windows;
 }
 
-std::wstring WithoutAccessKeys(std::wstring text)
-{
-    std::erase(text, L'&');
-    return text;
-}
-
 bool ShowsText(HWND window, const wchar_t* text)
 {
     if (!text) return true;
-    const std::wstring shown = Desk::TextOf(window);
-    return shown == text || WithoutAccessKeys(shown) == text;
+    std::wstring shown = Desk::TextOf(window);
+    if (shown == text) return true;
+    std::erase(shown, L'&');
+    return shown == text;
 }
 
 bool IsOfClass(HWND window, const wchar_t* name)
@@ -68,41 +84,37 @@ std::wstring Quoted(const wchar_t* text)
     return text ? L'"' + std::wstring(text) + L'"' : std::wstring(L"any");
 }
 
-POINT CentreOf(HWND window)
-{
-    RECT client{};
-    GetClientRect(window, &client);
-    return {client.right / 2, client.bottom / 2};
-}
+using Inputs = std::vector<INPUT>;
 
-void Send(std::vector<INPUT> inputs)
+void Send(Inputs inputs)
 {
     const auto count = static_cast<UINT>(inputs.size());
     if (SendInput(count, inputs.data(), sizeof(INPUT)) != count)
         throw std::runtime_error("input was refused");
 }
 
-INPUT MouseInput(POINT screen, DWORD flags)
+void AddMouse(Inputs& inputs, POINT screen, std::initializer_list<DWORD> steps)
 {
-    INPUT input{};
-    input.type = INPUT_MOUSE;
-    // Absolute positions count in 65536ths of the screen; half a pixel more hits its middle.
-    input.mi.dx = MulDiv(2 * screen.x + 1, 32768, GetSystemMetrics(SM_CXSCREEN));
-    input.mi.dy = MulDiv(2 * screen.y + 1, 32768, GetSystemMetrics(SM_CYSCREEN));
-    input.mi.dwFlags = flags | MOUSEEVENTF_ABSOLUTE;
-    return input;
+    for (const DWORD flags : steps) {
+        INPUT& input = inputs.emplace_back();
+        input.type = INPUT_MOUSE;
+        // Absolute positions count in 65536ths of the screen; half a pixel more hits its middle.
+        input.mi.dx = MulDiv(2 * screen.x + 1, 32768, GetSystemMetrics(SM_CXSCREEN));
+        input.mi.dy = MulDiv(2 * screen.y + 1, 32768, GetSystemMetrics(SM_CYSCREEN));
+        input.mi.dwFlags = flags | MOUSEEVENTF_ABSOLUTE;
+    }
 }
 
-INPUT KeyInput(WORD key, bool up)
+// A key, or without one the character.
+void AddKey(Inputs& inputs, WORD key, wchar_t unit, DWORD flags)
 {
-    INPUT input{};
+    INPUT& input = inputs.emplace_back();
     input.type = INPUT_KEYBOARD;
     input.ki.wVk = key;
-    input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
-    if (up) input.ki.dwFlags = KEYEVENTF_KEYUP;
-    if ((key >= VK_PRIOR && key <= VK_DOWN) || key == VK_INSERT || key == VK_DELETE)
+    input.ki.wScan = key ? static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC)) : unit;
+    input.ki.dwFlags = flags | (key ? 0 : KEYEVENTF_UNICODE);
+    if ((key >= VK_PRIOR && key <= VK_DOWN) || key == VK_DELETE)
         input.ki.dwFlags |= KEYEVENTF_EXTENDEDKEY;
-    return input;
 }
 
 // A round trip: what the window's thread had to do before is done, timers that were due among it.
@@ -159,16 +171,6 @@ HWND Desk::Control(const wchar_t* caption, const wchar_t* controlClass, const wc
     return found;
 }
 
-std::vector<HWND> Desk::Controls(HWND window, const wchar_t* controlClass)
-{
-    std::vector<HWND> controls;
-    for (HWND control = GetWindow(window, GW_CHILD); control;
-         control = GetWindow(control, GW_HWNDNEXT))
-        if (IsWindowVisible(control) && IsOfClass(control, controlClass))
-            controls.push_back(control);
-    return controls;
-}
-
 void Desk::WaitFor(const std::wstring& what, const std::function<bool()>& condition,
                    DWORD milliseconds)
 {
@@ -181,8 +183,7 @@ void Desk::WaitFor(const std::wstring& what, const std::function<bool()>& condit
 
 void Desk::WaitUntilGone(HWND window)
 {
-    WaitFor(L"the window " + Quoted(TextOf(window).c_str()) + L" to go",
-            [&] { return !IsWindow(window) || !IsWindowVisible(window); });
+    WaitFor(L"the window to go", [&] { return !IsWindowVisible(window); });
 }
 
 // The point on the screen, once the window has stood still there for a while with nothing above it:
@@ -211,18 +212,20 @@ POINT Desk::Target(HWND window, POINT point)
 
 void Desk::Click(HWND control, Button button)
 {
-    ClickAt(control, CentreOf(control), button);
+    const SIZE size = SizeOf(control);
+    ClickAt(control, {size.cx / 2, size.cy / 2}, button);
 }
 
 void Desk::ClickAt(HWND window, POINT point, Button button, int times)
 {
     const POINT target = Target(window, point);
-    const bool left = button == Button::Left;
-    std::vector<INPUT> inputs{MouseInput(target, MOUSEEVENTF_MOVE)};
-    for (int time = 0; time < times; ++time) {
-        inputs.push_back(MouseInput(target, left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN));
-        inputs.push_back(MouseInput(target, left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP));
-    }
+    Inputs inputs;
+    AddMouse(inputs, target, {MOUSEEVENTF_MOVE});
+    for (int time = 0; time < times; ++time)
+        if (button == Button::Left)
+            AddMouse(inputs, target, {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP});
+        else
+            AddMouse(inputs, target, {MOUSEEVENTF_RIGHTDOWN, MOUSEEVENTF_RIGHTUP});
     Send(std::move(inputs));
 }
 
@@ -233,46 +236,33 @@ void Desk::WaitForKeys()
         WaitForAnswer(current_);
         GUITHREADINFO info{};
         info.cbSize = sizeof info;
-        const HWND front = GetForegroundWindow();
-        bool hears = false;
-        if (ClassOf(current_) == kMenuClass)
-            hears = GetGUIThreadInfo(GetWindowThreadProcessId(front, nullptr), &info) &&
-                    info.hwndMenuOwner == current_;
-        else
-            hears = front == current_ &&
-                    GetGUIThreadInfo(GetWindowThreadProcessId(current_, nullptr), &info) &&
-                    info.hwndFocus && GetAncestor(info.hwndFocus, GA_ROOT) == current_;
+        GetGUIThreadInfo(0, &info); // of the thread that has the keyboard
+        const bool hears = ClassOf(current_) == kMenuClass
+                               ? info.hwndMenuOwner == current_
+                               : GetForegroundWindow() == current_ && info.hwndFocus &&
+                                     GetAncestor(info.hwndFocus, GA_ROOT) == current_;
         return hears && looks++ >= kStillLooks;
     });
     ready_ = current_;
 }
 
-void Desk::Press(WORD key, std::initializer_list<WORD> held)
+void Desk::Press(WORD key, WORD held)
 {
     WaitForKeys();
-    std::vector<INPUT> inputs;
-    for (WORD modifier : held)
-        inputs.push_back(KeyInput(modifier, false));
-    inputs.push_back(KeyInput(key, false));
-    inputs.push_back(KeyInput(key, true));
-    for (WORD modifier : held)
-        inputs.push_back(KeyInput(modifier, true));
+    Inputs inputs;
+    if (held) AddKey(inputs, held, 0, 0);
+    AddKey(inputs, key, 0, 0);
+    AddKey(inputs, key, 0, KEYEVENTF_KEYUP);
+    if (held) AddKey(inputs, held, 0, KEYEVENTF_KEYUP);
     Send(std::move(inputs));
 }
 
-void Desk::Type(std::wstring_view text)
+void Desk::Type(wchar_t unit)
 {
     WaitForKeys();
-    std::vector<INPUT> inputs;
-    for (wchar_t unit : text) {
-        INPUT input{};
-        input.type = INPUT_KEYBOARD;
-        input.ki.wScan = unit;
-        input.ki.dwFlags = KEYEVENTF_UNICODE;
-        inputs.push_back(input);
-        input.ki.dwFlags |= KEYEVENTF_KEYUP;
-        inputs.push_back(input);
-    }
+    Inputs inputs;
+    AddKey(inputs, 0, unit, 0);
+    AddKey(inputs, 0, unit, KEYEVENTF_KEYUP);
     Send(std::move(inputs));
 }
 
@@ -282,11 +272,10 @@ void Desk::PressKeys(std::wstring_view keys)
         {L"ENTER", VK_RETURN}, {L"ESC", VK_ESCAPE}, {L"TAB", VK_TAB},    {L"SPACE", VK_SPACE},
         {L"UP", VK_UP},        {L"DOWN", VK_DOWN},  {L"LEFT", VK_LEFT},  {L"RIGHT", VK_RIGHT},
         {L"HOME", VK_HOME},    {L"END", VK_END},    {L"DEL", VK_DELETE}, {L"BS", VK_BACK},
-        {L"PGUP", VK_PRIOR},   {L"PGDN", VK_NEXT},  {L"F4", VK_F4}};
+        {L"PGUP", VK_PRIOR},   {L"PGDN", VK_NEXT},  {L"F4", VK_F4},      {L"SHIFT", VK_SHIFT}};
     WORD held = 0;
     for (size_t index = 0; index < keys.size(); ++index) {
         const wchar_t unit = keys[index];
-        WORD key = 0;
         if (unit == L'^' || unit == L'+' || unit == L'%') {
             held = unit == L'^' ? VK_CONTROL : unit == L'+' ? VK_SHIFT : VK_MENU;
             continue;
@@ -295,116 +284,110 @@ void Desk::PressKeys(std::wstring_view keys)
             const size_t end = keys.find(L'}', index);
             const auto found = names.find(keys.substr(index + 1, end - index - 1));
             if (found == names.end()) throw std::runtime_error("unknown key in " + Narrow(keys));
-            key = found->second;
+            Press(found->second, held);
             index = end;
-        } else if (held != 0) {
-            key = static_cast<WORD>(towupper(unit));
+        } else if (held) {
+            Press(static_cast<WORD>(towupper(unit)), held);
+        } else {
+            Type(unit);
         }
-        if (key == 0)
-            Type({&unit, 1});
-        else if (held != 0)
-            Press(key, {held});
-        else
-            Press(key);
         held = 0;
     }
 }
 
-void Desk::Act(const std::wstring& caption, const std::wstring& controlClass,
-               const std::wstring& text, const std::wstring& action)
-{
-    const auto any = [](const std::wstring& name) { return name.empty() ? nullptr : name.c_str(); };
-    if (action == L"see") {
-        Window(any(caption), any(controlClass));
-        return;
-    }
-    if (action.starts_with(L"press ")) {
-        Window(any(caption), any(controlClass));
-        PressKeys(std::wstring_view(action).substr(6));
-        return;
-    }
-    if (action == L"after") {
-        WaitFor(L"what happens meanwhile", [] { return !pending; });
-        return;
-    }
-    if (action == L"gone") {
-        WaitFor(L"the window " + Quoted(any(caption)) + L" to go",
-                [&] { return !FindWindowOnce(any(caption), any(controlClass)); });
-        return;
-    }
-    const HWND control = Control(any(caption), any(controlClass), any(text));
-    POINT point{};
-    if (action == L"click") {
-        Click(control);
-    } else if (swscanf(action.c_str(), L"double %ld %ld", &point.x, &point.y) == 2) {
-        ClickAt(control, point, Button::Left, 2);
-    } else if (action == L"close") {
-        Close(GetAncestor(control, GA_ROOT));
-    } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
-        SetWindowPos(GetAncestor(control, GA_ROOT), nullptr, point.x, point.y, 0, 0,
-                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-    } else if (swscanf(action.c_str(), L"size %ld %ld", &point.x, &point.y) == 2) {
-        SIZE size{};
-        const auto fits = [&] {
-            size = SizeOf(GetAncestor(control, GA_ROOT));
-            return (point.x == 0 || size.cx == point.x) && (point.y == 0 || size.cy == point.y);
-        };
-        for (const ULONGLONG end = GetTickCount64() + kDeadline; !fits(); Sleep(kPoll))
-            if (GetTickCount64() > end)
-                throw std::runtime_error("the size is " + std::to_string(size.cx) + " x " +
-                                         std::to_string(size.cy));
-    } else if (action.starts_with(L"menu ")) {
-        Click(control, Button::Right);
-        const HWND menu = Window(nullptr, kMenuClass);
-        PressKeys(std::wstring_view(action).substr(5));
-        WaitUntilGone(menu); // not to be taken for the next one
-    } else if (action.starts_with(L"write ")) {
-        std::ofstream(std::filesystem::path(action.substr(6))) << "written";
-    } else if (swscanf(action.c_str(), L"rest %ld", &point.x) == 1) {
-        Sleep(static_cast<DWORD>(point.x));
-    } else if (action != L"wait") {
-        PressKeys(std::wstring_view(action).substr(action.starts_with(L"keys ") ? 5 : 0));
-    }
-}
-
-void Desk::Act(const std::wstring& line)
+void Desk::Act(const std::wstring& line, const Run& run)
 {
     std::wstring_view rest = line;
     // Up to this character, or what stands in quotation marks.
     const auto take = [&](std::wstring_view ends) {
         const bool quoted = rest.starts_with(L'"');
-        const size_t end = quoted ? rest.find(L'"', 1) : rest.find_first_of(ends);
-        if (end == std::wstring_view::npos) throw std::runtime_error("no action: " + Narrow(line));
+        const size_t end = std::min(rest.find_first_of(quoted ? L"\"" : ends, quoted), rest.size());
         const std::wstring taken(rest.substr(quoted, end - quoted));
-        rest.remove_prefix(end + quoted);
+        rest.remove_prefix(std::min(end + quoted, rest.size()));
         return taken;
     };
+    const auto skip = [&] {
+        rest.remove_prefix(std::min(rest.find_first_not_of(L' '), rest.size()));
+    };
     const std::wstring caption = rest.starts_with(L'"') ? take({}) : std::wstring();
-    rest.remove_prefix(std::min(rest.find_first_not_of(L' '), rest.size()));
-    const std::wstring controlClass = take(L": ");
-    std::wstring text;
-    if (rest.starts_with(L':')) {
-        rest.remove_prefix(1);
-        text = take(L" ");
+    skip();
+    std::wstring controlClass, text;
+    if (!rest.starts_with(L"? ") && !rest.starts_with(L"do ")) {
+        controlClass = take(L": ");
+        if (rest.starts_with(L':')) {
+            rest.remove_prefix(1);
+            text = take(L" ");
+        }
+        skip();
     }
-    Act(caption, controlClass, text, std::wstring(rest.substr(std::min<size_t>(1, rest.size()))));
+    const std::wstring action(rest);
+    const auto any = [](const std::wstring& name) { return name.empty() ? nullptr : name.c_str(); };
+    const auto begins = [&](std::wstring_view word) {
+        if (!rest.starts_with(word)) return false;
+        rest.remove_prefix(word.size());
+        return true;
+    };
+    if (action == L"after") return WaitFor(L"what happens meanwhile", [] { return pending == 0; });
+    if (action == L"gone")
+        return WaitFor(L"the window " + Quoted(any(caption)) + L" to go",
+                       [&] { return !FindWindowOnce(any(caption), any(controlClass)); });
+    const bool checks = rest.starts_with(L"? ");
+    if (checks || begins(L"do ")) {
+        Window(any(caption), any(controlClass));
+        std::string failure;
+        const ULONGLONG end = GetTickCount64() + kDeadline;
+        do
+            Do([&] { failure = run(std::wstring(rest)); });
+        while (checks && !failure.empty() && GetTickCount64() < end);
+        if (!failure.empty()) throw std::runtime_error(Narrow(rest) + ": " + failure);
+        return;
+    }
+    if (action == L"see" || begins(L"press ")) {
+        Window(any(caption), any(controlClass));
+        return PressKeys(action == L"see" ? std::wstring_view() : rest);
+    }
+    const HWND control = Control(any(caption), any(controlClass), any(text));
+    POINT point{};
+    if (action == L"click") {
+        Click(control);
+    } else if (swscanf(action.c_str(), L"click %ld %ld", &point.x, &point.y) == 2) {
+        ClickAt(control, point);
+    } else if (swscanf(action.c_str(), L"double %ld %ld", &point.x, &point.y) == 2) {
+        ClickAt(control, point, Button::Left, 2);
+    } else if (action == L"close") {
+        PostMessageW(GetAncestor(control, GA_ROOT), WM_SYSCOMMAND, SC_CLOSE, 0);
+    } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
+        SetWindowPos(GetAncestor(control, GA_ROOT), nullptr, point.x, point.y, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    } else if (begins(L"menu")) {
+        Click(control, Button::Right);
+        const HWND menu = Window(nullptr, kMenuClass);
+        skip();
+        PressKeys(rest);
+        WaitUntilGone(menu); // not to be taken for the next one
+    } else if (begins(L"write ")) {
+        std::ofstream(std::filesystem::path(rest)) << "written";
+    } else if (begins(L"rest ")) {
+        Sleep(std::stoul(std::wstring(rest)));
+    } else if (action != L"wait") {
+        begins(L"keys ");
+        PressKeys(rest);
+    }
 }
 
-void Desk::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+void Desk::Do(const std::function<void()>& action)
 {
-    if (!PostMessageW(window, message, wParam, lParam))
-        throw std::runtime_error("message " + std::to_string(message) + " could not be posted");
-}
-
-void Desk::Close(HWND window)
-{
-    Post(window, WM_SYSCOMMAND, SC_CLOSE);
-}
-
-void Desk::Place(HWND window, const RECT& rectangle)
-{
-    SetWindowPos(window, nullptr, rectangle.left, rectangle.top, rectangle.right - rectangle.left,
-                 rectangle.bottom - rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    std::atomic<bool> done = false;
+    ++pending;
+    {
+        const std::lock_guard guard(mutex);
+        errands.push_back([&] {
+            action();
+            done = true;
+        });
+    }
+    while (!done)
+        Sleep(1);
 }
 
 std::wstring Desk::TextOf(HWND window)
@@ -445,14 +428,9 @@ std::wstring Desk::ClassOf(HWND window)
     return {name, static_cast<size_t>(GetClassNameW(window, name, 257))};
 }
 
-void Desk::CloseNewWindows()
-{
-    for (HWND window : Listed(nullptr))
-        if (IsUsable(window) && IsNew(window)) PostMessageW(window, WM_CLOSE, 0, 0);
-}
-
-Robot::Robot(Script script, Reporter reporter)
-    : script_(std::move(script)), reporter_(reporter), thread_([this] { Run(); })
+Robot::Robot(Script script)
+    : script_(std::move(script)), timer_(SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunErrand)),
+      thread_([this] { Run(); })
 {
 }
 
@@ -465,20 +443,15 @@ void Robot::Run() noexcept
 {
     try {
         script_(desk_);
-        if (WaitForSingleObject(callReturned_.get(), kCallDeadline) == WAIT_OBJECT_0) {
-            SetEvent(done_.get());
-            return;
-        }
-        failure_ = "the call goes on after all that the robot was to do";
+        if (WaitForSingleObject(callReturned_.get(), kCallDeadline) != WAIT_OBJECT_0)
+            failure_ = "the call goes on after all that the robot was to do";
     } catch (const std::exception& error) {
         failure_ = error.what();
-    } catch (...) {
-        failure_ = "unknown exception";
     }
     // The call that the robot was to answer must return, or the test hangs.
-    do
-        desk_.CloseNewWindows();
-    while (WaitForSingleObject(callReturned_.get(), 100) == WAIT_TIMEOUT);
+    while (!failure_.empty() && WaitForSingleObject(callReturned_.get(), 100) == WAIT_TIMEOUT)
+        for (HWND window : Listed(nullptr))
+            if (IsUsable(window) && desk_.IsNew(window)) PostMessageW(window, WM_CLOSE, 0, 0);
     SetEvent(done_.get());
 }
 
@@ -491,28 +464,10 @@ bool Robot::Finish()
                WAIT_OBJECT_0)
             if (!DispatchPending()) break;
         thread_.join();
-        if (!failure_.empty()) reporter_("robot: " + failure_);
+        KillTimer(nullptr, timer_);
+        if (!failure_.empty()) ADD_FAILURE() << "robot: " << failure_;
     }
     return failure_.empty();
-}
-
-Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vector<WORD> keys)
-{
-    return [=](Desk& desk) {
-        desk.Control(caption, controlClass);
-        for (const WORD key : keys)
-            desk.Press(key);
-    };
-}
-
-Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text)
-{
-    return [=](Desk& desk) { desk.Click(desk.Control(caption, L"Button", text)); };
-}
-
-Robot::Script CloseBox(const wchar_t* caption)
-{
-    return [=](Desk& desk) { desk.Close(desk.Window(caption)); };
 }
 
 LastClient::LastClient(IUnknown* object)
@@ -521,36 +476,18 @@ LastClient::LastClient(IUnknown* object)
     connection_->AddConnection(EXTCONN_STRONG, 0);
 }
 
-namespace {
-
-thread_local std::function<void()> duringWait;
-thread_local std::wstring awaited;
-thread_local ULONGLONG shownAt; // 0: not yet
-
-void CALLBACK RunDuringWait(HWND, UINT, UINT_PTR timer, DWORD)
+DuringWait::DuringWait(std::function<void()> action, const std::wstring& caption)
+    : Robot((++pending, [=](Desk& desk) {
+          struct Done {
+              ~Done() { --pending; }
+          } const done;
+          if (!caption.empty()) {
+              desk.Window(caption.c_str());
+              Sleep(kMoment);
+          }
+          desk.Do(action);
+      }))
 {
-    const ULONGLONG now = GetTickCount64();
-    if (shownAt == 0 && IsWindowVisible(FindWindowW(nullptr, awaited.c_str()))) shownAt = now;
-    if (!awaited.empty() && (shownAt == 0 || now < shownAt + kMoment)) return;
-    KillTimer(nullptr, timer);
-    std::exchange(duringWait, nullptr)();
-    pending = false;
-}
-
-} // namespace
-
-DuringWait::DuringWait(std::function<void()> action, std::wstring caption)
-{
-    duringWait = std::move(action);
-    awaited = std::move(caption);
-    shownAt = 0;
-    pending = true;
-    timer_ = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunDuringWait);
-}
-
-DuringWait::~DuringWait()
-{
-    KillTimer(nullptr, timer_);
 }
 
 } // namespace quill::test

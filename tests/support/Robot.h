@@ -37,12 +37,10 @@ public:
     HWND Control(const wchar_t* caption, const wchar_t* controlClass,
                  const wchar_t* text = nullptr);
 
-    // All visible controls of a class, in the order of the tab key; null stands for any class.
-    std::vector<HWND> Controls(HWND window, const wchar_t* controlClass = nullptr);
-
     // Waits until the condition holds; `what` says for what.
     void WaitFor(const std::wstring& what, const std::function<bool()>& condition,
                  DWORD milliseconds = kDeadline);
+
     void WaitUntilGone(HWND window);
 
     // Real input. The mouse waits until its target lies on top, the keys until the window last
@@ -50,27 +48,26 @@ public:
     enum class Button { Left, Right };
     void Click(HWND control, Button button = Button::Left);
     void ClickAt(HWND window, POINT point, Button button = Button::Left, int times = 1);
-    void Press(WORD key, std::initializer_list<WORD> held = {}); // VK_ codes
-    void Type(std::wstring_view text);
+    void Press(WORD key, WORD held = 0); // VK_ codes
+    void Type(wchar_t unit);
     // Keys in the notation that script authors know: {NAME}, with ^ + % before for Ctrl, Shift,
     // Alt.
     void PressKeys(std::wstring_view keys);
 
-    // Waits for this control (an empty text stands for any) and acts. Actions: click, double x y,
-    // close, move x y, size x y (waits until its window has this size; 0: any), wait, rest
-    // milliseconds; menu and keys: a right click, then the keys in its menu; write and a path: the
-    // file appears; see waits for a window of this caption and class instead of a control, press
-    // and keys types into it, gone waits until there is none, after until a
-    // DuringWait has acted; everything else, or what follows
-    // `keys`, is typed.
-    void Act(const std::wstring& caption, const std::wstring& controlClass,
-             const std::wstring& text, const std::wstring& action);
-    // The same in one line: ["caption"] Class[:text or :"text"] action.
-    void Act(const std::wstring& line);
+    // One line of a table: ["caption"] [Class[:text or :"text"]] action. Waits for this control and
+    // acts: click [x y], double x y, close, move x y, wait, rest milliseconds; menu [keys]: a right
+    // click, then the keys in its menu; write path: the file appears; everything else, or what
+    // follows `keys`, is typed. These wait for a window of this caption and class instead: see;
+    // press keys; gone, until there is none; after, until what was started is done; do and start
+    // run a statement, and ? checks an expression until it holds: by `run`, on the thread whose
+    // call the robot answers. It returns what is wrong.
+    using Run = std::function<std::string(const std::wstring& line)>;
+    void Act(const std::wstring& line, const Run& run = {});
 
-    void Post(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
-    void Close(HWND window);                        // by its close box
-    void Place(HWND window, const RECT& rectangle); // in screen pixels
+    // Runs this on the thread whose call the robot answers, when it next waits there.
+    void Do(const std::function<void()>& action);
+
+    bool IsNew(HWND window) const; // since the robot was made
 
     // What a control shows, of any process.
     static std::wstring TextOf(HWND window);
@@ -81,12 +78,8 @@ public:
     static SIZE SizeOf(HWND window);
     static std::wstring ClassOf(HWND window);
 
-    // Closes the windows that appeared since the robot was made.
-    void CloseNewWindows();
-
 private:
     HWND FindWindowOnce(const wchar_t* caption, const wchar_t* windowClass) const;
-    bool IsNew(HWND window) const;
     POINT Target(HWND window, POINT point);
     void WaitForKeys();
 
@@ -95,16 +88,13 @@ private:
     HWND ready_ = nullptr;   // the one that has had keys before
 };
 
-void ReportToGoogleTest(const std::string& failure);
-
 // Runs a script on a Desk. A script that fails closes what it was to answer, so that the call
 // behind returns, and is reported by Finish on the thread of the test.
 class Robot {
 public:
     using Script = std::function<void(Desk&)>;
-    using Reporter = void (*)(const std::string& failure);
 
-    explicit Robot(Script script, Reporter reporter = ReportToGoogleTest);
+    explicit Robot(Script script);
     ~Robot();
     Robot(const Robot&) = delete;
     Robot& operator=(const Robot&) = delete;
@@ -117,18 +107,13 @@ private:
     void Run() noexcept;
 
     const Script script_;
-    const Reporter reporter_;
     Desk desk_;
     std::string failure_;
     const Event done_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     const Event callReturned_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    const UINT_PTR timer_;
     std::thread thread_;
 };
-
-// Scripts that most dialogs are answered with.
-Robot::Script Keys(const wchar_t* caption, const wchar_t* controlClass, std::vector<WORD> keys);
-Robot::Script ClickButton(const wchar_t* caption, const wchar_t* text = L"OK");
-Robot::Script CloseBox(const wchar_t* caption);
 
 // The object's only client, until it dies, as the platform reports it.
 class LastClient {
@@ -143,15 +128,9 @@ private:
 // Runs an action once on the calling thread when a call waits there, as the call of a second client
 // or an event handler would come in; with a caption, once a window with that has been there for a
 // moment, so that the timers of its dialog had their turn.
-class DuringWait {
+class DuringWait : Robot {
 public:
-    explicit DuringWait(std::function<void()> action, std::wstring caption = {});
-    ~DuringWait();
-    DuringWait(const DuringWait&) = delete;
-    DuringWait& operator=(const DuringWait&) = delete;
-
-private:
-    UINT_PTR timer_;
+    explicit DuringWait(std::function<void()> action, const std::wstring& caption = {});
 };
 
 } // namespace quill::test

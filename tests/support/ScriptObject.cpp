@@ -107,12 +107,6 @@ Arg::Arg(const VARIANT& other)
     Check(VariantCopy(&value, const_cast<VARIANT*>(&other)));
 }
 
-Arg::Arg(VARIANT* variable)
-{
-    V_VT(&value) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&value) = variable;
-}
-
 bool operator==(const Value& left, const Arg& right)
 {
     const VARTYPE kind = V_VT(&right.value);
@@ -125,42 +119,28 @@ bool operator==(const Value& left, const Arg& right)
                   0) == static_cast<HRESULT>(VARCMP_EQ);
 }
 
-Missing::operator Arg() const
+Value ScriptObject::Run(WORD flags, const wchar_t* name, const std::vector<Arg>& arguments)
 {
-    Arg missing;
-    V_VT(&missing.value) = VT_ERROR;
-    V_ERROR(&missing.value) = DISP_E_PARAMNOTFOUND;
-    return missing;
-}
-
-Value ScriptObject::Invoke(WORD flags, const wchar_t* name, Arguments& arguments)
-{
-    std::vector<LPOLESTR> names{const_cast<wchar_t*>(name)};
-    for (const Named& argument : arguments.named)
-        names.push_back(const_cast<wchar_t*>(argument.name));
-    std::vector<DISPID> ids(names.size());
-    const HRESULT found = object_->GetIDsOfNames(
-        IID_NULL, names.data(), static_cast<UINT>(names.size()), LOCALE_USER_DEFAULT, ids.data());
+    DISPID member = DISPID_UNKNOWN;
+    auto* spelled = const_cast<wchar_t*>(name);
+    const HRESULT found =
+        object_->GetIDsOfNames(IID_NULL, &spelled, 1, LOCALE_USER_DEFAULT, &member);
     if (FAILED(found)) throw ScriptError{static_cast<unsigned>(found), {}, {}};
 
-    // The platform wants arguments last to first, the named ones in front with their ids.
-    std::vector<VARIANT> values;
-    for (const Named& argument : arguments.named)
-        values.push_back(argument.value.value);
-    for (size_t index = arguments.ordinary.size(); index-- > 0;)
-        values.push_back(arguments.ordinary[index].value);
-    const DISPID member = ids.front();
-    ids.erase(ids.begin());
-    if (flags & DISPATCH_PROPERTYPUT) ids.insert(ids.begin(), DISPID_PROPERTYPUT);
-    DISPPARAMS parameters{values.data(), ids.data(), static_cast<UINT>(values.size()),
-                          static_cast<UINT>(ids.size())};
+    std::vector<VARIANT> values; // the platform wants them last to first
+    for (size_t index = arguments.size(); index-- > 0;)
+        values.push_back(arguments[index].value);
+    const bool puts = flags & DISPATCH_PROPERTYPUT;
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{values.data(), puts ? &put : nullptr, static_cast<UINT>(values.size()),
+                          puts ? 1U : 0U};
 
     Value result;
     EXCEPINFO exception{};
     UINT badArgument = 0;
     const HRESULT invoked =
         object_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-                        flags & DISPATCH_PROPERTYPUT ? nullptr : &result, &exception, &badArgument);
+                        puts ? nullptr : &result, &exception, &badArgument);
     if (invoked == DISP_E_EXCEPTION) {
         if (exception.pfnDeferredFillIn) exception.pfnDeferredFillIn(&exception);
         SysFreeString(exception.bstrHelpFile);

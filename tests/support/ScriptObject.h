@@ -3,7 +3,6 @@
 //     ScriptObject profile = ScriptObject::Make(L"Profile");
 //     profile.Put(L"File", path);
 //     EXPECT_EQ(profile.Call(L"GetValue", L"section", L"key"), L"value");
-//     EXPECT_EQ(profile.Call(L"GetSection", L"section", Named{L"cvt", false}), text);
 //     EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", L"?"); }),
 //               (ScriptError{0x8004033F, L"Quill.Profile", L"Profile not found: ?"}));
 #pragma once
@@ -54,6 +53,15 @@ void PrintTo(const Value& value, std::ostream* out);
 // For a failure's message: type, and the beginning of a text.
 std::string Describe(const VARIANT& value);
 
+// A variable with a type of its own, or an array, as typed languages pass it by reference.
+inline Variant Reference(int type, void* variable)
+{
+    Variant reference;
+    V_BYREF(&reference) = variable;
+    V_VT(&reference) = static_cast<VARTYPE>(VT_BYREF | type);
+    return reference;
+}
+
 // A value on its way into a call. Text, whole numbers (int: VT_I4, short: VT_I2), truth values,
 // doubles, objects and Variants convert by themselves; a pointer to a Variant is passed by
 // reference, as a script passes its own variable.
@@ -70,21 +78,8 @@ struct Arg {
     Arg(bool truth) : value(truth) {}
     Arg(IDispatch* object) : value(object) {}
     Arg(const VARIANT& other);
-    Arg(VARIANT* variable);
-
-private:
-    friend struct Missing;
-    Arg() = default;
+    Arg(VARIANT* variable) { value = Reference(VT_VARIANT, variable); }
 };
-
-// A variable with a type of its own, or an array, as typed languages pass it by reference.
-inline Variant Reference(int type, void* variable)
-{
-    Variant reference;
-    V_BYREF(&reference) = variable;
-    V_VT(&reference) = static_cast<VARTYPE>(VT_BYREF | type);
-    return reference;
-}
 
 // A script's array: of Variants, from 0 on, or from another lower bound.
 template <class... Elements>
@@ -99,17 +94,6 @@ Variant StartingAt(LONG lower, Variant array);
 
 // Equal in kind and value: text with text, True with True, whole numbers of any size.
 bool operator==(const Value& left, const Arg& right);
-
-// The place of an optional argument that the script leaves out: `o.Method 1, , 3`.
-struct Missing {
-    operator Arg() const;
-};
-
-// A named argument; all of them follow the ordinary ones.
-struct Named {
-    const wchar_t* name;
-    Arg value;
-};
 
 class ScriptObject {
 public:
@@ -140,22 +124,14 @@ public:
     void Release() { object_.Reset(); }
 
 private:
-    struct Arguments {
-        std::vector<Arg> ordinary;
-        std::vector<Named> named;
-
-        void Add(Named argument) { named.push_back(std::move(argument)); }
-        void Add(Arg argument) { ordinary.push_back(std::move(argument)); }
-    };
-
     template <class... Given>
     Value Invoke(WORD flags, const wchar_t* name, Given&&... given)
     {
-        Arguments arguments;
-        (arguments.Add(std::forward<Given>(given)), ...);
-        return Invoke(flags, name, arguments);
+        std::vector<Arg> arguments;
+        (arguments.emplace_back(std::forward<Given>(given)), ...);
+        return Run(flags, name, arguments);
     }
-    Value Invoke(WORD flags, const wchar_t* name, Arguments& arguments);
+    Value Run(WORD flags, const wchar_t* name, const std::vector<Arg>& arguments);
 
     ComPtr<IDispatch> object_;
 };

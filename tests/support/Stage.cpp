@@ -1,5 +1,7 @@
 #include "support/Stage.h"
 
+#include <commctrl.h>
+
 #include <map>
 #include <mutex>
 #include <sstream>
@@ -10,6 +12,7 @@
 #include "core/Catalogue.h"
 #include "core/Registration.h"
 #include "dialogs/FileDialog.h"
+#include "dialogs/FolderDialog.h"
 #include "dialogs/MessageBox.h"
 #include "dialogs/TaskDialog.h"
 #include "dialogs/frmDrives.h"
@@ -190,12 +193,43 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
     for (const wchar_t* entry = dialog->lpstrFilter; entry && *entry; entry += wcslen(entry) + 1)
         filter += (filter.empty() ? L"" : L",") + std::wstring(entry);
     Tell(save ? L"save" : L"open",
-         Named({{L"in", dialog->lpstrInitialDir},
+         Named({{L"file", *dialog->lpstrFile ? dialog->lpstrFile : nullptr},
+                {L"in", dialog->lpstrInitialDir},
                 {L"extension", dialog->lpstrDefExt},
                 {L"title", dialog->lpstrTitle},
                 {L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr}}));
     SetCurrentDirectoryW(L"C:\\windows"); // as the platform's own does
-    return FALSE;
+    if (!AnswerOf(L"files", FALSE)) return FALSE;
+    wcscpy(dialog->lpstrFile, L"D:\\long enough.txt");
+    return TRUE;
+}
+
+std::wstring ShowFolders(const FolderRequest& request)
+{
+    if (!AnswerOf(L"folders", TRUE)) return FolderDialogs().show(request);
+    Tell(L"folder", Named({{L"in", request.start.c_str()}}));
+    return L"C:\\new";
+}
+
+// What controls of this thread are sent: keys, and the balloons of fields, of which Wine shows
+// none.
+LRESULT CALLBACK TellMessage(int code, WPARAM wParam, LPARAM lParam)
+{
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    if (code == HC_ACTION && sent.message == WM_KEYDOWN) Tell(L"key", sent.wParam);
+    if (code == HC_ACTION && sent.message == EM_SHOWBALLOONTIP) {
+        const auto& tip = *reinterpret_cast<const EDITBALLOONTIP*>(sent.lParam);
+        Tell(L"balloon", tip.ttiIcon, Named({{L"title", tip.pszTitle}, {L"text", tip.pszText}}),
+             tip.cbStruct == 16 ? L"" : L"wrong");
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+HHOOK messages;
+
+void HearMessages()
+{
+    messages = SetWindowsHookExW(WH_CALLWNDPROC, TellMessage, nullptr, GetCurrentThreadId());
 }
 
 // Wine's taskbar shows nothing.
@@ -380,6 +414,8 @@ const std::map<std::wstring, void (*)()> kSeams{
     {L"drives", Put<DriveFunctions, NameOf>},
     {L"event", Put<EventLogFunctions, ReportEvent>},
     {L"files", Put<FileDialogs, ShowFiles>},
+    {L"folders", Put<FolderDialogs, ShowFolders>},
+    {L"messages", HearMessages},
     {L"foreground", Put<Foreground, Front, SetFront, AllowFront, Flash, Alert>},
     {L"machine",
      Put<MachineFunctions, JoinInformation, FreeBuffer, FirmwareType, FirmwareVariable>},
@@ -405,8 +441,10 @@ void Restore()
 Stage::~Stage()
 {
     Restore<AnswerSecond, CallerFunctions, DriveFunctions, EventLogFunctions, FileDialogs,
-            Foreground, IconFunctions, MachineFunctions, MessageBoxFunctions, NotifyIconFunctions,
-            ShellDialogs, SoundFunctions, StationFunctions, Taskbars, TaskDialogFunctions>();
+            FolderDialogs, Foreground, IconFunctions, MachineFunctions, MessageBoxFunctions,
+            NotifyIconFunctions, ShellDialogs, SoundFunctions, StationFunctions, Taskbars,
+            TaskDialogFunctions>();
+    UnhookWindowsHookEx(std::exchange(messages, nullptr));
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
     Told();
