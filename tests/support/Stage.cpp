@@ -193,6 +193,7 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
     for (const wchar_t* entry = dialog->lpstrFilter; entry && *entry; entry += wcslen(entry) + 1)
         filter += (filter.empty() ? L"" : L",") + std::wstring(entry);
     Tell(save ? L"save" : L"open",
+         dialog->Flags & OFN_ALLOWMULTISELECT ? std::to_wstring(dialog->nMaxFile) : L"",
          Named({{L"file", *dialog->lpstrFile ? dialog->lpstrFile : nullptr},
                 {L"in", dialog->lpstrInitialDir},
                 {L"extension", dialog->lpstrDefExt},
