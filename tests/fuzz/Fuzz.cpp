@@ -294,6 +294,10 @@ private:
         const Bstr source(exception.bstrSource);
         const Bstr description(exception.bstrDescription);
         const Bstr help(exception.bstrHelpFile);
+        if (code == DISP_E_EXCEPTION && !unheard)
+            current += "; raises " + std::to_string(exception.scode) + ' ' +
+                       (source ? test::Narrow(source.get()) : "") + ": " +
+                       (description ? test::Narrow(description.get()) : "");
         // Where memory is short there is none for a text either.
         if (code == DISP_E_EXCEPTION && !unheard && exception.scode != E_OUTOFMEMORY &&
             ((SUCCEEDED(exception.scode) && exception.wCode == 0) || !description || !source ||
