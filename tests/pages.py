@@ -37,8 +37,8 @@ def script_type(name):
 
 # --- The interface: class -> [(name, 'propget', 'propput' or '', type, signature, parameters)]
 
-source = subprocess.run(['cpp', '-P', '-undef', '-w', ROOT / 'src/core/quill.idl'], capture_output=True,
-                        text=True, check=True).stdout
+preprocess = ['i686-w64-mingw32-cpp-posix', '-P', '-undef', '-w', ROOT / 'src/core/quill.idl']
+source = subprocess.run(preprocess, capture_output=True, text=True, check=True).stdout
 source = re.sub(r',?\s*helpstring\("(\\.|[^"])*"\)', '', source)
 fingerprint = hashlib.sha256(' '.join(source.split()).encode()).hexdigest()[:16]
 if fingerprint != FINGERPRINT:
