@@ -128,6 +128,7 @@ struct Member {
     DISPID id;
     INVOKEKIND access;
     std::string name;
+    VARTYPE result;
     std::vector<VARTYPE> parameters; // of references, what is behind
 };
 
@@ -139,7 +140,11 @@ std::vector<Member> MembersOf(ITypeInfo* info)
     for (UINT place = 0; SUCCEEDED(info->GetFuncDesc(place, &function)); ++place) {
         BSTR name = nullptr;
         Check(info->GetDocumentation(function->memid, &name, nullptr, nullptr, nullptr));
-        Member member{function->memid, function->invkind, test::Narrow(test::Taken(name)), {}};
+        Member member{function->memid,
+                      function->invkind,
+                      test::Narrow(test::Taken(name)),
+                      function->elemdescFunc.tdesc.vt,
+                      {}};
         for (SHORT index = 0; index < function->cParams; ++index) {
             const TYPEDESC& type = function->lprgelemdescParam[index].tdesc;
             const VARTYPE kind = type.vt == VT_PTR ? type.lptdesc->vt : type.vt;
@@ -317,7 +322,7 @@ private:
             }
         }
         if (V_ISBYREF(&result)) Fail("a result that refers to a variable");
-        if (V_VT(&result) == VT_BOOL && V_BOOL(&result) != VARIANT_TRUE &&
+        if (member.result == VT_BOOL && V_BOOL(&result) != VARIANT_TRUE &&
             V_BOOL(&result) != VARIANT_FALSE)
             Fail("neither True nor False");
         // A file that a call opened is called from now on, too.
