@@ -158,11 +158,9 @@ private:
     const Variant length_;
 };
 
-// The lowest row of a control with something drawn on the screen; -1 when it is empty.
-int LowestInk(HWND control)
+// A control as it is drawn on the screen, row by row.
+std::vector<DWORD> PixelsOf(HWND control, const RECT& area)
 {
-    RECT area{};
-    GetClientRect(control, &area);
     const Owned<HBITMAP, DeleteObject> bitmap(
         CreateBitmap(area.right, area.bottom, 1, 32, nullptr));
     const Owned<HDC, DeleteDC> device(CreateCompatibleDC(nullptr));
@@ -172,9 +170,30 @@ int LowestInk(HWND control)
     ReleaseDC(control, shown);
     std::vector<DWORD> pixels(static_cast<size_t>(area.right * area.bottom));
     GetBitmapBits(bitmap.get(), area.right * area.bottom * 4, pixels.data());
-    const auto ink = std::find_if(pixels.rbegin(), pixels.rend(),
-                                  [&](DWORD pixel) { return pixel != pixels.back(); });
-    return (pixels.rend() - ink + area.right - 1) / area.right - 1;
+    return pixels;
+}
+
+// The lowest row, or the last column, with something drawn; -1 when the control is empty.
+LONG Ink(HWND control, bool column)
+{
+    RECT area{};
+    GetClientRect(control, &area);
+    const std::vector<DWORD> pixels = PixelsOf(control, area);
+    LONG last = -1;
+    for (LONG index = 0; index < area.right * area.bottom; ++index)
+        if (pixels[static_cast<size_t>(index)] != pixels.back())
+            last = std::max(last, column ? index % area.right : index / area.right);
+    return last;
+}
+
+// A number that differs where something else is drawn.
+size_t Picture(HWND control)
+{
+    RECT area{};
+    GetClientRect(control, &area);
+    const std::vector<DWORD> pixels = PixelsOf(control, area);
+    return std::hash<std::string_view>()(
+        {reinterpret_cast<const char*>(pixels.data()), pixels.size() * sizeof pixels[0]});
 }
 
 // A click on the icon in the notification area: on the taskbar, or in the tray that Wine shows
@@ -221,6 +240,17 @@ LRESULT CALLBACK RefuseWindows(int code, WPARAM window, LPARAM more)
     if (code == HCBT_CREATEWND && Desk::ClassOf(reinterpret_cast<HWND>(window)) == refused)
         return 1;
     return CallNextHookEx(nullptr, code, window, more);
+}
+
+thread_local UINT watched = 0;
+thread_local std::wstring noted;
+
+LRESULT CALLBACK NoteMessage(int code, WPARAM current, LPARAM more)
+{
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(more);
+    if (sent.message == watched)
+        noted += std::to_wstring(sent.wParam) + L' ' + std::to_wstring(sent.lParam) + L';';
+    return CallNextHookEx(nullptr, code, current, more);
 }
 
 } // namespace
@@ -318,7 +348,7 @@ Host::Host(Script script)
     // The object's clients die, as the platform reports it.
     Add(L"Orphan", [](IDispatch* object) { LastClient(object).Die(); });
 
-    // Windows. Previous is in the order of the tab key; PlaceOf is within the parent.
+    // Windows. Previous is in the order of the tab key.
     Add(L"IsAbove", [](HWND window, HWND other) {
         while (window && window != other)
             window = GetWindow(window, GW_HWNDNEXT);
@@ -328,14 +358,23 @@ Host::Host(Script script)
     Add(L"ClassAt", [](LONG x, LONG y) { return Desk::ClassOf(WindowFromPoint({x, y})); });
     Add(L"ClickTray", ClickTray);
     Add(L"TrayIcons", TrayIcons);
-    Add(L"LowestInk", LowestInk);
+    Add(L"LowestInk", [](HWND control) { return Ink(control, false); });
+    Add(L"LastInk", [](HWND control) { return Ink(control, true); });
+    Add(L"Picture", Picture);
+    Add(L"Focused", [] { return Desk::ClassOf(GetFocus()); });
+    // Notes messages of this number on this thread from now on; what they carried so far.
+    Add(L"Watch", [](UINT message) {
+        static const HHOOK hook =
+            SetWindowsHookExW(WH_CALLWNDPROC, NoteMessage, nullptr, GetCurrentThreadId());
+        watched = hook ? message : 0;
+        return std::exchange(noted, {});
+    });
     Add(L"MenuText", [](HWND menu, UINT index) {
         wchar_t text[256]{};
         const LRESULT handle = SendMessageW(menu, MN_GETHMENU, 0, 0);
         GetMenuStringW(reinterpret_cast<HMENU>(handle), index, text, 256, MF_BYPOSITION);
         return std::wstring(text);
     });
-    // A monitor of another resolution, with the place that the platform suggests there.
     Add(L"Place", PlaceIn);
     // The places of a window's visible controls, in the order of the tab key.
     Add(L"Layout", [](HWND window) {
@@ -365,17 +404,6 @@ Host::Host(Script script)
         const COLORREF color = GetTextColor(device);
         ReleaseDC(control, device);
         return color;
-    });
-    Add(L"MoveToMonitor", [](HWND window, int resolution, int width, int height) {
-        RECT suggested{0, 0, width, height};
-        SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
-                     reinterpret_cast<LPARAM>(&suggested));
-    });
-    Add(L"PlaceOf", [](HWND window) {
-        RECT place = Desk::PlaceOf(window);
-        MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&place), 2);
-        return std::to_wstring(place.left) + L',' + std::to_wstring(place.top) + L' ' +
-               std::to_wstring(place.right) + L',' + std::to_wstring(place.bottom);
     });
     Add(L"Refuse", [](std::wstring windowClass) {
         static const HHOOK hook =
