@@ -376,6 +376,14 @@ Host::Host(Script script)
         return std::wstring(text);
     });
     Add(L"Place", PlaceIn);
+    // How far a window's edges together are off from those of the room for windows.
+    Add(L"FromCentre", [](HWND window) {
+        RECT area{};
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+        const RECT place = Desk::PlaceOf(window);
+        return std::to_wstring(place.left + place.right - area.left - area.right) + L' ' +
+               std::to_wstring(place.top + place.bottom - area.top - area.bottom);
+    });
     // The places of a window's visible controls, in the order of the tab key.
     Add(L"Layout", [](HWND window) {
         std::wstring text;
