@@ -1,19 +1,10 @@
 #include "core/quillfn.h"
 
-#include "core/Apartment.h"
-#include "core/Paths.h"
 #include "core/Text.h"
 
 namespace quill {
 
 namespace {
-
-// Where bare file names are looked for: beside the program, else in the current directory.
-std::wstring HomeFolder()
-{
-    const std::wstring beside = FolderOf(ThisApartment().programPath);
-    return beside.empty() ? CurrentFolder() : beside;
-}
 
 bool IsNumeric(const VARIANT& value) noexcept
 {
@@ -60,11 +51,9 @@ bool IsArrayByReference(const VARIANT& value) noexcept
     return (V_VT(&value) & (VT_ARRAY | VT_BYREF)) == (VT_ARRAY | VT_BYREF);
 }
 
-bool FileExists(std::wstring& path, bool resolve) noexcept
+bool FileExists(const std::wstring& path) noexcept
 {
     try {
-        if (resolve && !path.empty() && PathIsFileSpecW(path.c_str()))
-            path = WithTrailingBackslash(HomeFolder()) + path;
         const std::string ansi = ToAnsi(path);
         // Kept as published: no name outside the code page exists. The conversion may have put
         // similar letters in place of what the code page lacks.

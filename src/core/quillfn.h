@@ -22,10 +22,9 @@ short ElementCount(const VARIANT& array);
 // True for an array that was passed by reference.
 bool IsArrayByReference(const VARIANT& value) noexcept;
 
-// True when the path names something, folders included. With `resolve`, a bare file name is first
-// rewritten in `path` to lie in the program's folder (or the current directory). The question goes
-// to GetFileAttributesA, so a name outside the ANSI code page does not exist.
-bool FileExists(std::wstring& path, bool resolve) noexcept;
+// True when the path names something, folders included. The question goes to GetFileAttributesA, so
+// a name outside the ANSI code page does not exist.
+bool FileExists(const std::wstring& path) noexcept;
 
 // The folder with a backslash at its end; an empty string stays empty.
 std::wstring WithTrailingBackslash(std::wstring folder);

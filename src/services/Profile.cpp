@@ -33,8 +33,7 @@ CREATABLE(Profile)
 
 void Profile::SetFile(const std::wstring& path)
 {
-    std::wstring tested = path;
-    if (FileExists(tested, false))
+    if (FileExists(path))
         file_ = path;
     else
         Refuse(kProfileNotFound, path);
