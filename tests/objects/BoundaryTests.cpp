@@ -7,7 +7,9 @@
 #include "core/Apartment.h"
 #include "core/ApartmentPool.h"
 #include "core/Automation.h"
+#include "core/Catalogue.h"
 #include "core/quillfn.h"
+#include "support/Reaction.h"
 #include "support/ScriptObject.h"
 
 namespace quill::test {
@@ -71,7 +73,8 @@ TEST(Boundary, TurnsExceptionsIntoErrorsOfScripts)
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(ErrorOf([&] { Told(probe, text); }), expected) << Narrow(text);
     const ScriptError platform = ErrorOf([&] { Told(probe, L"platform"); });
-    EXPECT_TRUE(platform.number == 0x80070002 && !platform.description.empty());
+    EXPECT_TRUE(platform.number == 0x80070002 && platform.description.size() > 1);
+    EXPECT_GT(platform.description.back(), L' ');
     EXPECT_EQ(ErrorOf([&] { probe.Call(L"NoSuchMember"); }).number, 0x80020006u);
 }
 
@@ -89,8 +92,14 @@ TEST(Boundary, ChecksAndInitialisesWhereResultsGo)
     ASSERT_EQ(probe->get_Text(&result), S_OK);
     EXPECT_EQ(Taken(result), L"12345678");
 
-    // Nobody fetches the information on this error, which explains none that comes later.
+    ComPtr<IErrorInfo> info;
+    IID raiser{};
     ASSERT_EQ(probe->put_Text(MakeBstr(L"raise").get()), S_OK);
+    EXPECT_EQ(probe->get_Text(&result), ErrorNumber(0x80040335));
+    ASSERT_EQ(GetErrorInfo(0, &info), S_OK);
+    EXPECT_TRUE(SUCCEEDED(info->GetGUID(&raiser)) && raiser == IID__Clipboard);
+
+    // Nobody fetches the information on this error, which explains none that comes later.
     EXPECT_EQ(probe->get_Text(&result), ErrorNumber(0x80040335));
     ScriptObject other(new Probe);
     EXPECT_EQ(ErrorOf([&] { Told(other, L"memory"); }), ScriptError(0x8007000E, L"", L""));
@@ -105,6 +114,90 @@ TEST(Boundary, ObjectsOutliveTheCallThatTheirClientLeaves)
     EXPECT_EQ(probe.Detach()->get_Text(&result), S_OK);
     EXPECT_EQ(Taken(result), L"here");
     EXPECT_EQ(Probe::alive, alive);
+}
+
+TEST(Boundary, EveryClassSaysWhichItIs)
+{
+    for (const CatalogueRow& row : kCatalogue) {
+        SCOPED_TRACE(Narrow(row.name));
+        ComPtr<IProvideClassInfo2> object;
+        ComPtr<IConnectionPointContainer> events;
+        ComPtr<ISupportErrorInfo> errors;
+        ComPtr<ITypeInfo> info;
+        TYPEATTR* type = nullptr;
+        Bstr name;
+        GUID id = row.id;
+        Check(CreateHere(row, IID_PPV_ARGS(&object)));
+        Check(object->GetClassInfo(&info));
+        Check(info->GetTypeAttr(&type));
+        EXPECT_TRUE(type->guid == row.id);
+        info->ReleaseTypeAttr(type);
+        const HRESULT raises = object.As(&events);
+        EXPECT_EQ(object->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id),
+                  SUCCEEDED(raises) ? S_OK : E_UNEXPECTED);
+        EXPECT_EQ(id == GUID_NULL, FAILED(raises));
+        EXPECT_EQ(object->GetGUID(0, &id), E_INVALIDARG);
+        ComPtr<IDispatch> dispatch;
+        Check(object.As(&dispatch));
+        EXPECT_EQ(dispatch->GetTypeInfo(1, 0, &info), DISP_E_BADINDEX);
+        Check(dispatch->GetTypeInfo(0, 0, &info));
+        Check(info->GetDocumentation(MEMBERID_NIL, Into(name), nullptr, nullptr, nullptr));
+        EXPECT_EQ(name.get(), std::wstring(L"_") + row.name);
+        Check(info->GetTypeAttr(&type));
+        Check(object.As(&errors));
+        EXPECT_EQ(errors->InterfaceSupportsErrorInfo(type->guid), S_OK);
+        EXPECT_EQ(errors->InterfaceSupportsErrorInfo(row.id), S_FALSE);
+        info->ReleaseTypeAttr(type);
+    }
+    Bstr help;
+    Check(TypeLibrary()->GetDocumentation(-1, nullptr, nullptr, nullptr, Into(help)));
+    EXPECT_TRUE(std::wstring_view(help.get()).ends_with(L"quill.chm"));
+}
+
+TEST(Boundary, ClientsSeeTheirConnections)
+{
+    Reaction sinks[]{Reaction([] {}), Reaction([] {}), Reaction([] {})};
+    ScriptObject clock = ScriptObject::Make(L"Clock");
+    for (Reaction& sink : sinks)
+        sink.Hear(clock.Dispatch());
+    ComPtr<IConnectionPoint> point = PointOf(clock.Dispatch());
+    ComPtr<IConnectionPointContainer> owner;
+    ComPtr<IEnumConnections> all;
+    ComPtr<IEnumConnections> rest;
+    Check(point->GetConnectionPointContainer(&owner));
+    Check(point->EnumConnections(&all));
+    const auto next = [](const ComPtr<IEnumConnections>& connections) {
+        CONNECTDATA data{};
+        if (connections->Next(1, &data, nullptr) == S_OK) data.pUnk->Release();
+        return data.dwCookie;
+    };
+    EXPECT_EQ(all->Skip(2), S_OK);
+    Check(all->Clone(&rest));
+    EXPECT_EQ(all->Skip(1), S_OK);
+    EXPECT_EQ(all->Skip(1), S_FALSE);
+    EXPECT_EQ(next(all), 0u);
+    EXPECT_EQ(next(rest), sinks[2].cookie);
+    Check(all->Reset());
+    EXPECT_EQ(next(all), sinks[0].cookie);
+    DWORD cookie = 5;
+    EXPECT_EQ(point->Advise(all.Get(), &cookie), CONNECT_E_CANNOTCONNECT);
+    EXPECT_EQ(cookie, 0u);
+
+    for (const HRESULT gone : {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), RPC_E_SERVER_DIED,
+                               RPC_E_SERVER_DIED_DNE, CO_E_OBJNOTCONNECTED}) {
+        Reaction dead([] {});
+        dead.result = gone;
+        dead.Hear(clock.Dispatch());
+        for (int round = 1; round <= 2; ++round) {
+            const int heard = sinks[2].calls;
+            clock.Call(L"SetTimer", 1);
+            EXPECT_TRUE(PumpUntil([&] { return sinks[2].calls > heard; }));
+            EXPECT_EQ(dead.calls, 1) << gone;
+        }
+    }
+    point.Reset();
+    clock.Release();
+    EXPECT_EQ((owner->AddRef(), owner->Release()), 1u);
 }
 
 // Beyond the limit each gets a second one; then the one with fewer is the next.
@@ -168,6 +261,7 @@ TEST(Apartment, TriesAgainForAWhileWhenAClientIsBusy)
     CoRegisterMessageFilter(filter.Get(), nullptr);
     EXPECT_EQ(filter->RetryRejectedCall(nullptr, 2'900, SERVERCALL_RETRYLATER), 100u);
     EXPECT_EQ(filter->RetryRejectedCall(nullptr, 3'000, SERVERCALL_RETRYLATER), DWORD(-1));
+    EXPECT_EQ(filter->MessagePending(nullptr, 0, 0), DWORD{PENDINGMSG_WAITDEFPROCESS});
     EXPECT_EQ(filter->HandleInComingCall(CALLTYPE_NESTED, nullptr, 0, nullptr),
               DWORD{SERVERCALL_ISHANDLED});
 }
