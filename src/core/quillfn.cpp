@@ -4,27 +4,6 @@
 
 namespace quill {
 
-namespace {
-
-bool IsNumeric(const VARIANT& value) noexcept
-{
-    if (V_VT(&value) == VT_BSTR) {
-        double number;
-        return SUCCEEDED(VarR8FromStr(V_BSTR(&value), LOCALE_USER_DEFAULT, 0, &number));
-    }
-    return V_VT(&value) == VT_EMPTY || IsNumericType(V_VT(&value));
-}
-
-// True when left <= right as automation compares Variants.
-bool NotAbove(const VARIANT& left, const VARIANT& right) noexcept
-{
-    const HRESULT order =
-        VarCmp(const_cast<VARIANT*>(&left), const_cast<VARIANT*>(&right), LOCALE_USER_DEFAULT, 0);
-    return order == static_cast<HRESULT>(VARCMP_LT) || order == static_cast<HRESULT>(VARCMP_EQ);
-}
-
-} // namespace
-
 void Raise(HRESULT number, const std::wstring& source, const std::wstring& description)
 {
     throw AutomationError{number, source, description};
@@ -68,11 +47,6 @@ std::wstring WithTrailingBackslash(std::wstring folder)
 {
     if (!folder.empty() && folder.back() != L'\\') folder += L'\\';
     return folder;
-}
-
-bool InRange(const VARIANT& value, const VARIANT& low, const VARIANT& high) noexcept
-{
-    return IsNumeric(value) && NotAbove(low, value) && NotAbove(value, high);
 }
 
 } // namespace quill

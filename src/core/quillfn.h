@@ -29,9 +29,6 @@ bool FileExists(const std::wstring& path) noexcept;
 // The folder with a backslash at its end; an empty string stays empty.
 std::wstring WithTrailingBackslash(std::wstring folder);
 
-// True when the value is numeric and lies within both limits, compared as automation does.
-bool InRange(const VARIANT& value, const VARIANT& low, const VARIANT& high) noexcept;
-
 constexpr bool InRange(long value, long low, long high) noexcept
 {
     return low <= value && value <= high;
