@@ -68,17 +68,20 @@ TEST(StartModes, HelpBox)
 // The registry knows no server here, so it is this process that serves, or none.
 TEST(StartModes, TheAutomationRuntimeIsServedWhateverElseIsAsked)
 {
-    const Program server(L"quill.exe", L"/? -Embedding");
-    ComPtr<IClassFactory> factory;
-    Desk().WaitFor(L"the class object", [&] {
-        return SUCCEEDED(
-            CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr, IID_PPV_ARGS(&factory)));
-    });
-    ComPtr<IDispatch> object;
-    ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
-    EXPECT_EQ(server.Wait(0), DWORD{STILL_ACTIVE});
-    SendMessageW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0);
-    EXPECT_EQ(server.Wait(kDeadline), 0u);
+    for (const wchar_t* commandLine : {L"/? -Embedding", L"/Automation /regserver"}) {
+        const Program server(L"quill.exe", commandLine);
+        ComPtr<IClassFactory> factory;
+        Desk().WaitFor(L"the class object", [&] {
+            return SUCCEEDED(CoGetClassObject(CLSID_Profile, CLSCTX_LOCAL_SERVER, nullptr,
+                                              IID_PPV_ARGS(&factory)));
+        });
+        ComPtr<IDispatch> object;
+        ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
+        EXPECT_EQ(server.Wait(0), DWORD{STILL_ACTIVE});
+        SendMessageW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0);
+        EXPECT_EQ(server.Wait(kDeadline), 0u);
+        EXPECT_FALSE(IsRegistered());
+    }
 }
 
 } // namespace

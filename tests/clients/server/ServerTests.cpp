@@ -165,9 +165,18 @@ TEST(RunningServer, SurvivesKilledClients)
     }
 }
 
+HWND ServerWindow()
+{
+    return FindWindowW(L"quill.Server", nullptr);
+}
+
 Event ServerProcess()
 {
-    const auto id = static_cast<DWORD>(Remote(L"Me").Get(L"ProcessID").Number());
+    ScriptObject server = Remote(L"Me");
+    DWORD id = 0;
+    EXPECT_EQ(server.Get(L"ThreadID"),
+              static_cast<long>(GetWindowThreadProcessId(ServerWindow(), &id)));
+    EXPECT_EQ(server.Get(L"ProcessID"), static_cast<long>(id));
     return Event(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id));
 }
 
@@ -213,7 +222,7 @@ TEST(RunningServer, EndsWithTheSession)
         }
         return all;
     };
-    PostMessageW(FindWindowW(L"quill.Server", nullptr), WM_CLOSE, 0, 0); // means others
+    PostMessageW(ServerWindow(), WM_CLOSE, 0, 0); // means others
     EXPECT_TRUE(send(WM_QUERYENDSESSION, 0));
     send(WM_ENDSESSION, FALSE); // another program has objected
     for (const Script& script : scripts)
@@ -239,8 +248,7 @@ TEST(RunningServer, EndsWithTheSessionThoughAClientDoesNotAnswer)
     const Client client(L"Clock.SetTimer 20 : Clock.Wait |");
     ASSERT_TRUE(client.Ready());
     const ULONGLONG begin = GetTickCount64();
-    SendMessageTimeoutW(FindWindowW(L"quill.Server", nullptr), WM_ENDSESSION, TRUE, 0, SMTO_NORMAL,
-                        10'000, nullptr);
+    SendMessageTimeoutW(ServerWindow(), WM_ENDSESSION, TRUE, 0, SMTO_NORMAL, 10'000, nullptr);
     EXPECT_EQ(ExitCode(process, 10'000), 1u);
     EXPECT_LT(GetTickCount64() - begin, 5'000u);
     ExpectServer();
