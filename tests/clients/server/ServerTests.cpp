@@ -64,8 +64,6 @@ public:
     {
         if (!Returned()) Answer();
     }
-    Script(const Script&) = delete;
-    Script& operator=(const Script&) = delete;
 
     void Answer()
     {
