@@ -171,11 +171,16 @@ TEST(Boundary, ClientsSeeTheirConnections)
     for (Reaction& sink : sinks)
         sink.Hear(clock.Dispatch());
     ComPtr<IConnectionPoint> point = PointOf(clock.Dispatch());
+    ComPtr<IConnectionPoint> other;
     ComPtr<IConnectionPointContainer> owner;
     ComPtr<IEnumConnections> all;
     ComPtr<IEnumConnections> rest;
     Check(point->GetConnectionPointContainer(&owner));
     Check(point->EnumConnections(&all));
+    IID events;
+    Check(point->GetConnectionInterface(&events));
+    EXPECT_EQ(owner->FindConnectionPoint(events, &point), S_OK);
+    EXPECT_EQ(owner->FindConnectionPoint(IID_IDispatch, &other), CONNECT_E_NOCONNECTION);
     const auto next = [](const ComPtr<IEnumConnections>& connections) {
         CONNECTDATA data{};
         if (connections->Next(1, &data, nullptr) == S_OK) data.pUnk->Release();
