@@ -26,6 +26,8 @@ TEST(Conversions, TruthIsMinusOneAndAnythingButZero)
     EXPECT_EQ(sent, VARIANT_TRUE);
     const auto take = [](VARIANT&) {};
     EXPECT_THROW(take(Argument<VARIANT*>{nullptr}), AutomationError);
+    Variant nowhere = OfType(VT_BYREF | VT_I4);
+    EXPECT_THROW(Assign(nowhere, Variant(1L)), AutomationError);
     EXPECT_EQ(ToText(Variant(true)), L"True");
     EXPECT_EQ(ToText(Variant(std::wstring_view(L"a\0b", 3))).size(), 3u);
 }
