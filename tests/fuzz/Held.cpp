@@ -2,6 +2,8 @@
 
 #include <tlhelp32.h>
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -28,6 +30,8 @@ public:
     STDMETHODIMP_(void*) PostAlloc(void* block) override { return task += !!block, block; }
     STDMETHODIMP_(void*) PreFree(void* block, BOOL spied) override
     {
+        if (const auto look = onFree.load(); look && block)
+            look(block, HeapSize(GetProcessHeap(), 0, block));
         return task -= block && spied, block;
     }
     STDMETHODIMP_(void) PostFree(BOOL) override {}
@@ -92,6 +96,8 @@ long TaskBlocks() noexcept
     return task;
 }
 
+std::atomic<void (*)(const void*, size_t)> onFree{nullptr};
+
 } // namespace quill::fuzz
 
 [[gnu::noinline]] void* operator new(size_t bytes)
@@ -104,6 +110,7 @@ long TaskBlocks() noexcept
 
 [[gnu::noinline]] void operator delete(void* block) noexcept
 {
+    if (const auto look = quill::fuzz::onFree.load(); look && block) look(block, _msize(block));
     quill::fuzz::own -= !!block;
     std::free(block);
 }

@@ -1,6 +1,9 @@
 // What this process holds at a moment.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
+
 namespace quill::fuzz {
 
 struct Held {
@@ -18,5 +21,8 @@ Held HeldNow();
 
 void CountTaskBlocks();
 long TaskBlocks() noexcept;
+
+// Sees each block of either kind before it is freed, task blocks once they are counted.
+extern std::atomic<void (*)(const void* block, size_t bytes)> onFree;
 
 } // namespace quill::fuzz
