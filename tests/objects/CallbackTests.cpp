@@ -82,7 +82,7 @@ TEST(ClockTest, AnOldTimerDoesNotRingForTheNewOne)
     ASSERT_GT(GetMessageW(&old, nullptr, WM_TIMER, WM_TIMER), 0);
     clock.Call(L"SetTimer", 60'000);
     DispatchMessageW(&old);
-    EXPECT_EQ(clock.Get(L"Running"), true);
+    EXPECT_TRUE(clock.Get(L"Running"));
 }
 
 // One that fails does not keep the next from hearing; one that is gone is dropped.

@@ -2,13 +2,12 @@
 //
 //     ScriptObject profile = ScriptObject::Make(L"Profile");
 //     profile.Put(L"File", path);
-//     EXPECT_EQ(profile.Call(L"GetValue", L"section", L"key"), L"value");
-//     EXPECT_EQ(ErrorOf([&] { profile.Put(L"File", L"?"); }),
-//               (ScriptError{0x8004033F, L"Quill.Profile", L"Profile not found: ?"}));
+//     EXPECT_EQ(profile.Call(L"GetValue", L"section", L"key").Text(), L"value");
+//
+// Most of what scripts do is a line of a table instead.
 #pragma once
 
 #include <exception>
-#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -22,33 +21,19 @@ struct ScriptError : std::exception {
     ScriptError() = default;
     ScriptError(unsigned raised, std::wstring by, std::wstring text);
     const char* what() const noexcept override { return message_.c_str(); }
-    bool operator==(const ScriptError& other) const
-    {
-        return number == other.number && source == other.source && description == other.description;
-    }
+    bool operator==(const ScriptError& other) const { return message_ == other.message_; }
 
     unsigned number = 0;
     std::wstring source;
     std::wstring description;
 
 private:
-    std::string message_;
+    std::string message_; // all of it
 };
-void PrintTo(const ScriptError& error, std::ostream* out);
-
-// A call's result.
-class Value : public Variant {
-public:
-    Value() = default;
-    explicit Value(Variant&& value) noexcept : Variant(std::move(value)) {}
-
-    std::wstring Text() const; // of a BSTR, all of it; anything else is a test failure by throw
-    bool Truth() const;        // of a VT_BOOL
-    long Number() const;       // of a whole number of any size
-    IDispatch* Object() const; // of a VT_DISPATCH
-    explicit operator bool() const { return Truth(); }
-};
-void PrintTo(const Value& value, std::ostream* out);
+inline void PrintTo(const ScriptError& error, std::ostream* out)
+{
+    *out << error.what();
+}
 
 // For a failure's message: type, and the beginning of a text.
 std::string Describe(const VARIANT& value);
@@ -62,38 +47,29 @@ inline Variant Reference(int type, void* variable)
     return reference;
 }
 
-// A value on its way into a call. Text, whole numbers (int: VT_I4, short: VT_I2), truth values,
-// doubles, objects and Variants convert by themselves; a pointer to a Variant is passed by
-// reference, as a script passes its own variable.
-struct Arg {
-    Variant value;
-
-    Arg(const wchar_t* text) : value(std::wstring_view(text)) {}
-    Arg(std::wstring_view text) : value(text) {}
-    Arg(const std::wstring& text) : value(std::wstring_view(text)) {}
-    Arg(int number) : value(static_cast<LONG>(number)) {}
-    Arg(long number) : value(static_cast<LONG>(number)) {}
-    Arg(short number) : value(number) {}
-    Arg(double number) : value(number) {}
-    Arg(bool truth) : value(truth) {}
-    Arg(IDispatch* object) : value(object) {}
-    Arg(const VARIANT& other);
-    Arg(VARIANT* variable) { value = Reference(VT_VARIANT, variable); }
+// A value on its way into a call. A pointer to a Variant is passed by reference, as a script passes
+// its own variable.
+struct Arg : Variant {
+    Arg(const wchar_t* text) : Variant(std::wstring_view(text)) {}
+    Arg(const std::wstring& text) : Variant(std::wstring_view(text)) {}
+    Arg(long number) : Variant(number) {}
+    Arg(int number) : Variant(long{number}) {}
+    Arg(const VARIANT& other) { Check(VariantCopy(this, const_cast<VARIANT*>(&other))); }
+    Arg(VARIANT* variable) : Variant(Reference(VT_VARIANT, variable)) {}
 };
 
-// A script's array: of Variants, from 0 on, or from another lower bound.
-template <class... Elements>
-Variant ScriptArray(Elements&&... elements)
+// A call's result; another kind than was asked for is a failure by throw.
+struct Value : Variant {
+    std::wstring Text() const;
+    long Number() const; // also -1 and 0 of a truth value
+    IDispatch* Object() const;
+    explicit operator bool() const { return Number() != 0; }
+    bool operator==(long number) const { return Number() == number; }
+};
+inline void PrintTo(const Value& value, std::ostream* out)
 {
-    Array array = MakeArray(VT_VARIANT, sizeof...(elements));
-    VARIANT* target = DataOf<VARIANT>(*array).data();
-    ((*target++ = Arg(std::forward<Elements>(elements)).value.Detach()), ...);
-    return Variant(std::move(array));
+    *out << Describe(value);
 }
-Variant StartingAt(LONG lower, Variant array);
-
-// Equal in kind and value: text with text, True with True, whole numbers of any size.
-bool operator==(const Value& left, const Arg& right);
 
 class ScriptObject {
 public:
@@ -102,22 +78,17 @@ public:
     // A new object of a catalogued class, made on the calling thread without the registry.
     static ScriptObject Make(std::wstring_view className);
 
-    template <class... Arguments>
-    Value Get(const wchar_t* name, Arguments&&... arguments)
+    Value Get(const wchar_t* name) { return Invoke(DISPATCH_PROPERTYGET, name); }
+    template <class Argument>
+    void Put(const wchar_t* name, const Argument& value)
     {
-        return Invoke(DISPATCH_PROPERTYGET, name, std::forward<Arguments>(arguments)...);
-    }
-    template <class... Arguments>
-    void Put(const wchar_t* name, Arguments&&... arguments)
-    {
-        Invoke(DISPATCH_PROPERTYPUT, name, std::forward<Arguments>(arguments)...);
+        Invoke(DISPATCH_PROPERTYPUT, name, value);
     }
     // As a script's call of a method or of a property with arguments.
     template <class... Arguments>
-    Value Call(const wchar_t* name, Arguments&&... arguments)
+    Value Call(const wchar_t* name, const Arguments&... arguments)
     {
-        return Invoke(DISPATCH_METHOD | DISPATCH_PROPERTYGET, name,
-                      std::forward<Arguments>(arguments)...);
+        return Invoke(DISPATCH_METHOD | DISPATCH_PROPERTYGET, name, arguments...);
     }
 
     IDispatch* Dispatch() const { return object_.Get(); }
@@ -125,10 +96,10 @@ public:
 
 private:
     template <class... Given>
-    Value Invoke(WORD flags, const wchar_t* name, Given&&... given)
+    Value Invoke(WORD flags, const wchar_t* name, const Given&... given)
     {
         std::vector<Arg> arguments;
-        (arguments.emplace_back(std::forward<Given>(given)), ...);
+        (arguments.emplace_back(given), ...);
         return Run(flags, name, arguments);
     }
     Value Run(WORD flags, const wchar_t* name, const std::vector<Arg>& arguments);

@@ -56,7 +56,7 @@ public:
         if (kind.button)
             button_ = Desk().Control(caption.c_str(), L"Button", kind.button);
         else
-            Desk().WaitFor(L"the clock", [this] { return object_.Get(L"Running").Truth(); });
+            Desk().WaitFor(L"the clock", [this] { return object_.Get(L"Running") == -1; });
         UINT count = 0;
         Check(object_.Dispatch()->GetTypeInfoCount(&count));
     }
@@ -186,7 +186,7 @@ TEST(RunningServer, EndsWithTheSession)
         scripts.emplace_back(kind, L"open " + std::wstring(kind.name));
     ScriptObject notice = Remote(L"Notice");
     notice.Put(L"IconID", 32516);
-    notice.Put(L"ContextMenu", ScriptArray(L"one"));
+    notice.Put(L"ContextMenu", MakeStringArray({L"one"}, true));
     ASSERT_TRUE(notice.Call(L"Add"));
     const auto icon = [] {
         return FindWindowExW(FindWindowW(nullptr, L"Wine System Tray"), nullptr,
