@@ -373,7 +373,8 @@ Host::Host(Script script)
         wchar_t text[256]{};
         const LRESULT handle = SendMessageW(menu, MN_GETHMENU, 0, 0);
         GetMenuStringW(reinterpret_cast<HMENU>(handle), index, text, 256, MF_BYPOSITION);
-        return std::wstring(text);
+        const UINT state = GetMenuState(reinterpret_cast<HMENU>(handle), index, MF_BYPOSITION);
+        return (state != UINT(-1) && state & MF_CHECKED ? L"*" : L"") + std::wstring(text);
     });
     Add(L"Place", PlaceIn);
     // How far a window's edges together are off from those of the room for windows.
@@ -400,15 +401,24 @@ Host::Host(Script script)
                      reinterpret_cast<LPARAM>(&place));
     });
     Add(L"Rows", Rows);
+    Add(L"Arrow", [](HWND view, WPARAM column) { // of a heading
+        HDITEMW item{};
+        item.mask = HDI_FORMAT;
+        SendMessageW(reinterpret_cast<HWND>(SendMessageW(view, LVM_GETHEADER, 0, 0)), HDM_GETITEMW,
+                     column, reinterpret_cast<LPARAM>(&item));
+        return std::wstring(item.fmt & HDF_SORTUP ? L"up" : L"") +
+               (item.fmt & HDF_SORTDOWN ? L"down" : L"");
+    });
     // Tells the window of a control what the control would.
     Add(L"Notify", [](HWND control, UINT code) {
         NMHDR notification{control, 0, code};
         SendMessageW(GetParent(control), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
     });
-    Add(L"ColorOf", [](HWND control) { // of the text of a static control
+    Add(L"ColorOf", [](HWND control) { // of the text
         const HDC device = GetDC(control);
-        SendMessageW(GetParent(control), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(device),
-                     reinterpret_cast<LPARAM>(control));
+        const bool edit = Desk::ClassOf(control) == WC_EDITW;
+        SendMessageW(GetParent(control), edit ? WM_CTLCOLOREDIT : WM_CTLCOLORSTATIC,
+                     reinterpret_cast<WPARAM>(device), reinterpret_cast<LPARAM>(control));
         const COLORREF color = GetTextColor(device);
         ReleaseDC(control, device);
         return color;
@@ -436,6 +446,7 @@ Host::Host(Script script)
     });
     Add(L"Message", [](std::wstring name) { return RegisterWindowMessageW(name.c_str()); });
     Add(L"Caption", Desk::TextOf);
+    Add(L"Focus", [] { return Desk::ClassOf(GetFocus()) + L' ' + Desk::TextOf(GetFocus()); });
     Add(L"Front", [] { return Desk::TextOf(GetForegroundWindow()); });
     Add(L"Previous", [](HWND window) { return Desk::TextOf(GetWindow(window, GW_HWNDPREV)); });
     Add(L"Size", [](HWND window) {
