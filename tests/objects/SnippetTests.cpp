@@ -20,8 +20,8 @@ namespace quill::test {
 namespace {
 
 // Milliseconds: to the end of a snippet after its last answer, and in which it may sleep.
-constexpr DWORD kSnippetDeadline = 15'000;
-constexpr DWORD kSleepDeadline = 30'000;
+constexpr DWORD kSnippetDeadline = 60'000;
+constexpr DWORD kSleepDeadline = 60'000;
 
 std::vector<std::string> Snippets()
 {

@@ -36,7 +36,7 @@ void CALLBACK RunErrand(HWND, UINT, UINT_PTR, DWORD)
     --pending;
 }
 
-constexpr DWORD kCallDeadline = 20'000;
+constexpr DWORD kCallDeadline = 60'000;
 constexpr DWORD kMoment = 100; // milliseconds
 constexpr DWORD kPoll = 15;    // milliseconds between two looks
 constexpr int kStillLooks = 6; // more than the server takes to bring a dialog to the front
