@@ -11,7 +11,7 @@ void Dispatch(MSG& message)
 {
     const MessagePreview preview = ThisApartment().preview;
     if (preview && preview(message)) return;
-    ;
+    TranslateMessage(&message);
     DispatchMessageW(&message);
 }
 
