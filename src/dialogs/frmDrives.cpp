@@ -43,7 +43,7 @@ std::wstring NameOfDrive(const std::wstring& drive)
 // that does not answer holds up nobody.
 struct frmDrives::Names {
     std::mutex mutex;
-    HWND form; // null once nobody waits for names
+    HWND form; // null once the form is gone
     std::vector<std::wstring> names;
 };
 

@@ -41,8 +41,8 @@ std::future<long> UseServer()
 // quick.exe is registered in place of quill.exe: the same server, which lingers for 20 ms.
 class QuickServer : public testing::Test {
 protected:
-    QuickServer() { Program(L"quick.exe", L"/regserver").Wait(30'000); }
-    ~QuickServer() override { Program(L"quick.exe", L"/unregserver").Wait(30'000); }
+    QuickServer() { EXPECT_EQ(Program(L"quick.exe", L"/regserver").Wait(30'000), 0u); }
+    ~QuickServer() override { EXPECT_EQ(Program(L"quick.exe", L"/unregserver").Wait(30'000), 0u); }
 
     std::mt19937 random_{1};
 };

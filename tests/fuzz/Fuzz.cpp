@@ -19,6 +19,7 @@
 #include "fuzz/Held.h"
 #include "fuzz/Hostile.h"
 #include "support/Reaction.h"
+#include "support/Robot.h"
 #include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
 
@@ -83,8 +84,7 @@ private:
             const ULONGLONG running = begin ? GetTickCount64() - begin : 0;
             if (running > kLongestCall) Fail("the call does not return");
             if (running <= 30) looks_.clear();
-            for (HWND window = running > 30 ? GetTopWindow(nullptr) : nullptr; window;
-                 window = GetWindow(window, GW_HWNDNEXT))
+            for (HWND window : running > 30 ? test::Listed(nullptr) : std::vector<HWND>())
                 if (IsToAnswer(window))
                     if (const unsigned looks = looks_[window]++; looks % 8 == 0)
                         Answer(window, looks / 8);

@@ -1,6 +1,6 @@
 // Runs the snippets that tests/pages.py has found against the registered server, each in an engine
-// of its own, with a WScript of ours that also connects events. Lines in front that begin with <
-// are what the user does, as in tables.
+// of its own, whose WScript object also connects events. Leading lines that begin with < say what
+// the user does, as in tables.
 #include <gtest/gtest.h>
 
 #include <atomic>

@@ -17,9 +17,9 @@
 //     ' comment                       or a blank line
 //     end                             the last line
 //
-// What is done and what comes of it can share a line, with " => " between them.
-// and everything else that begins with a letter is a statement. A line that ends in " _" goes on,
-// as do Sub and Function to their End. Classes are objects by their name (Make("Me") for those
+// and everything else that begins with a letter is a statement. What is done and what comes of it
+// can share a line, with " => " between them. A line that ends in " _" goes on, as do Sub and
+// Function to their End. Classes are objects by their name (Make("Me") for those
 // whose name the language has taken), and scripts know the members of support/Host.h. With
 // QUILL_SERVER set, objects come from the registered server, and the examples are run too.
 #include <gtest/gtest.h>
@@ -48,7 +48,7 @@ bool IsServerRun()
 
 ComPtr<IDispatch> MakeObject(const std::wstring& name)
 {
-    return IsServerRun() ? Remote(name).Dispatch() : Stage::Make(name);
+    return (IsServerRun() ? Remote(name) : ScriptObject::Make(name)).Dispatch();
 }
 
 // The parts of an expression between these words, outside of quotation marks and brackets.

@@ -72,10 +72,9 @@ std::wstring Items(const Variant& list)
 Variant Typed(VARTYPE type, const Variant& given)
 {
     const std::wstring text = TextOf(given);
+    if (text.empty()) return OfType(type);
     Variant value;
-    if (text.empty()) {
-        V_VT(&value) = type;
-    } else if (type == VT_R8 || type == VT_DATE) { // also what is no number
+    if (type == VT_R8 || type == VT_DATE) { // also what is no number
         value = Variant(std::wcstod(text.c_str(), nullptr));
         V_VT(&value) = type;
     } else {
@@ -100,10 +99,9 @@ void SetRegistry(const std::wstring& path, const std::wstring& name, LONG type,
     const std::wstring wide = text + L'x'; // no NUL behind it, which the platform would store
     const std::string bytes = Narrowed(text);
     const bool isText = type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-    Check(HRESULT_FROM_WIN32(static_cast<DWORD>(
-        RegSetKeyValueW(root, below.c_str(), name.c_str(), static_cast<DWORD>(type),
-                        isText ? static_cast<const void*>(wide.data()) : bytes.data(),
-                        static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())))));
+    CheckWin32(RegSetKeyValueW(root, below.c_str(), name.c_str(), static_cast<DWORD>(type),
+                               isText ? static_cast<const void*>(wide.data()) : bytes.data(),
+                               static_cast<DWORD>(isText ? 2 * text.size() : bytes.size())));
 }
 
 // Left, top, width and height in the frame of its top-level window.
@@ -159,8 +157,10 @@ private:
 };
 
 // A control as it is drawn on the screen, row by row.
-std::vector<DWORD> PixelsOf(HWND control, const RECT& area)
+std::vector<DWORD> PixelsOf(HWND control)
 {
+    RECT area{};
+    GetClientRect(control, &area);
     const Owned<HBITMAP, DeleteObject> bitmap(
         CreateBitmap(area.right, area.bottom, 1, 32, nullptr));
     const Owned<HDC, DeleteDC> device(CreateCompatibleDC(nullptr));
@@ -178,7 +178,7 @@ LONG Ink(HWND control, bool column)
 {
     RECT area{};
     GetClientRect(control, &area);
-    const std::vector<DWORD> pixels = PixelsOf(control, area);
+    const std::vector<DWORD> pixels = PixelsOf(control);
     LONG last = -1;
     for (LONG index = 0; index < area.right * area.bottom; ++index)
         if (pixels[static_cast<size_t>(index)] != pixels.back())
@@ -189,9 +189,7 @@ LONG Ink(HWND control, bool column)
 // A number that differs where something else is drawn.
 size_t Picture(HWND control)
 {
-    RECT area{};
-    GetClientRect(control, &area);
-    const std::vector<DWORD> pixels = PixelsOf(control, area);
+    const std::vector<DWORD> pixels = PixelsOf(control);
     return std::hash<std::string_view>()(
         {reinterpret_cast<const char*>(pixels.data()), pixels.size() * sizeof pixels[0]});
 }
@@ -349,11 +347,6 @@ Host::Host(Script script)
     Add(L"Orphan", [](IDispatch* object) { LastClient(object).Die(); });
 
     // Windows. Previous is in the order of the tab key.
-    Add(L"IsAbove", [](HWND window, HWND other) {
-        while (window && window != other)
-            window = GetWindow(window, GW_HWNDNEXT);
-        return window != nullptr;
-    });
     Add(L"HandleOf", [](HWND window) { return HandleToLong(window); });
     Add(L"ClassAt", [](LONG x, LONG y) { return Desk::ClassOf(WindowFromPoint({x, y})); });
     Add(L"ClickTray", ClickTray);

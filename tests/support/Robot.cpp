@@ -49,7 +49,8 @@ BOOL CALLBACK AddToList(HWND window, LPARAM list)
     return TRUE;
 }
 
-// The children of a window with theirs; of null, the top-level windows.
+} // namespace
+
 std::vector<HWND> Listed(HWND parent)
 {
     std::vector<HWND> windows;
@@ -59,6 +60,8 @@ std::vector<HWND> Listed(HWND parent)
         EnumWindows(AddToList, reinterpret_cast<LPARAM>(&windows));
     return windows;
 }
+
+namespace {
 
 bool ShowsText(HWND window, const wchar_t* text)
 {
@@ -356,9 +359,6 @@ void Desk::Act(const std::wstring& line, const Run& run)
         ClickAt(control, point, Button::Left, 2);
     } else if (action == L"close") {
         PostMessageW(GetAncestor(control, GA_ROOT), WM_SYSCOMMAND, SC_CLOSE, 0);
-    } else if (swscanf(action.c_str(), L"move %ld %ld", &point.x, &point.y) == 2) {
-        SetWindowPos(GetAncestor(control, GA_ROOT), nullptr, point.x, point.y, 0, 0,
-                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     } else if (begins(L"menu")) {
         Click(control, Button::Right);
         const HWND menu = Window(nullptr, kMenuClass);

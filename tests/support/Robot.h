@@ -21,6 +21,9 @@
 
 namespace quill::test {
 
+// The children of a window with theirs; of null, the top-level windows.
+std::vector<HWND> Listed(HWND parent);
+
 // The screen as the robot uses it. What does not come true before the deadline ends the robot's
 // script by an exception that says what it was waiting for. Points are in client pixels.
 class Desk {
@@ -55,11 +58,11 @@ public:
     void PressKeys(std::wstring_view keys);
 
     // One line of a table: ["caption"] [Class[:text or :"text"]] action. Waits for this control and
-    // acts: click [x y], double x y, close, move x y, wait, rest milliseconds; menu [keys]: a right
+    // acts: click [x y], double x y, close, wait, rest milliseconds; menu [keys]: a right
     // click, then the keys in its menu; write path: the file appears; everything else, or what
     // follows `keys`, is typed. These wait for a window of this caption and class instead: see;
-    // press keys; gone, until there is none; after, until what was started is done; do and start
-    // run a statement, and ? checks an expression until it holds: by `run`, on the thread whose
+    // press keys; gone, until there is none; after, until what was started is done; do runs a
+    // statement, and ? checks an expression until it holds: by `run`, on the thread whose
     // call the robot answers. It returns what is wrong.
     using Run = std::function<std::string(const std::wstring& line)>;
     void Act(const std::wstring& line, const Run& run = {});

@@ -470,11 +470,6 @@ ScriptObject ScriptObject::Make(std::wstring_view className)
     throw std::logic_error("no class " + Narrow(className));
 }
 
-ComPtr<IDispatch> Stage::Make(const std::wstring& name)
-{
-    return ScriptObject::Make(name).Dispatch();
-}
-
 void Stage::Register(bool currentUser, const std::wstring& program)
 {
     RegisterServer(currentUser ? RegistrationScope::CurrentUser : RegistrationScope::AllUsers,

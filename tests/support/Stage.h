@@ -4,8 +4,8 @@
 //     const Stage stage;
 //     Stage::Record(L"box");             // the seams behind this name, for the calling thread
 //     Stage::Answer(L"box", L"7");       // what the next calls return
-//     Stage::Make(L"MessageBox") ...
-//     Stage::Told();                     // "box 24 QUILL MessageBox: Shall it be?"
+//     ScriptObject::Make(L"MessageBox") ...
+//     Stage::Told();                     // "box 24 QUILL MessageBox: Save the changes?"
 #pragma once
 
 #include <string>
@@ -22,9 +22,8 @@ public:
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
 
-    // The names of the classes, and a new object of one.
+    // The names of the classes.
     static std::vector<std::wstring> Classes();
-    static ComPtr<IDispatch> Make(const std::wstring& name);
 
     // The server in the registry, for the current user or for all.
     static void Register(bool currentUser, const std::wstring& program);

@@ -12,12 +12,4 @@ inline Variant OfType(VARTYPE type)
     return value;
 }
 
-// In ten-thousandths.
-inline Variant Currency(std::int64_t units)
-{
-    Variant value = OfType(VT_CY);
-    V_CY(&value).int64 = units;
-    return value;
-}
-
 } // namespace quill::test

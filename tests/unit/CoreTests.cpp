@@ -70,6 +70,16 @@ TEST(MessagePump, PutsQuitBackForTheLoopOutside)
     EXPECT_TRUE(DispatchPending());
 }
 
+TEST(MessagePump, TurnsKeysIntoCharacters)
+{
+    const HWND edit =
+        CreateWindowExW(0, L"EDIT", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    PostMessageW(edit, WM_KEYDOWN, L'7', MAKELPARAM(1, MapVirtualKeyW(L'7', MAPVK_VK_TO_VSC)));
+    EXPECT_TRUE(DispatchPending());
+    EXPECT_EQ(GetWindowTextLengthW(edit), 1);
+    DestroyWindow(edit);
+}
+
 TEST(FindSystemFunction, IsNullForWhatThisWindowsLacks)
 {
     EXPECT_TRUE(FindSystemFunction<void()>(L"winmm.dll", "timeGetTime")); // not loaded before

@@ -28,10 +28,6 @@ std::wstring Stage::Told()
 {
     return {};
 }
-ComPtr<IDispatch> Stage::Make(const std::wstring& name)
-{
-    return ScriptObject::Make(name).Dispatch();
-}
 
 // Those that are registered.
 std::vector<std::wstring> Stage::Classes()
