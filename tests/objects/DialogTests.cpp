@@ -82,7 +82,7 @@ TEST(MInputBox, PasswordsDoNotStayInMemory)
             const HWND edit = desk.Control(kTitle, L"Edit");
             desk.Do([&] { InstallHook(edit, &atEnd, LookAtEnd); });
             for (size_t index = 0; index < kPasswordLength; ++index)
-                desk.Type(PasswordUnit(index));
+                desk.Press(0, 0, PasswordUnit(index));
             desk.Press(key);
         });
         const bool accepted{box.Call(L"InputM", &texts)};

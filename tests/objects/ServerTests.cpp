@@ -31,16 +31,18 @@ const Event serving(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 
 TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
 {
-    const DuringWait client([] {
-        const ComPtr<IClassFactory> factory = ClassOfProfile();
-        ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
-        factory->LockServer(TRUE);
-        for (int count = 0; count < 3; ++count)
-            factory->LockServer(FALSE);
-        SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR timer, DWORD) WINAPI {
-            KillTimer(nullptr, timer);
-            served = true;
-            object.Reset();
+    const Robot client([](Desk& desk) {
+        desk.Start([] {
+            const ComPtr<IClassFactory> factory = ClassOfProfile();
+            ASSERT_HRESULT_SUCCEEDED(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
+            factory->LockServer(TRUE);
+            for (int count = 0; count < 3; ++count)
+                factory->LockServer(FALSE);
+            SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR timer, DWORD) WINAPI {
+                KillTimer(nullptr, timer);
+                served = true;
+                object.Reset();
+            });
         });
     });
     EXPECT_EQ(Serve(), 0);
@@ -50,14 +52,16 @@ TEST(Server, AnUnlockTooManyDoesNotEndItUnderTheObjectsOfOthers)
 
 TEST(Server, TheLocksOfAKilledClientGoWithIt)
 {
-    const DuringWait client([] {
-        const ComPtr<IClassFactory> factory = ClassOfProfile();
-        ComPtr<IExternalConnection> connection;
-        ASSERT_HRESULT_SUCCEEDED(factory.As(&connection));
-        connection->AddConnection(EXTCONN_STRONG, 0);
-        factory->LockServer(TRUE);
-        factory->LockServer(TRUE);
-        connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+    const Robot client([](Desk& desk) {
+        desk.Start([] {
+            const ComPtr<IClassFactory> factory = ClassOfProfile();
+            ComPtr<IExternalConnection> connection;
+            ASSERT_HRESULT_SUCCEEDED(factory.As(&connection));
+            connection->AddConnection(EXTCONN_STRONG, 0);
+            factory->LockServer(TRUE);
+            factory->LockServer(TRUE);
+            connection->ReleaseConnection(EXTCONN_STRONG, 0, TRUE);
+        });
     });
     const UINT_PTR timer = SetTimer(nullptr, 0, 5'000, [](HWND, UINT, UINT_PTR, DWORD) WINAPI {
         hung = true;

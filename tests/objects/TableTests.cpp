@@ -24,6 +24,7 @@
 // QUILL_SERVER set, objects come from the registered server, and the examples are run too.
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -37,7 +38,8 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD kPatience = 10'000; // milliseconds
+constexpr DWORD kPatience = 10'000;  // milliseconds
+const std::regex kName(R"(\{it\})"); // the word of "each"
 
 using Failure = std::pair<int, std::string>; // the line, and what is wrong
 
@@ -71,11 +73,52 @@ std::vector<std::wstring> PartsOf(const std::wstring& expression, std::wstring_v
     return parts;
 }
 
+struct Line {
+    int number;
+    std::string text;
+};
+
+// Lines that go on are one, and those below "each" are there once for each of its words.
+std::vector<Line> LinesOf(std::istream& input)
+{
+    std::vector<Line> lines;
+    std::istringstream names;
+    size_t first = 0; // below "each"
+    int number = 0;
+    for (std::string line, more; std::getline(input, line);) {
+        const int begin = ++number;
+        const auto goesOn = [&] { return std::getline(input, more) && ++number; };
+        while (line.ends_with(" _") && goesOn())
+            line.replace(line.size() - 1, 1, more,
+                         std::min(more.find_first_not_of(' '), more.size()));
+        if (line.starts_with("Sub ") || line.starts_with("Function "))
+            while (line.find("End ") == std::string::npos && goesOn())
+                line += '\n' + more;
+        line.erase(line.find_last_not_of(" \r") + 1);
+        if (line.starts_with("each ")) {
+            names = std::istringstream(line.substr(5));
+            first = lines.size();
+        } else if (line == "next") {
+            const std::vector<Line> below(lines.begin() + static_cast<ptrdiff_t>(first),
+                                          lines.end());
+            lines.resize(first);
+            for (std::string name; names >> name;)
+                for (const Line& each : below)
+                    lines.emplace_back(each.number, std::regex_replace(each.text, kName, name));
+        } else if (!line.empty() && line[0] != '\'') {
+            lines.emplace_back(begin, line);
+        }
+    }
+    return lines;
+}
+
 class Table {
 public:
     explicit Table(std::wstring name)
         : name_(std::move(name)),
-          host_(new Host([this](const std::wstring& statement) { RunBeside(statement); })),
+          host_(new Host([this](const std::wstring& statement) { // in an event
+              EXPECT_EQ(Raised(engine_.Run(statement).error), "") << Narrow(statement);
+          })),
           engine_([this](const std::wstring& item) {
               return item == L"Host" ? ComPtr<IDispatch>(host_.Get()) : MakeObject(item);
           })
@@ -93,38 +136,11 @@ public:
     std::vector<Failure> Run(std::istream& lines)
     {
         std::vector<Failure> failures;
-        int number = 0;
         int checks = 0;
         bool ended = false;
-        std::istringstream names; // of "each"
-        std::string name;
-        std::pair<std::streampos, int> first; // the line behind it
-        for (std::string line, more; std::getline(lines, line);) {
-            const int begin = ++number;
-            if (line.starts_with("each ")) {
-                first = {lines.tellg(), number};
-                names = std::istringstream(line.substr(5));
-                names >> name;
-                continue;
-            }
-            if (line == "next") {
-                if (names >> name) {
-                    lines.seekg(first.first);
-                    number = first.second;
-                }
-                continue;
-            }
-            const auto goesOn = [&] { return std::getline(lines, more) && ++number; };
-            while (line.ends_with(" _") && goesOn())
-                line.replace(line.size() - 1, 1, more,
-                             std::min(more.find_first_not_of(' '), more.size()));
-            if (line.starts_with("Sub ") || line.starts_with("Function "))
-                while (line.find("End ") == std::string::npos && goesOn())
-                    line += '\n' + more;
-            line.erase(line.find_last_not_of(" \r") + 1);
-            if (line.empty() || line[0] == '\'') continue;
-            for (size_t place; (place = line.find("{it}")) != std::string::npos;)
-                line.replace(place, 4, name);
+        int last = 0;
+        for (const auto& [number, line] : LinesOf(lines)) {
+            last = number;
             if (ended) failures.emplace_back(number, "behind the end: " + line);
             ended = ended || line == "end";
             if (ended) continue;
@@ -132,12 +148,12 @@ public:
             std::string failure;
             for (const std::wstring& part : PartsOf(Decode(line, CP_UTF8), L" => ")) {
                 if (part.find_first_of(L"?!>") == 0) ++checks;
-                failure += RunLine(part) + std::exchange(beside_, {});
+                failure += RunLine(part);
             }
-            if (!failure.empty()) failures.emplace_back(begin, line + "\n  " + failure);
+            if (!failure.empty()) failures.emplace_back(number, line + "\n  " + failure);
         }
-        if (!ended) failures.emplace_back(number, "the table ends early");
-        if (checks == 0) failures.emplace_back(number, "nothing was checked");
+        if (!ended) failures.emplace_back(last, "the table ends early");
+        if (checks == 0) failures.emplace_back(last, "nothing was checked");
         return failures;
     }
 
@@ -151,19 +167,17 @@ private:
             text.resize(user);
         }
         if (line[0] == L'<') return actions_.push_back(Replaced(text)), "";
-        if (line[0] == L'&') return meanwhile_ = text, "";
+        if (const size_t colon = text.find(L": "); line[0] == L'&') {
+            actions_.push_back(L'"' + text.substr(0, colon) + L"\" start " +
+                               text.substr(colon + 2));
+            return {};
+        }
         if (line.starts_with(L"stage")) {
             std::wistringstream names(line.substr(5));
             for (std::wstring name; names >> name;)
                 Stage::Record(name);
             return {};
         }
-        std::optional<DuringWait> during;
-        if (const size_t colon = meanwhile_.find(L": "); colon != std::wstring::npos)
-            during.emplace(
-                [this, statement = meanwhile_.substr(colon + 2)] { RunBeside(statement); },
-                meanwhile_.substr(0, colon));
-        meanwhile_.clear();
         std::optional<Robot> robot;
         if (!actions_.empty())
             robot.emplace([this, actions = std::exchange(actions_, {})](Desk& desk) {
@@ -185,13 +199,6 @@ private:
         return iswalpha(line[0]) ? Raised(engine_.Run(text).error) : "unknown mark";
     } catch (const std::exception& error) {
         return error.what();
-    }
-
-    // In an event, or in the wait of another call.
-    void RunBeside(const std::wstring& statement)
-    {
-        const std::string raised = Raised(engine_.Run(statement).error);
-        if (!raised.empty()) beside_ += Narrow(statement) + ": " + raised;
     }
 
     // Both sides of And, and of an equation, are evaluated by themselves: the language's own
@@ -252,11 +259,8 @@ private:
     // With {folder} and {crlf} replaced.
     std::wstring Replaced(std::wstring text) const
     {
-        for (const auto& [name, value] :
-             {std::pair(L"{folder}", host_->folder.Path(L"")), {L"{crlf}", L"\r\n"}})
-            if (const size_t place = text.find(name); place != std::wstring::npos)
-                text.replace(place, wcslen(name), value);
-        return text;
+        text = std::regex_replace(text, std::wregex(LR"(\{crlf\})"), L"\r\n");
+        return std::regex_replace(text, std::wregex(LR"(\{folder\})"), host_->folder.Path(L""));
     }
 
     static std::string Raised(const ScriptError& error) { return error.number ? error.what() : ""; }
@@ -266,8 +270,6 @@ private:
     const ComPtr<Host> host_;
     Engine engine_;
     std::vector<std::wstring> actions_;
-    std::wstring meanwhile_;
-    std::string beside_; // what went wrong there
 };
 
 std::vector<Failure> RunTable(const std::string& name, std::istream& lines)

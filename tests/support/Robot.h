@@ -32,27 +32,24 @@ public:
 
     Desk();
 
-    // The visible, enabled top-level window with this caption and class; null stands for any. The
-    // windows that were there before the robot do not count when the caption is null.
-    HWND Window(const wchar_t* caption, const wchar_t* windowClass = nullptr);
+    // The visible, enabled top-level window with this caption and class; an empty text stands for
+    // any. The windows that were there before the robot do not count when the caption is empty.
+    HWND Window(const std::wstring& caption, const std::wstring& windowClass = {});
 
     // The visible, enabled control in such a window. Captions match with or without their `&`.
-    HWND Control(const wchar_t* caption, const wchar_t* controlClass,
-                 const wchar_t* text = nullptr);
+    HWND Control(const std::wstring& caption, const std::wstring& controlClass,
+                 const std::wstring& text = {});
 
     // Waits until the condition holds; `what` says for what.
     void WaitFor(const std::wstring& what, const std::function<bool()>& condition,
                  DWORD milliseconds = kDeadline);
-
-    void WaitUntilGone(HWND window);
 
     // Real input. The mouse waits until its target lies on top, the keys until the window last
     // found, or its control, is the one that hears them; a menu hears those of its thread.
     enum class Button { Left, Right };
     void Click(HWND control, Button button = Button::Left);
     void ClickAt(HWND window, POINT point, Button button = Button::Left, int times = 1);
-    void Press(WORD key, WORD held = 0); // VK_ codes
-    void Type(wchar_t unit);
+    void Press(WORD key, WORD held = 0, wchar_t unit = 0); // VK_ codes; without a key, the unit
     // Keys in the notation that script authors know: {NAME}, with ^ + % before for Ctrl, Shift,
     // Alt.
     void PressKeys(std::wstring_view keys);
@@ -61,13 +58,16 @@ public:
     // acts: click [x y], double x y, close, wait, rest milliseconds; menu [keys]: a right
     // click, then the keys in its menu; write path: the file appears; everything else, or what
     // follows `keys`, is typed. These wait for a window of this caption and class instead: see;
-    // press keys; gone, until there is none; after, until what was started is done; do runs a
-    // statement, and ? checks an expression until it holds: by `run`, on the thread whose
-    // call the robot answers. It returns what is wrong.
+    // press keys; gone, until there is none; do and start run a statement, and ? checks an
+    // expression until it holds: by `run`, on the thread whose call the robot answers. It returns
+    // what is wrong. The robot goes on while a started one runs, up to the line `after`.
     using Run = std::function<std::string(const std::wstring& line)>;
     void Act(const std::wstring& line, const Run& run = {});
 
-    // Runs this on the thread whose call the robot answers, when it next waits there.
+    // Runs this on the thread whose call the robot answers, when it next waits there, as the call
+    // of a second client or an event handler would come in; Do waits for its end.
+    void Start(std::function<void()> action);
+    void AwaitStarted();
     void Do(const std::function<void()>& action);
 
     bool IsNew(HWND window) const; // since the robot was made
@@ -82,9 +82,10 @@ public:
     static std::wstring ClassOf(HWND window);
 
 private:
-    HWND FindWindowOnce(const wchar_t* caption, const wchar_t* windowClass) const;
-    POINT Target(HWND window, POINT point);
-    void WaitForKeys();
+    HWND WindowNow(const std::wstring& caption, const std::wstring& windowClass) const;
+    // Waits until the condition holds at this many looks in a row.
+    void Settle(HWND window, const std::wstring& what, int looks,
+                const std::function<bool()>& condition);
 
     std::vector<HWND> before_;
     HWND current_ = nullptr; // the window that was found last
@@ -107,9 +108,8 @@ public:
     bool Finish();
 
 private:
-    void Run() noexcept;
+    void Run(const Script& script) noexcept;
 
-    const Script script_;
     Desk desk_;
     std::string failure_;
     const Event done_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
@@ -126,14 +126,6 @@ public:
 
 private:
     ComPtr<IExternalConnection> connection_;
-};
-
-// Runs an action once on the calling thread when a call waits there, as the call of a second client
-// or an event handler would come in; with a caption, once a window with that has been there for a
-// moment, so that the timers of its dialog had their turn.
-class DuringWait : Robot {
-public:
-    explicit DuringWait(std::function<void()> action, const std::wstring& caption = {});
 };
 
 } // namespace quill::test

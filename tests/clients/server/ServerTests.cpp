@@ -54,7 +54,7 @@ public:
             return engine.Run(kind.statement).error.number == 0;
         });
         if (kind.button)
-            button_ = Desk().Control(caption.c_str(), L"Button", kind.button);
+            button_ = Desk().Control(caption, L"Button", kind.button);
         else
             Desk().WaitFor(L"the clock", [this] { return object_.Get(L"Running") == -1; });
         UINT count = 0;
@@ -197,7 +197,7 @@ TEST(RunningServer, EndsWithTheSession)
     // The menu is no call of a script: whoever clicks the icon opens it.
     PostMessageW(FindWindowW(L"frmNoteMsg", nullptr), 0x8008, MAKEWPARAM(300, 300),
                  MAKELPARAM(WM_CONTEXTMENU, 0));
-    desk.Window(nullptr, L"#32768");
+    desk.Window({}, L"#32768");
     EXPECT_EQ(notice.Get(L"TrayClicked"), 0);
     const TemporaryFolder folder;
     ScriptObject binary(Remote(L"File").Call(L"OpenBinary", folder.Write(L"data", "")).Object());
