@@ -63,12 +63,14 @@ std::wstring Part(std::integral auto number)
 }
 
 // name=text; a null is nothing, an empty text is one.
-std::wstring Named(std::initializer_list<std::pair<const wchar_t*, const wchar_t*>> texts)
+std::wstring Named(const wchar_t* name, const wchar_t* text)
 {
-    std::wstring named;
-    for (const auto& [name, text] : texts)
-        if (text) named += (named.empty() ? L"" : L" ") + (name + (L'=' + Part(text)));
-    return named;
+    return text ? name + (L'=' + Part(text)) : L"";
+}
+
+const wchar_t* OrNull(const wchar_t* text)
+{
+    return *text ? text : nullptr;
 }
 
 std::wstring Hex(ULONG number)
@@ -82,7 +84,7 @@ std::wstring Icon(const wchar_t* name, PCWSTR icon)
 {
     if (IS_INTRESOURCE(icon))
         return icon ? name + (L"=#" + std::to_wstring(reinterpret_cast<ULONG_PTR>(icon))) : L"";
-    return Named({{name, icon}});
+    return Named(name, icon);
 }
 
 template <class... Parts>
@@ -118,8 +120,8 @@ int ShowBox(const MSGBOXPARAMSW* box)
 HRESULT ShowTask(HWND, HINSTANCE, PCWSTR title, PCWSTR instruction, PCWSTR content, int buttons,
                  PCWSTR icon, int* pressed)
 {
-    Tell(L"task", buttons, Icon(L"icon", icon),
-         Named({{L"title", title}, {L"main", instruction}, {L"content", content}}));
+    Tell(L"task", buttons, Icon(L"icon", icon), Named(L"title", title), Named(L"main", instruction),
+         Named(L"content", content));
     *pressed = AnswerOf(L"pressed", IDOK);
     return AnswerOf(L"task", S_OK);
 }
@@ -137,17 +139,14 @@ HRESULT ShowTaskEx(const TASKDIALOGCONFIG* config, int* pressed, int* radio, BOO
 {
     Tell(L"task", Hex(config->dwFlags), config->dwCommonButtons, Icon(L"icon", config->pszMainIcon),
          Icon(L"footericon", config->pszFooterIcon), config->hInstance ? L"module" : L"",
-         Named({{L"title", config->pszWindowTitle},
-                {L"main", config->pszMainInstruction},
-                {L"content", config->pszContent}}),
+         Named(L"title", config->pszWindowTitle), Named(L"main", config->pszMainInstruction),
+         Named(L"content", config->pszContent),
          Captions(L"buttons", config->cButtons, config->pButtons), config->nDefaultButton,
          Captions(L"radio", config->cRadioButtons, config->pRadioButtons),
-         config->nDefaultRadioButton,
-         Named({{L"check", config->pszVerificationText},
-                {L"more", config->pszExpandedInformation},
-                {L"less", config->pszExpandedControlText},
-                {L"expand", config->pszCollapsedControlText},
-                {L"footer", config->pszFooter}}));
+         config->nDefaultRadioButton, Named(L"check", config->pszVerificationText),
+         Named(L"more", config->pszExpandedInformation),
+         Named(L"less", config->pszExpandedControlText),
+         Named(L"expand", config->pszCollapsedControlText), Named(L"footer", config->pszFooter));
     *pressed = AnswerOf(L"pressed", IDOK);
     *radio = 2;
     *checked = TRUE;
@@ -174,8 +173,7 @@ BOOL NotifyIcon(DWORD request, NOTIFYICONDATAW* record)
                    record->uVersion ? std::to_wstring(record->uVersion) : L"",
                    record->cbSize == 956 ? L"" : std::to_wstring(record->cbSize),
                    request == NIM_ADD && record->uCallbackMessage != kTrayCallback ? L"wrong" : L"",
-                   WidthOf(L"icon=", record->hIcon),
-                   Named({{L"tip", *record->szTip ? record->szTip : nullptr}}),
+                   WidthOf(L"icon=", record->hIcon), Named(L"tip", OrNull(record->szTip)),
                    record->uFlags & NIF_INFO ? balloon : L"",
                    WidthOf(L"balloon=", record->hBalloonIcon));
 }
@@ -194,11 +192,9 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
         filter += (filter.empty() ? L"" : L",") + std::wstring(entry);
     Tell(save ? L"save" : L"open",
          dialog->Flags & OFN_ALLOWMULTISELECT ? std::to_wstring(dialog->nMaxFile) : L"",
-         Named({{L"file", *dialog->lpstrFile ? dialog->lpstrFile : nullptr},
-                {L"in", dialog->lpstrInitialDir},
-                {L"extension", dialog->lpstrDefExt},
-                {L"title", dialog->lpstrTitle},
-                {L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr}}));
+         Named(L"file", OrNull(dialog->lpstrFile)), Named(L"in", dialog->lpstrInitialDir),
+         Named(L"extension", dialog->lpstrDefExt), Named(L"title", dialog->lpstrTitle),
+         Named(L"filter", dialog->lpstrFilter ? filter.c_str() : nullptr));
     SetCurrentDirectoryW(L"C:\\windows"); // as the platform's own does
     if (!AnswerOf(L"files", FALSE)) return FALSE;
     wcscpy(dialog->lpstrFile, L"D:\\long enough.txt");
@@ -208,7 +204,7 @@ BOOL ShowFiles(OPENFILENAMEW* dialog, bool save)
 std::wstring ShowFolders(const FolderRequest& request)
 {
     if (!AnswerOf(L"folders", TRUE)) return FolderDialogs().show(request);
-    Tell(L"folder", Named({{L"in", request.start.c_str()}}));
+    Tell(L"folder", Named(L"in", request.start.c_str()));
     return L"C:\\new";
 }
 
@@ -220,7 +216,7 @@ LRESULT CALLBACK TellMessage(int code, WPARAM wParam, LPARAM lParam)
     if (code == HC_ACTION && sent.message == WM_KEYDOWN) Tell(L"key", sent.wParam);
     if (code == HC_ACTION && sent.message == EM_SHOWBALLOONTIP) {
         const auto& tip = *reinterpret_cast<const EDITBALLOONTIP*>(sent.lParam);
-        Tell(L"balloon", tip.ttiIcon, Named({{L"title", tip.pszTitle}, {L"text", tip.pszText}}),
+        Tell(L"balloon", tip.ttiIcon, Named(L"title", tip.pszTitle), Named(L"text", tip.pszText),
              tip.cbStruct == 16 ? L"" : L"wrong");
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
@@ -402,11 +398,14 @@ std::wstring NameOf(const std::wstring& drive)
 
 constexpr auto NoStation = []() WINAPI -> HWINSTA { return nullptr; };
 
-// Functions in place of the platform's; those that are left out are the platform's.
+std::vector<void (*)()> restores;
+
+// Functions in place of the platform's.
 template <class Seams, auto... functions>
 void Put()
 {
     Seam<Seams>() = {functions...};
+    restores.push_back([] { Seam<Seams>() = {}; });
 }
 
 const std::map<std::wstring, void (*)()> kSeams{
@@ -431,20 +430,13 @@ const std::map<std::wstring, void (*)()> kSeams{
     {L"tray", Put<NotifyIconFunctions, NotifyIcon>},
 };
 
-template <class... Seams>
-void Restore()
-{
-    (Put<Seams>(), ...);
-}
-
 } // namespace
 
 Stage::~Stage()
 {
-    Restore<AnswerSecond, CallerFunctions, DriveFunctions, EventLogFunctions, FileDialogs,
-            FolderDialogs, Foreground, IconFunctions, MachineFunctions, MessageBoxFunctions,
-            NotifyIconFunctions, ShellDialogs, SoundFunctions, StationFunctions, Taskbars,
-            TaskDialogFunctions>();
+    for (const auto restore : std::exchange(restores, {}))
+        restore();
+    Seam<AnswerSecond>() = {};
     UnhookWindowsHookEx(std::exchange(messages, nullptr));
     ThisApartment().osVersion = QueryOsVersion();
     answers.clear();
