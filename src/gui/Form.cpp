@@ -192,7 +192,7 @@ void Form::OnActivate()
     if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
     if (!lastFocus_) return; // a form may have nothing to focus
     SetFocus(lastFocus_);
-    if (const Control* control = FindControl(lastFocus_)) Reveal(*control);
+    if (Control* control = FindControl(lastFocus_)) OnFocusMoved(*control);
 }
 
 Form* Form::FromWindow(HWND window) noexcept
