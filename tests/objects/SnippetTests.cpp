@@ -58,7 +58,7 @@ TEST_P(SnippetTest, ComesToItsEnd)
     std::vector<std::unique_ptr<EventListener>> listeners;
     const ComPtr<Members> host(new Members);
     Engine engine([&](const std::wstring&) { return ComPtr<IDispatch>(host.Get()); },
-                  GetParam().ends_with(".js") ? Language::JScript : Language::VbScript);
+                  GetParam().ends_with(".js") ? L"JScript" : L"VBScript");
     engine.Add(L"WScript");
     host->Add(L"Echo", [&](std::vector<Variant> given) {
         for (const Variant& value : given)

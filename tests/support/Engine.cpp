@@ -7,15 +7,6 @@
 
 namespace quill::test {
 
-namespace {
-
-constexpr CLSID kVbScript{
-    0xB54F3741, 0x5B07, 0x11CF, {0xA4, 0xB0, 0x00, 0xAA, 0x00, 0x4A, 0x55, 0xE8}};
-constexpr CLSID kJScript{
-    0xF414C260, 0x6AC0, 0x11CF, {0xB6, 0xD1, 0x00, 0xAA, 0x00, 0xBB, 0xBB, 0x58}};
-
-} // namespace
-
 // What the engine asks of its host.
 class Engine::Site final : public Counted<IActiveScriptSite> {
 public:
@@ -61,11 +52,12 @@ private:
     ScriptError error_;
 };
 
-Engine::Engine(Maker maker, Language language) : site_(new Site(std::move(maker)))
+Engine::Engine(Maker maker, const wchar_t* language) : site_(new Site(std::move(maker)))
 {
+    CLSID id;
     ComPtr<IActiveScriptParse> parse;
-    Check(CoCreateInstance(language == Language::JScript ? kJScript : kVbScript, nullptr,
-                           CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&script_)));
+    Check(CLSIDFromProgID(language, &id));
+    Check(CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&script_)));
     Check(script_.As(&parse));
     Check(parse->InitNew());
     Check(script_->SetScriptSite(site_.Get()));

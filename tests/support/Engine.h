@@ -20,15 +20,12 @@ struct Outcome {
     Variant value;
 };
 
-enum class Language { VbScript, JScript };
-
 class Engine {
 public:
     // Makes the object of a name when the script first uses it.
     using Maker = std::function<ComPtr<IDispatch>(const std::wstring& name)>;
 
-    explicit Engine(Maker maker,
-                    Language language = Language::VbScript); // throws AutomationError
+    explicit Engine(Maker maker, const wchar_t* language = L"VBScript"); // throws AutomationError
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
