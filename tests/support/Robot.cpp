@@ -384,7 +384,7 @@ void Robot::Run(const Script& script) noexcept
         script(desk_);
         desk_.AwaitStarted();
         if (WaitForSingleObject(callReturned_.get(), kCallDeadline) != WAIT_OBJECT_0)
-            failure_ = "the call goes on after all that the robot was to do";
+            failure_ = "the call goes on after all that the robot was to do: is an answer missing?";
     } catch (const std::exception& error) {
         failure_ = error.what();
     }
