@@ -4,35 +4,33 @@
 
 #include <malloc.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <new>
 
 #include "core/Platform.h"
 
 namespace quill::fuzz {
+
+std::atomic<long> taskBlocks{0};
+std::atomic<void (*)(const void*, size_t)> onFree{nullptr};
+
 namespace {
 
 std::atomic<long> own{0};
-std::atomic<long> task{0};
 
 // A block that was made before the spy came is not `spied`.
 class Spy final : public IMallocSpy {
 public:
-    STDMETHODIMP QueryInterface(REFIID id, void** object) override
-    {
-        *object = id == IID_IUnknown || id == IID_IMallocSpy ? this : nullptr;
-        return *object ? S_OK : E_NOINTERFACE;
-    }
+    STDMETHODIMP QueryInterface(REFIID, void** object) override { return *object = this, S_OK; }
     STDMETHODIMP_(ULONG) AddRef() override { return 2; }
     STDMETHODIMP_(ULONG) Release() override { return 1; }
     STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T bytes) override { return bytes; }
-    STDMETHODIMP_(void*) PostAlloc(void* block) override { return task += !!block, block; }
+    STDMETHODIMP_(void*) PostAlloc(void* block) override { return taskBlocks += !!block, block; }
     STDMETHODIMP_(void*) PreFree(void* block, BOOL spied) override
     {
         if (const auto look = onFree.load(); look && block)
             look(block, HeapSize(GetProcessHeap(), 0, block));
-        return task -= block && spied, block;
+        return taskBlocks -= block && spied, block;
     }
     STDMETHODIMP_(void) PostFree(BOOL) override {}
     STDMETHODIMP_(SIZE_T)
@@ -50,35 +48,29 @@ public:
     STDMETHODIMP_(void) PostHeapMinimize() override {}
 };
 
-long CountThreads()
-{
-    const Owned<HANDLE, CloseHandle> snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-    THREADENTRY32 thread{};
-    thread.dwSize = sizeof thread;
-    long count = 0;
-    for (BOOL more = Thread32First(snapshot.get(), &thread); more;
-         more = Thread32Next(snapshot.get(), &thread))
-        count += thread.th32OwnerProcessID == GetCurrentProcessId();
-    return count;
-}
-
 } // namespace
 
 // Handles are numbers in tables, tried one by one: the platform's own counts are 0 under Wine, and
 // leave out message-only windows. Those of windows and menus without a generation stand for any.
 Held HeldNow()
 {
-    Held held{0, 0, 0, CountThreads(), own, task};
-    for (ULONG_PTR number = 4; number < 0x4000; number += 4) {
-        DWORD flags = 0;
-        held.handles += GetHandleInformation(reinterpret_cast<HANDLE>(number), &flags);
-    }
+    Held held{0, 0, 0, 0, own, taskBlocks};
+    auto& [handles, windows, menus, threads, blocks, taken] = held;
+    DWORD flags = 0;
+    for (ULONG_PTR number = 4; number < 0x4000; number += 4)
+        handles += GetHandleInformation(reinterpret_cast<HANDLE>(number), &flags);
     for (ULONG_PTR number = 0x20; number < 0x10000; number += 2) {
         DWORD owner = 0;
         GetWindowThreadProcessId(reinterpret_cast<HWND>(number), &owner);
-        held.windows += owner == GetCurrentProcessId();
-        held.menus += IsMenu(reinterpret_cast<HMENU>(number));
+        windows += owner == GetCurrentProcessId();
+        menus += IsMenu(reinterpret_cast<HMENU>(number));
     }
+    const Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 thread{};
+    thread.dwSize = sizeof thread;
+    for (BOOL more = Thread32First(snapshot.get(), &thread); more;
+         more = Thread32Next(snapshot.get(), &thread))
+        threads += thread.th32OwnerProcessID == GetCurrentProcessId();
     return held;
 }
 
@@ -90,13 +82,6 @@ void CountTaskBlocks()
     static Spy spy;
     CoRegisterMallocSpy(&spy);
 }
-
-long TaskBlocks() noexcept
-{
-    return task;
-}
-
-std::atomic<void (*)(const void*, size_t)> onFree{nullptr};
 
 } // namespace quill::fuzz
 
