@@ -2,18 +2,14 @@
 // fails when one crashes, hangs, answers what no script can use, or leaves something behind.
 //
 // The classes run in this program, built with checks for undefined behaviour that trap.
-// QUILL_FUZZ_CALLS and QUILL_FUZZ_SEED are numbers; the same seed makes the same calls. What a user
+// QUILL_FUZZ_CALLS is their number. The same --gtest_random_seed makes the same calls; what a user
 // does meanwhile, and calls that come in while a dialog is open, depend on time, too.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 #include <cmath>
-#include <cstdio>
 #include <deque>
-#include <list>
-#include <numeric>
-#include <optional>
+#include <map>
 #include <random>
 #include <span>
 #include <thread>
@@ -36,56 +32,45 @@ constexpr DWORD kLongestCall = 30'000; // milliseconds; more is a hang
 constexpr size_t kDeepest = 3;         // calls inside calls
 constexpr size_t kObjectsOfClass = 3;  // that live at a time
 constexpr unsigned kSession = 500;     // calls, then all objects are released and made anew
-constexpr unsigned kCheckpoints = 8;   // the first half is warm-up
 
 // clang-format off
 constexpr LONGLONG kNumbers[] = {
-    0, 1, -1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 16, 17, 30, 31, 32, 33, 48, 63, 64, 65, 100, 101, 127, 128,
-    255, 256, 257, 1023, 1024, 1025, 3600, 3601, 32512, 32518, 32767, 32768, -32768, -32769, 65001,
-    65535, 65536, INT32_MAX, 1 << 30, INT32_MIN, 1LL << 31, UINT32_MAX, 1LL << 53, INT64_MAX, INT64_MIN};
+    0, 1, -1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 16, 17, 30, 31, 32, 33, 48, 64, 65, 100, 101, 127, 128,
+    255, 256, 257, 1024, 3600, 3601, 32512, 32518, 32767, 32768, -32768, -32769, 65535, 65536,
+    INT32_MAX, INT32_MIN, 1LL << 31, UINT32_MAX, 1LL << 53, INT64_MAX, INT64_MIN};
 
 // With the last second that a date can be.
-constexpr double kFractions[] = {0.5, -0.5, 1.5, 36526.25, 2958465.999988426, 2958466, -657434, -657435,
-                                 1e308, -1e308, 1e-310, NAN, INFINITY};
+constexpr double kFractions[] = {0.5, -0.5, 1.5, 36526.25, 2958465.999988426, 2958466, -657434,
+                                 -657435, 1e308, -1e308, 1e-310, NAN, INFINITY};
 
 // Texts that mean something to one class or another. Paths are relative to the folder of the run,
 // or name nothing that exists.
 constexpr std::wstring_view kTexts[] = {
     L"", L" ", L"a", L"0", L"-1", L" 12 ", L"1e400", L"&H7F", L"2024-02-30", L"12:30", L"True",
-    L"\x0663\x0664", L"a\r\nb\r\nc", L"\n\r", L"a=b\r\nc", L"Text\0*.txt\0All\0*.*\0\0"sv,
-    L"hidden\0behind"sv, L"\0"sv, L"%s%n%1!s!%%n%", L"%PATH%%NOTHING%%", L"{0}\\u0041\\",
-    L"*a*b*c*d*e*f*g", L"[a-", L";;;", L"\xD800", L"x\xDC00y", L"\xD83D\xDE00", L"\x202Eolleh",
-    L"e\x0301\x0302\x0303", L"CON", L"..\\..\\up.txt", L".", L"\\\\.\\", L"\\\\?\\",
-    L"\\\\nohost\\share\\x", L"Q:\\", L"Q:x", L"C", L"C:", L".\\text.txt", L".\\values.ini",
-    L"bytes.bin", L".\\icon.ico", L".\\program.exe", L"*.txt", L"section", L"key",
-    L"HKEY_CURRENT_USER\\", L"HKCU\\Software\\Wine", L"HKEY_LOCAL_MACHINE\\System\\\\",
-    L"HKEY_NONE\\x", L"HKEY_CLASSES_ROOT\\.txt\\", L"\\\\\\", L"MD5", L"SHA256", L"00ff 7F", L"QQ==",
-    L"====", L"http://u:p@host:80/p/a?q=1#f", L"file:///Q:/a%20b", L"%zz%C3%28%", L"http://[::1", L"//",
-    L"shell32.dll", L"#1", L"#99999", L"SystemAsterisk", L"- -", L"\t"};
+    L"\x0663\x0664", L"a\r\nb\r\nc", L"\n\r", L"a=b\r\nc", L"Text\0*.txt\0All\0*.*\0\0"sv, L"key",
+    L"hidden\0behind"sv, L"\0"sv, L"%s%n%1!s!%%n%", L"%PATH%%NOTHING%%", L"{0}\\u0041\\", L"[a-",
+    L"*a*b*c*d*e*f*g", L";;;", L"x\xDC00y", L"\xD83D\xDE00", L"\x202Eolleh", L"CON", L".", L"//",
+    L"..\\..\\up.txt", L"\\\\.\\", L"\\\\?\\", L"\\\\nohost\\share\\x", L"Q:\\", L"Q:x", L"C:",
+    L".\\text.ini", L".\\icon.ico", L".\\program.exe", L"*.txt", L"section", L"\\\\\\", L"- -",
+    L"HKEY_CURRENT_USER\\", L"HKEY_LOCAL_MACHINE\\System\\\\", L"HKEY_CLASSES_ROOT\\.txt\\", L"\t",
+    L"SHA256", L"00ff 7F", L"QQ==", L"====", L"http://u:p@host:80/p/a?q=1#f", L"http://[::1",
+    L"file:///Q:/a%20b", L"%zz%C3%28%", L"shell32.dll", L"#99999", L"SystemAsterisk"};
 
 // As often as each is to be taken; the elements of arrays have those after the first four.
 constexpr VARTYPE kTypes[] = {
-    VT_EMPTY, VT_NULL, VT_ARRAY, VT_ARRAY, VT_VARIANT, VT_VARIANT, VT_BSTR, VT_BSTR, VT_BSTR, VT_BSTR,
-    VT_DISPATCH, VT_DISPATCH, VT_ERROR, VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI1, VT_UI2, VT_UI4,
+    VT_EMPTY, VT_NULL, VT_ARRAY, VT_ARRAY, VT_VARIANT, VT_VARIANT, VT_BSTR, VT_BSTR, VT_BSTR,
+    VT_BSTR, VT_DISPATCH, VT_DISPATCH, VT_ERROR, VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI2, VT_UI4,
     VT_UI8, VT_INT, VT_UINT, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BOOL, VT_DECIMAL};
 
 constexpr std::pair<const wchar_t*, std::string_view> kFiles[] = {
-    {L"text.txt", "first\r\nsecond\r\n"},
-    {L"values.ini", "[section]\r\nkey=value\r\n[a]\r\nb=c\r\n"},
-    {L"bytes.bin", "\x81\0\r\n\xFF"sv},
+    {L"text.ini", "first\r\n[section]\r\nkey=value\r\n[a]\r\nb=c\r\n\x81\0\xFF"sv},
     {L"icon.ico", "\0\0\1\0\1\0\x10\x10\0\0\1\0\x20\0\xFF\xFF\0\0"sv},
-    {L"program.exe", "MZ..........................................................\xF0\xFF\xFF\x7F"}};
+    {L"program.exe", "MZ..........................................................\xF0\xFF\xFF\x7F"sv}};
 // clang-format on
 
-struct Class {
-    std::string name;
+struct Member {
     const CatalogueRow* row; // null for what only other objects return
     ComPtr<ITypeInfo> info;
-    std::vector<ComPtr<IDispatch>> objects;
-};
-
-struct Member {
-    Class& owner;
     const FUNCDESC& function; // the type information's
     std::string name;
 };
@@ -96,93 +81,59 @@ struct Call {
     std::string text = "a new object"; // for a failure's message
 };
 
-unsigned NumberFrom(const char* variable, unsigned otherwise)
-{
-    const char* const value = std::getenv(variable);
-    return value ? std::stoul(value) : otherwise;
-}
-const unsigned calls = NumberFrom("QUILL_FUZZ_CALLS", 8'000);
-const unsigned seed = NumberFrom("QUILL_FUZZ_SEED", 1);
+const char* const wantedCalls = std::getenv("QUILL_FUZZ_CALLS");
+const unsigned calls = wantedCalls ? std::stoul(wantedCalls) : 8'000;
 
-class Fuzzer {
+class Fuzz : public testing::Test {
 public:
-    Fuzzer()
+    Fuzz()
     {
         fuzzer_ = this;
-        AddVectoredExceptionHandler(1, OnException);
         CountTaskBlocks();
+        SetCurrentDirectoryW(folder_.Path().c_str());
         ComPtr<ITypeInfo> info;
         for (const CatalogueRow& row : kCatalogue) {
             ComPtr<IDispatch> object;
             Check(CreateHere(row, IID_PPV_ARGS(&object)));
             Check(object->GetTypeInfo(0, LOCALE_NEUTRAL, info.ReleaseAndGetAddressOf()));
-            AddMembers({test::Narrow(row.name), &row, info, {}});
+            AddMembers(&row, row.name, info);
         }
         Check(TypeLibrary()->GetTypeInfoOfGuid(IID__BinFile, info.ReleaseAndGetAddressOf()));
-        AddMembers({"BinFile", nullptr, info, {}});
+        AddMembers(nullptr, L"BinFile", info);
         SetTimer(nullptr, 0, 20, [](HWND, UINT, UINT_PTR, DWORD) WINAPI { fuzzer_->OnTick(); });
+        AddVectoredExceptionHandler(1, [](EXCEPTION_POINTERS* pointers) WINAPI -> LONG {
+            // Errors, not warnings or C++ exceptions; failed checks of behaviour end in an illegal
+            // instruction.
+            const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
+            if (fuzzer_ && record.ExceptionCode >> 28 == 0xC)
+                fuzzer_->Fail("an exception", reinterpret_cast<ULONG_PTR>(record.ExceptionAddress));
+            return EXCEPTION_CONTINUE_SEARCH;
+        });
     }
 
-    void Run()
-    {
-        const std::jthread user([this](const std::stop_token& end) { Answer(end); });
-        std::vector<Held> held; // at each checkpoint
-        ReleaseAll();
-        for (unsigned checkpoint = 1; checkpoint <= kCheckpoints; ++checkpoint) {
-            while (number_ < calls * checkpoint / kCheckpoints)
-                Step();
-            held.push_back(Rest());
-        }
-        // Caches of the platform grow once by several blocks, or now and then by one. What a call
-        // leaves grows from each checkpoint to the next. Wine's caches are among the task blocks,
-        // and little of ours. Until each dialog was shown in each of its forms, the platform is
-        // still loading; Wine's file dialog keeps a key of the registry each time in a new prefix.
-        const long later = static_cast<long>(calls / 10'000);
-        const Held tolerated{
-            later < 10 ? LONG_MAX : 8 + 6 * later, 0, 0, 2, 3 + later, 8 + 2 * later};
-        for (size_t kind = 0; kind < kHeld.size(); ++kind) {
-            std::vector<long> growth;
-            for (size_t index = kCheckpoints / 2; index < kCheckpoints; ++index)
-                growth.push_back(held[index][kind] - held[index - 1][kind]);
-            const long steady =
-                std::reduce(growth.begin(), growth.end()) - std::max(0L, std::ranges::max(growth));
-            EXPECT_LE(steady, tolerated[kind]) << kHeld[kind];
-        }
-    }
+    ~Fuzz() override { fuzzer_ = nullptr; }
 
-private:
-    void AddMembers(Class described)
+    void AddMembers(const CatalogueRow* row, std::wstring_view name, const ComPtr<ITypeInfo>& info)
     {
-        Class& owner = classes_.emplace_back(std::move(described));
         FUNCDESC* function = nullptr;
-        for (UINT place = 0; SUCCEEDED(owner.info->GetFuncDesc(place, &function)); ++place) {
-            BSTR name = nullptr;
-            Check(owner.info->GetDocumentation(function->memid, &name, nullptr, nullptr, nullptr));
+        for (UINT place = 0; SUCCEEDED(info->GetFuncDesc(place, &function)); ++place) {
+            BSTR member = nullptr;
+            Check(info->GetDocumentation(function->memid, &member, nullptr, nullptr, nullptr));
+            const std::wstring full = std::wstring(name) + L'.' + test::Taken(member);
             if (!(function->wFuncFlags & FUNCFLAG_FRESTRICTED))
-                members_.push_back({owner, *function, test::Narrow(test::Taken(name))});
+                members_.push_back({row, info, *function, test::Narrow(full)});
         }
     }
 
-    [[noreturn]] void Fail(const std::string& reason) const
+    [[noreturn]] void Fail(const char* reason, ULONG_PTR place = 0) const
     {
-        std::printf("fuzz: FAILED: %s\n  seed %u, call %u%s\n", reason.c_str(), seed,
-                    number_.load(), since_ ? "" : ", after it");
+        std::printf("fuzz: FAILED: %s %#lx\n  seed %d, call %u%s\n", reason, place,
+                    GTEST_FLAG_GET(random_seed), number_.load(), since_ ? "" : ", after it");
         for (const Call& call : calls_)
             std::printf("    %s\n", call.text.c_str());
         std::fflush(stdout);
         TerminateProcess(GetCurrentProcess(), 3);
         std::abort();
-    }
-
-    static LONG WINAPI OnException(EXCEPTION_POINTERS* pointers)
-    {
-        // Errors, not warnings or C++ exceptions; failed checks of behaviour end in an illegal
-        // instruction.
-        const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
-        if (record.ExceptionCode >> 28 == 0xC)
-            fuzzer_->Fail("an exception at " +
-                          std::to_string(reinterpret_cast<uintptr_t>(record.ExceptionAddress)));
-        return EXCEPTION_CONTINUE_SEARCH;
     }
 
     // The user, and a watch, on a thread of their own.
@@ -199,7 +150,7 @@ private:
         }
     }
 
-    // Closes it or presses one of its buttons, by turns.
+    // Closes it or presses its first button, by turns.
     static void AnswerWindow(HWND window, unsigned turn)
     {
         DWORD process = 0;
@@ -211,12 +162,9 @@ private:
             (test::Desk::ClassOf(window) == L"#32770" &&
              FindWindowExW(window, nullptr, PROGRESS_CLASSW, nullptr)))
             return;
-        std::vector<HWND> buttons = test::Listed(window);
-        std::erase_if(buttons, [](HWND child) { return test::Desk::ClassOf(child) != L"Button"; });
-        if (turn % 2 == 0 || buttons.empty())
-            PostMessageW(window, WM_CLOSE, 0, 0);
-        else
-            PostMessageW(buttons[turn / 2 % buttons.size()], BM_CLICK, 0, 0);
+        const HWND button = FindWindowExW(window, nullptr, WC_BUTTONW, nullptr);
+        const bool presses = button && turn % 2;
+        PostMessageW(presses ? button : window, presses ? BM_CLICK : WM_CLOSE, 0, 0);
     }
 
     std::uint32_t Below(size_t limit) { return calls_.back().random() % limit; }
@@ -261,10 +209,9 @@ private:
         Variant value;
         V_VT(&value) = type;
         if (type == VT_BSTR || type == VT_DISPATCH) return value; // null
-        const LONGLONG number = Percent(85) ? Pick(kNumbers) : static_cast<LONG>(Below(UINT_MAX));
-        V_I8(&value) = number;
+        V_I8(&value) = Percent(85) ? Pick(kNumbers) : Below(UINT_MAX);
         if (type == VT_R8 || type == VT_DATE)
-            V_R8(&value) = Percent(50) ? static_cast<double>(number) : Pick(kFractions);
+            V_R8(&value) = Percent(50) ? static_cast<double>(V_I8(&value)) : Pick(kFractions);
         if (type == VT_ERROR) V_ERROR(&value) = DISP_E_PARAMNOTFOUND;
         if (type == VT_DECIMAL) V_DECIMAL(&value).scale = static_cast<BYTE>(Below(29));
         return value;
@@ -319,19 +266,18 @@ private:
     {
         Call& call = calls_.emplace_back(Call{std::mt19937(randomSeed)});
         const Member& member = Pick(members_);
-        auto& objects = member.owner.objects;
-        if (member.owner.row && objects.size() < kObjectsOfClass &&
-            (objects.empty() || Percent(5))) {
+        auto& objects = objects_[member.row];
+        if (member.row && objects.size() < kObjectsOfClass && (objects.empty() || Percent(5))) {
             ComPtr<IDispatch>& made = objects.emplace_back();
-            Check(CreateHere(*member.owner.row, IID_PPV_ARGS(&made)));
-            DWORD cookie = 0;
-            for (ComPtr<IConnectionPointContainer> source;
-                 SUCCEEDED(made.As(&source)) && Percent(60);)
+            Check(CreateHere(*member.row, IID_PPV_ARGS(&made)));
+            ComPtr<IConnectionPointContainer> source;
+            for (DWORD cookie = 0; SUCCEEDED(made.As(&source)) && Percent(60);)
                 test::PointOf(made.Get())->Advise(new ScriptObject, &cookie);
         }
         if (objects.empty()) return;
         const ComPtr<IDispatch> object = Pick(objects); // calls inside may release it
-        call.text = member.owner.name + '.' + member.name;
+        if (Percent(2)) std::erase(objects, object);
+        call.text = member.name;
 
         const bool exact = Percent(50);
         std::vector<Variant> arguments;
@@ -354,13 +300,7 @@ private:
         std::vector<VARIANT> values(arguments.rbegin(), arguments.rend());
         DISPPARAMS parameters{values.data(), named.data(), static_cast<UINT>(values.size()),
                               static_cast<UINT>(named.size())};
-        Invoke(object.Get(), member, flags, parameters);
-        if (Percent(2)) std::erase(objects, object);
-    }
 
-    void Invoke(IDispatch* object, const Member& member, WORD flags, DISPPARAMS& parameters)
-    {
-        const bool puts = flags == DISPATCH_PROPERTYPUT;
         const bool heard = Percent(95); // or the caller wants neither result nor error
         Variant result;
         EXCEPINFO error{};
@@ -372,9 +312,8 @@ private:
         const std::wstring source = test::Taken(error.bstrSource);
         const std::wstring description = test::Taken(error.bstrDescription);
         const Bstr help(error.bstrHelpFile);
-        calls_.back().text += " -> " + std::to_string(code) + ' ' + test::Describe(result) + ", " +
-                              std::to_string(error.scode) +
-                              test::Narrow(source + L": " + description);
+        call.text += " -> " + std::to_string(code) + ' ' + test::Describe(result) + ", " +
+                     std::to_string(error.scode) + test::Narrow(source + L": " + description);
         // Where memory is short there is none for a text either.
         if (code == DISP_E_EXCEPTION && heard && error.scode != E_OUTOFMEMORY &&
             ((SUCCEEDED(error.scode) && error.wCode == 0) || description.empty() ||
@@ -395,8 +334,8 @@ private:
             V_BOOL(&result) != VARIANT_FALSE)
             Fail("neither True nor False");
         // A file that a call opened is called from now on, too.
-        auto& files = classes_.back().objects;
-        if (member.name == "OpenBinary" && V_DISPATCH(&result))
+        auto& files = objects_[nullptr];
+        if (member.name == "File.OpenBinary" && V_DISPATCH(&result))
             files.insert(files.begin(), V_DISPATCH(&result));
         if (files.size() > kObjectsOfClass) files.pop_back();
     }
@@ -415,59 +354,61 @@ private:
         const ULONGLONG running = GetTickCount64() - since_;
         if (since_ == 0 || running < 60) return;
         CallInside();
-        for (const Class& owner : classes_)
-            for (const auto& object : owner.objects)
-                if (running > 500 && owner.row) test::LastClient(object.Get()).Die();
+        for (const auto& [row, objects] : objects_)
+            for (const auto& object : objects)
+                if (running > 500 && row) test::LastClient(object.Get()).Die();
     }
 
-    void Step()
+    // What is held then, when nothing is used.
+    Held RunTo(unsigned end)
     {
-        since_ = GetTickCount64();
-        calls_.clear();
-        CallAny(1'000'003 * seed + ++number_);
-        if (number_ % 16 == 0) DispatchPending();
-        if (number_ % kSession == 0) ReleaseAll();
-        since_ = 0;
-    }
-
-    void ReleaseAll()
-    {
-        for (Class& owner : classes_)
-            owner.objects.clear();
-        DispatchPending();
-        SetCurrentDirectoryW(L"\\");
-        SetCurrentDirectoryW(folder_.emplace().Path().c_str());
-        for (const auto& [name, bytes] : kFiles)
-            folder_->Write(name, bytes);
-    }
-
-    // What is held when nothing is used.
-    Held Rest()
-    {
+        for (; number_ < end; since_ = 0) {
+            if (number_ % kSession == 0) ReleaseAll();
+            since_ = GetTickCount64();
+            calls_.clear();
+            CallAny(1'000'003U * static_cast<unsigned>(GTEST_FLAG_GET(random_seed)) + ++number_);
+            DispatchPending();
+        }
         ReleaseAll();
         for (int round = 0; round < 20; ++round)
             WaitForMessages(15);
         const Held now = HeldNow();
-        std::printf("fuzz: seed %u, %u calls", seed, number_.load());
+        std::printf("fuzz: %u calls", number_.load());
         for (size_t kind = 0; kind < kHeld.size(); ++kind)
             std::printf(", %ld %s", now[kind], kHeld[kind]);
         std::puts("");
         return now;
     }
 
-    static inline Fuzzer* fuzzer_ = nullptr;
+    void ReleaseAll()
+    {
+        objects_.clear();
+        DispatchPending();
+        for (const auto& [name, bytes] : kFiles)
+            folder_.Write(name, bytes);
+    }
+
+    static inline Fuzz* fuzzer_ = nullptr;
 
     std::atomic<unsigned> number_ = 0; // of the call
     std::atomic<ULONGLONG> since_ = 0; // milliseconds; 0 between calls
-    std::list<Call> calls_;            // the outermost first
-    std::deque<Class> classes_;
+    std::deque<Call> calls_;           // the outermost first
     std::vector<Member> members_;
-    std::optional<test::TemporaryFolder> folder_;
+    std::map<const CatalogueRow*, std::vector<ComPtr<IDispatch>>> objects_; // by class
+    const test::TemporaryFolder folder_;
 };
 
-TEST(Fuzz, EveryMemberTakesAnything)
+TEST_F(Fuzz, EveryMemberTakesAnything)
 {
-    Fuzzer().Run();
+    const std::jthread user([this](const std::stop_token& end) { Answer(end); });
+    const Held warm = RunTo(calls / 2);
+    const Held now = RunTo(calls);
+    // Handles: Wine's file dialog keeps a key of the registry each time in a new prefix. Wine's
+    // caches are among the task blocks, and little of ours.
+    const long later = static_cast<long>(calls / 10'000);
+    const Held growth{8 + 6 * later, 0, 0, 2, 6 + later, 6 + 2 * later};
+    for (size_t kind = 0; kind < kHeld.size(); ++kind)
+        EXPECT_LE(now[kind], warm[kind] + growth[kind]) << kHeld[kind];
 }
 
 } // namespace

@@ -34,9 +34,9 @@ public:
     }
     STDMETHODIMP_(void) PostFree(BOOL) override {}
     STDMETHODIMP_(SIZE_T)
-    PreRealloc(void* block, SIZE_T bytes, void** passed, BOOL spied) override
+    PreRealloc(void* block, SIZE_T bytes, void** to, BOOL spied) override
     {
-        *passed = PreFree(block, spied);
+        *to = PreFree(block, spied);
         return bytes;
     }
     STDMETHODIMP_(void*) PostRealloc(void* block, BOOL) override { return PostAlloc(block); }
