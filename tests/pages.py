@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Makes tests of the pages of docs/.
-
-Contract.txt, a table (tests/tables): members, signatures and types against the interface (those that
-differ become lines that fail), and for each property of the reference its type, its default and what
-becomes of values at the ends of its range, beyond them and elsewhere; no other one may move.
-
-snippets/page_line.vb or .js: each snippet, below what the user does meanwhile, as in tables.
-
-pages.py FOLDER"""
+# Makes tests of the pages of docs/.
+#
+# Contract.txt, a table (tests/tables): members, signatures and types against the interface (those that
+# differ become lines that fail), and for each property of the reference its type, its default and what
+# becomes of values at the ends of its range, beyond them and elsewhere; no other one may move.
+#
+# snippets/page_line.vb or .js: each snippet, below what the user does meanwhile, as in tables.
+#
+# pages.py FOLDER
 import hashlib
 import pathlib
 import re
@@ -31,10 +31,6 @@ def fault(text):
     lines.append('? "' + str(text).replace('"', "'") + '" = ""')
 
 
-def script_type(name):
-    return TYPES.get(name, name[1:] if name.startswith('_') else 'Long')  # an object, an enumeration
-
-
 # --- The interface: class -> [(name, 'propget', 'propput' or '', type, signature, parameters)]
 
 preprocess = ['i686-w64-mingw32-cpp-posix', '-P', '-undef', '-w', ROOT / 'src/core/quill.idl']
@@ -47,25 +43,22 @@ published = {}
 for owner, body in re.findall(r'interface _+(\w+)(?: : IDispatch)?\s*\{(.*?)\n    \}', source, re.S):
     members = published.setdefault(owner, [])
     for flags, name, given in re.findall(r'\[([^]]*)\]\s*(?:HRESULT|void) (\w+)\((.*?)\);', body, re.S):
-        text, end, result, parameters = name + '(', '', '', []
+        signature, optional, result, parameters = name + '(', 0, '', []
         for marks, kind, argument in re.findall(r'\[((?:[^]"]|"[^"]*")*)\] (\w+) \**(\w+)', given):
             argument = 'default' if argument == 'Default' else argument
-            kind = script_type(kind)
+            kind = TYPES.get(kind, kind[1:] if kind.startswith('_') else 'Long')  # an object, an enumeration
             if 'retval' in marks:
                 result = kind
                 continue
-            text += '' if text.endswith('(') else ' ' if 'optional' in marks else ', '
-            if 'optional' in marks:
-                text += '[' if text.endswith('(') else '[, '
-                end += ']'
-            text += argument
+            comma = ', ' if parameters else ''
+            signature += (' [' if parameters else '[') + comma + argument if 'optional' in marks else comma + argument
+            optional += 'optional' in marks
             if initial := re.search(r'defaultvalue\((.*?)\)', marks):
-                word = {'0': 'False', '-1': 'True'}[initial[1]] if kind == 'Boolean' else initial[1]
-                text += ' = ' + word
+                signature += ' = ' + (initial[1] if kind != 'Boolean' else str(initial[1] != '0'))
             parameters.append((argument, kind))
         access = flags.split(',')[0] if flags.startswith('prop') else ''
         members.append((name, access, result or parameters[0][1] if access else result,
-                        f'{text}{end})`' + (f' → {result}' if result else ''), parameters))
+                        signature + ']' * optional + ')`' + (f' → {result}' if result else ''), parameters))
 
 # --- The pages: rows of properties by class (or '' for what classes share) and name
 
@@ -92,125 +85,111 @@ for page in sorted((ROOT / 'docs').glob('*.md')):
         for owner in classes:
             rows[owner, row[0]] = row
     for snippet in re.finditer(r'(?:^<!-- answers:((?:(?!-->).)*)-->\n)?^```(vb|js)\n(.*?)^```$', text, re.S | re.M):
-        answers = [line.strip() for line in (snippet[1] or '').split('\n') if line.strip()]
+        answers = re.sub(r'^ *(\S)', r'< \1', (snippet[1] or '').strip(), flags=re.M)
         line = text[:snippet.start(3)].count('\n')
         name = f'{page.stem.replace("-", "")}_{line}.{snippet[2]}'
-        (OUT / 'snippets' / name).write_text('\n'.join([f'< {answer}' for answer in answers] + [snippet[3]]))
+        (OUT / 'snippets' / name).write_text(f'{answers}\n{snippet[3]}'.lstrip())
 unused = set(rows.values())
 
 
 # --- Values as the script writes them
 
-def literal(kind, initial, owner):
-    if ' or ' in initial:  # two classes: "QUILL Window" or "QUILL Window2"
-        initial = initial.split(' or ')[initial.endswith(f'{owner}"')]
-    if kind == 'String':
-        return '"' + initial.strip('`"').replace('empty', '') + '"'
-    return initial
+def literal(kind, value):
+    if kind in ('String', 'Variant'):
+        return f'String({value}, "x")'
+    return bool(value) if kind == 'Boolean' else value
 
 
+def initially(row, owner):
+    text = row[2]
+    if ' or ' in text:  # two classes: "QUILL Window" or "QUILL Window2"
+        text = text.split(' or ')[text.endswith(f'{owner}"')]
+    return '"' + text.strip('`"').replace('empty', '') + '"' if row[1] == 'String' else text
+
+
+# Values to put, and what the property is after `put` when it was `old`; None stands for the error.
 def rule(kind, accepted):
-    """What a property is after `put`, when it was `before`; None where that raises the error."""
     if found := re.fullmatch(r'cut to (\d+)(, an empty text is ignored)?', accepted):
         limit = int(found[1])
-        return [limit, limit + 1, 0], lambda old, put: old if found[2] and not put else min(put, limit), ''
+        return [limit, limit + 1, 0], lambda old, put: old if found[2] and not put else min(put, limit)
     if kind in ('String', 'Variant'):
-        return [70_000, 0], lambda old, put: put, ''
-    ranges, others, error = [], accepted, ''
-    if found := re.fullmatch(r'(sum of )?(.*), others (raise 0x(\w+)|.*)', accepted):
-        others, error = found[3], found[4] or ''
-        for low, high, stored in re.findall(r'(-?\d+)(?: to (-?\d+))?(?: as (\d+))?', found[2]):
-            ranges.append((int(low), int(high or low), int(stored) if stored else None))
+        return [70_000, 0], lambda old, put: put
+    found = re.fullmatch(r'(sum of )?(.*), others (.*)', accepted)
+    others = (found[3] if found else accepted).split(' 0x')[0]
+    ranges = [(int(low), int(high or low), stored) for low, high, stored in
+              re.findall(r'(-?\d+)(?: to (-?\d+))?(?: as (\d+))?', found[2] if found else '')]
     bits = sum(low for low, _, _ in ranges)
 
     def after(old, put):
         for low, high, stored in ranges:
-            if low <= put <= high and 'sum of' not in accepted:
-                return put if stored is None else stored
-        return {'any': put, 'any, always resets': 0, 'are ignored': old, 'store 0': 0, 'are cut to 24 bits':
-                put & 0xFFFFFF, 'become the nearest': max(min(put, ranges[0][1]), ranges[0][0]) if ranges else 0,
-                'are dropped': put & bits, f'raise 0x{error}': None}[others]
+            if low <= put <= high and not found[1]:
+                return int(stored or put)
+        nearest = ranges and sorted((put, *ranges[0][:2]))[1]
+        return {'any': put, 'any, always resets': 0, 'are ignored': old, 'store 0': 0, 'are dropped': put & bits,
+                'are cut to 24 bits': put & 0xFFFFFF, 'become the nearest': nearest, 'raise': None}[others]
 
     low, high = {'Integer': (-2**15, 2**15 - 1), 'Boolean': (-1, 0), 'Currency': (-2**40, 2**49),
                  'Date': (0, 2**15)}.get(kind, (-2**31, 2**31 - 1))
     tried = [0, 1, -1, 2**15 - 1, -2**15, 2**31 - 1, -2**31]
     for first, last, _ in ranges:
         tried = [first, last, last + 1, first - 1] + tried
-    return [value for value in tried if low <= value <= high], after, error
+    return [value for value in tried if low <= value <= high], after
 
 
 def row_of(owner, name):
-    return rows.get((owner, name)) or rows.get(('', name))
+    return rows.get((owner, name)) or rows.get(('', name)) or sys.exit(f'no page has a row for {owner}.{name}')
 
 
+# Lines that put values into `one`, a new object, and look at them and at all others.
 def try_property(owner, name, others):
-    """Lines that put values into `one`, a new object, and look at them and at all others."""
-    _, kind, initial, accepted, _ = row_of(owner, name)
+    _, kind, _, accepted, _ = row = row_of(owner, name)
+    error = accepted.partition('0x')[2]
+
+    def put(value, expected, raises=False):
+        lines.append(f'! one.{name} = {value} -> {error}' if raises else f'one.{name} = {value}')
+        lines.append(f'? {expected} And Shot(one, others) = before')
+
     lines.append(f'Set one = Fresh("{owner}")')
     lines.append(f'others = "{others}" : before = Shot(one, others)')
-    check = ' And Shot(one, others) = before'
     if kind == 'Variant':
-        lines.append(f'one.{name} = Array("one", "two")')
-        lines.append(f'? Items(one.{name}) = "one|two|"{check}')
+        put('Array("one", "two")', f'Items(one.{name}) = "one|two|"')
     if accepted.startswith('an array or Empty'):
-        lines.append(f'one.{name} = "no array"')
-        lines.append(f'? Items(one.{name}) = "one|two|"{check}')
-        lines.append(f'one.{name} = Empty')
-        lines.append(f'? TypeOf(one.{name}) = 0{check}')
-        return
+        put('"no array"', f'Items(one.{name}) = "one|two|"')
+        return put('Empty', f'TypeOf(one.{name}) = 0')
     if accepted.startswith('an existing path'):
-        lines.append(f'one.{name} = "C:\\windows"')
-        lines.append(f'! one.{name} = "gone" -> {accepted.split("0x")[1]}')
-        lines.append(f'? one.{name} = "C:\\windows"{check}')
-        return
-    text = kind in ('String', 'Variant')
+        put('"C:\\windows"', f'one.{name} = "C:\\windows"')
+        return put('"gone"', f'one.{name} = "C:\\windows"', raises=True)
     old = None  # what it is at first is not known in every case
-    samples, after, error = rule(kind, accepted)
-    for put in samples:
-        kept = after(old, put)
-        value = f'String({put}, "x")' if text else str(bool(put)) if kind == 'Boolean' else str(put)
-        if kept is None and error:
-            lines.append(f'! one.{name} = {value} -> {error}')
-            kept = old
-        else:
-            lines.append(f'one.{name} = {value}')
-        if kept is None:
-            expected = literal(kind, initial, owner)
-        else:
-            expected = f'String({kept}, "x")' if text else str(bool(kept)) if kind == 'Boolean' else str(kept)
-            old = kept
-        lines.append(f'? one.{name} = {expected}{check}')
+    samples, after = rule(kind, accepted)
+    for value in samples:
+        kept = after(old, value)
+        old = old if kept is None else kept
+        expected = initially(row, owner) if old is None else literal(kind, old)
+        put(literal(kind, value), f'one.{name} = {expected}', kept is None)
 
 
 lines += ['Function Fresh(name)', '  If name <> "BinFile" Then Set Fresh = Make(name) _',
           '  Else Set one = Nothing : Write "data", "" : Set Fresh = File.OpenBinary(folder & "data")', 'End Function']
 for owner, members in published.items():
     steady = []  # what does not change by itself
+    puts = [name for name, access, *_ in members if access == 'propput']
     lines.append(f'Set one = Fresh("{owner}")')
-    for name, access, kind, _, _ in members:
+    for name, kind in [(name, kind) for name, access, kind, *_ in members if access == 'propget']:
         row = row_of(owner, name)
-        if not access or row is None:
-            if access:
-                fault(f'no page has a row for {owner}.{name}')
-            continue
         unused.discard(row)
-        puts = any(member[:2] == (name, 'propput') for member in members)
-        if access == 'propget':
-            if row[1] != kind or (row[3] == 'read-only') == puts:
-                fault(f'{owner}.{name} is a {kind}, not: {row}')
-            if row[1] in CODES:
-                lines.append(f'? TypeOf(one.{name}) = {CODES[row[1]]}')
-            if row[2] == '—':
-                continue
+        if row[1] != kind or (row[3] == 'read-only') == (name in puts):
+            fault(f'{owner}.{name} is a {kind}, not: {row}')
+        if kind in CODES:
+            lines.append(f'? TypeOf(one.{name}) = {CODES[kind]}')
+        if row[2] != '—':
             steady.append(name)
             lines.append(f'? TypeOf(one.{name}) = 0' if row[2] == 'Empty' else
                          f'? Items(one.{name}) = ""' if row[2] == 'empty array' else
-                         f'? one.{name} = {literal(kind, row[2], owner)}')
-    for name, access, *_ in members:
-        if access == 'propput' and row_of(owner, name):
-            others = [other for other in steady if other != name and
-                      f'`{other}`' not in row_of(owner, name)[4] and f'`{name}`' not in row_of(owner, other)[4]]
-            try_property(owner, name, ' '.join(others))
+                         f'? one.{name} = {initially(row, owner)}')
+    for name in puts:
+        try_property(owner, name, ' '.join(
+            other for other in steady if other != name and
+            f'`{other}`' not in row_of(owner, name)[4] and f'`{name}`' not in row_of(owner, other)[4]))
 for row in unused:
     fault(f'not published: {row}')
 (OUT / 'Contract.txt').write_text('\n'.join(lines + ['end', '']))
