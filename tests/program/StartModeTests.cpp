@@ -15,18 +15,6 @@ bool IsRegistered()
     return SUCCEEDED(CLSIDFromProgID(L"Quill.Profile", &id));
 }
 
-TEST(StartModes, RegisterUnregisterOrDoNothing)
-{
-    // A box would keep the process from ending. What is registered (+) or not (-) afterwards.
-    for (const wchar_t* step :
-         {L"-/unregserver", L"-/? ", L"--?", L"-\"/?\"", L"-regserver", L"-/regserver /unregserver",
-          L"+/regserver", L"+/regserver", L"+/h", L"-/unregserver", L"+", L"--UnregServer",
-          L"+-REGSERVER", L"-/unregserver"}) {
-        EXPECT_EQ(Program(L"quill.exe", step + 1).Wait(kDeadline), 0u) << Narrow(step);
-        EXPECT_EQ(IsRegistered(), *step == L'+') << Narrow(step);
-    }
-}
-
 // Below a volatile key, only other volatile ones can be made.
 TEST(StartModes, WhatCannotBeWrittenIsTheExitCode)
 {
@@ -39,8 +27,11 @@ TEST(StartModes, WhatCannotBeWrittenIsTheExitCode)
     EXPECT_FALSE(IsRegistered());
 }
 
+// The box keeps the process from ending; whatever else is said but that switch does not.
 TEST(StartModes, HelpBox)
 {
+    for (const wchar_t* line : {L"/? ", L"\"/?\"", L"--?"})
+        EXPECT_EQ(Program(L"quill.exe", line).Wait(kDeadline), 0u) << Narrow(line);
     const Program help(L"quill.exe", L"/?");
     Desk desk;
     const HWND ok = desk.Control(L"QUILL by OBRA", L"Button", L"OK");
