@@ -306,13 +306,6 @@ TEST_P(TableTest, Holds)
 INSTANTIATE_TEST_SUITE_P(Tables, TableTest, testing::ValuesIn(TableNames()),
                          [](const auto& test) { return test.param; });
 
-// Once more where there is a taskbar.
-TEST(NoticeTest, MenuAndRealArea)
-{
-    if (!IsWindowVisible(FindWindowW(L"Shell_TrayWnd", nullptr))) GTEST_SKIP();
-    RunFile("Notice");
-}
-
 TEST(TableRunnerTest, KnowsEveryExample)
 {
     std::ifstream file(QUILL_TABLES "/Examples.txt");
