@@ -45,15 +45,12 @@ std::wstring Items(const Variant& list)
 
 Variant Typed(VARTYPE type, const Variant& given)
 {
+    Variant value = OfType(type);
     const std::wstring text = TextOf(given);
-    if (text.empty()) return OfType(type);
-    Variant value;
-    if (type == VT_R8 || type == VT_DATE) { // also what is no number
-        value = Variant(std::wcstod(text.c_str(), nullptr));
-        V_VT(&value) = type;
-    } else {
+    if (type == VT_R8 || type == VT_DATE) // also what is no number
+        V_R8(&value) = std::wcstod(text.c_str(), nullptr);
+    else if (!text.empty())
         Check(VariantChangeType(&value, const_cast<Variant*>(&given), 0, type));
-    }
     return value;
 }
 
