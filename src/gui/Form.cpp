@@ -191,8 +191,10 @@ void Form::OnActivate()
 {
     if (!IsWindow(lastFocus_)) lastFocus_ = GetNextDlgTabItem(window_, nullptr, FALSE);
     if (!lastFocus_) return; // a form may have nothing to focus
+    const bool moves = GetFocus() != lastFocus_;
     SetFocus(lastFocus_);
-    if (Control* control = FindControl(lastFocus_)) OnFocusMoved(*control);
+    if (Control* control = FindControl(lastFocus_))
+        moves ? OnFocusMoved(*control) : Reveal(*control);
 }
 
 Form* Form::FromWindow(HWND window) noexcept
