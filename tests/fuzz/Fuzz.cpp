@@ -413,7 +413,7 @@ TEST_F(Fuzz, EveryMemberTakesAnything)
     // Handles: Wine's file dialog keeps a key of the registry each time in a new prefix. Wine's
     // caches are among the task blocks, and little of ours.
     const long later = static_cast<long>(calls / 20'000);
-    const Held growth{10 + 6 * later, 0, 0, 2, 6 + later, 14 + 2 * later};
+    const Held growth{7 + 6 * later, 0, 0, 2, 5 + later, 12 + 2 * later};
     for (size_t kind = 0; kind < kHeld.size(); ++kind)
         EXPECT_LE(now[kind], warm[kind] + growth[kind]) << kHeld[kind];
 }
