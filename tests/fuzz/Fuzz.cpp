@@ -18,9 +18,9 @@
 #include "core/TypeLibrary.h"
 #include "fuzz/Held.h"
 #include "fuzz/Hostile.h"
-#include "support/Reaction.h"
+#include "support/LateBound.h"
+#include "support/Listener.h"
 #include "support/Robot.h"
-#include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
 
 namespace quill::fuzz {
@@ -259,8 +259,9 @@ private:
     {
         ComPtr<IDispatch> object;
         Check(CreateHere(*live.row, IID_PPV_ARGS(&object)));
-        if (live.name == "EventLog") // its own file would lie elsewhere
-            test::ScriptObject(object.Get()).Put(L"File", folder_ + L"\\events.log");
+        const Variant log(folder_ + L"\\events.log"); // EventLog's own file would lie elsewhere
+        if (live.name == "EventLog")
+            test::Invoke(object.Get(), L"File", {&log, 1}, DISPATCH_PROPERTYPUT);
         ComPtr<IConnectionPointContainer> source;
         Random random(static_cast<std::uint32_t>(number));
         DWORD cookie = 0;
@@ -405,7 +406,7 @@ private:
     {
         const ULONGLONG running = GetTickCount64() - since;
         if (depth_ == 0 || depth_ > 2 || running < 60) return;
-        if (waiting_ && running > 150) test::ScriptObject(waiting_).Call(L"RemoveTimer");
+        if (waiting_ && running > 150) test::Invoke(waiting_, L"RemoveTimer");
         CallInside(running);
         Random random(static_cast<std::uint32_t>(running));
         Live& live = PickLive(random);

@@ -14,7 +14,7 @@
 
 #include "core/Variant.h"
 #include "support/CountedDispatch.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 
 namespace quill::fuzz {
 

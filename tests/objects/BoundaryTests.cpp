@@ -1,4 +1,5 @@
-// What lies between a script and a class: errors, references, apartments.
+// What lies between a class and its clients, and between the platform's callbacks and a class:
+// errors, references, events, apartments, stubs.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -9,118 +10,103 @@
 #include "core/Automation.h"
 #include "core/Catalogue.h"
 #include "core/quillfn.h"
-#include "support/Reaction.h"
-#include "support/ScriptObject.h"
+#include "gui/modPushParamThunk.h"
+#include "support/Listener.h"
+#include "support/Stage.h"
 
 namespace quill::test {
 namespace {
 
-// A class that does what its text tells it when it is asked for it.
+// A class that does what the test says when it is asked for its text.
 class Probe final : public Automation<_Clipboard> {
 public:
     static inline std::atomic<int> alive{0};
 
-    Probe() { ++alive; }
+    explicit Probe(std::function<void()> given = {}) : act(std::move(given)) { ++alive; }
     ~Probe() override { --alive; }
 
     STDMETHODIMP get_Text(BSTR* result) noexcept override { return Call(result, &Probe::Act); }
-    STDMETHODIMP put_Text(BSTR text) noexcept override { return Put<CutTo<8>>(text_, text); }
+    STDMETHODIMP put_Text(BSTR) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP get_UseUnicode(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP put_UseUnicode(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
 
-private:
-    std::wstring Act()
-    {
-        if (text_ == L"memory") throw std::bad_alloc();
-        if (text_ == L"unknown") throw 42;
-        if (text_ == L"raise") Raise(ErrorNumber(0x80040335), L"Quill.Other", L"text");
-        if (const int number = _wtoi(text_.c_str()))
-            RaiseRuntimeError(static_cast<RuntimeError>(number));
-        if (text_ == L"platform") Check(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
-        if (text_ == L"release") { // as a client does whose last reference goes meanwhile
-            const int before = alive;
-            Release();
-            return alive == before ? L"here" : L"gone";
-        }
-        return text_ == L"thread" ? std::to_wstring(GetCurrentThreadId()) : text_;
-    }
+    std::function<void()> act;
 
-    std::wstring text_;
+private:
+    std::wstring Act() const
+    {
+        act();
+        return L"done";
+    }
 };
 
-const CatalogueRow kProbe{CLSID_Clipboard, L"Probe", Placement::Own,
-                          []() -> IDispatch* { return new Probe; }};
-const CatalogueRow kNothing{CLSID_Clipboard, L"", Placement::Own,
-                            []() -> IDispatch* { throw std::bad_alloc(); }};
-
-std::wstring Told(ScriptObject& probe, const wchar_t* text)
+void RaiseOther()
 {
-    probe.Put(L"Text", text);
-    return probe.Get(L"text").Text();
+    Raise(ErrorNumber(0x80040335), L"Quill.Other", L"text");
+}
+
+// What a script sees when the class throws so.
+ScriptError Seen(const std::function<void()>& act)
+{
+    const ComPtr<IDispatch> probe(new Probe(act));
+    try {
+        return Invoke(probe.Get(), L"Text"), ScriptError();
+    } catch (const ScriptError& error) {
+        return error;
+    }
 }
 
 TEST(Boundary, TurnsExceptionsIntoErrorsOfScripts)
 {
-    const ScriptError raised(0x80040335, L"Quill.Other", L"text");
-    const std::pair<const wchar_t*, ScriptError> cases[] = {
-        {L"raise", raised},
-        {L"5", {0x800A0005, L"Quill.Clipboard", L"Invalid procedure call or argument"}},
-        {L"6", {0x800A0006, L"Quill.Clipboard", L"Overflow"}},
-        {L"9", {0x800A0009, L"Quill.Clipboard", L"Subscript out of range"}},
-        {L"13", {0x800A000D, L"Quill.Clipboard", L"Type mismatch"}},
-        {L"91",
-         {0x800A005B, L"Quill.Clipboard", L"Object variable or With block variable not set"}},
-        {L"94", {0x800A005E, L"Quill.Clipboard", L"Invalid use of Null"}},
-        {L"453", {0x800A01C5, L"Quill.Clipboard", L"Specified DLL function not found"}},
-        {L"memory", {0x8007000E, L"", L""}}, // and nothing of the errors before
-        {L"raise", raised},
-        {L"unknown", {0x8000FFFF, L"", L""}},
-        {L"nothing", {}},
+    const auto expect = [](const std::function<void()>& act, const ScriptError& expected) {
+        EXPECT_STREQ(Seen(act).what(), expected.what());
     };
-    ScriptObject probe(new Probe);
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(ErrorOf([&] { Told(probe, text); }), expected) << Narrow(text);
-    const ScriptError platform = ErrorOf([&] { Told(probe, L"platform"); });
+    const std::pair<RuntimeError, const wchar_t*> texts[] = {
+        {RuntimeError::InvalidCall, L"Invalid procedure call or argument"},
+        {RuntimeError::Overflow, L"Overflow"},
+        {RuntimeError::SubscriptOutOfRange, L"Subscript out of range"},
+        {RuntimeError::TypeMismatch, L"Type mismatch"},
+        {RuntimeError::ObjectNotSet, L"Object variable or With block variable not set"},
+        {RuntimeError::InvalidUseOfNull, L"Invalid use of Null"},
+        {RuntimeError::EntryPointNotFound, L"Specified DLL function not found"},
+    };
+    for (const auto& [error, text] : texts)
+        expect([error] { RaiseRuntimeError(error); },
+               {0x800A0000 + static_cast<unsigned>(error), L"Quill.Clipboard", text});
+    expect(RaiseOther, {0x80040335, L"Quill.Other", L"text"});
+    expect([] { throw 42; }, {0x8000FFFF, L"", L""}); // and nothing of the error before
+    const ScriptError platform = Seen([] { Check(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)); });
     EXPECT_TRUE(platform.number == 0x80070002 && platform.description.size() > 1);
     EXPECT_GT(platform.description.back(), L' ');
-    EXPECT_EQ(ErrorOf([&] { probe.Call(L"NoSuchMember"); }).number, 0x80020006u);
 }
 
-TEST(Boundary, ChecksAndInitialisesWhereResultsGo)
+TEST(Boundary, InitialisesResultsAndLeavesNoErrorBehind)
 {
-    ComPtr<_Clipboard> probe(new Probe);
-    EXPECT_EQ(probe->get_Text(nullptr), E_POINTER);
-    EXPECT_EQ(probe->QueryInterface(IID_IDispatch, nullptr), E_POINTER);
+    const ComPtr<_Clipboard> probe(new Probe(RaiseOther));
     BSTR result = reinterpret_cast<BSTR>(16);
-    ASSERT_EQ(probe->put_Text(MakeBstr(L"unknown").get()), S_OK);
-    EXPECT_EQ(probe->get_Text(&result), E_UNEXPECTED);
+    EXPECT_EQ(probe->get_Text(nullptr), E_POINTER);
+    EXPECT_EQ(probe->get_Text(&result), ErrorNumber(0x80040335));
     EXPECT_EQ(result, nullptr);
-    result = reinterpret_cast<BSTR>(16);
-    ASSERT_EQ(probe->put_Text(MakeBstr(L"abcdefghi").get()), S_OK);
-    ASSERT_EQ(probe->get_Text(&result), S_OK);
-    EXPECT_EQ(Taken(result), L"abcdefgh");
-
     ComPtr<IErrorInfo> info;
     IID raiser{};
-    ASSERT_EQ(probe->put_Text(MakeBstr(L"raise").get()), S_OK);
-    EXPECT_EQ(probe->get_Text(&result), ErrorNumber(0x80040335));
     ASSERT_EQ(GetErrorInfo(0, &info), S_OK);
     EXPECT_TRUE(SUCCEEDED(info->GetGUID(&raiser)) && raiser == IID__Clipboard);
 
     // Nobody fetches the information on this error, which explains none that comes later.
     EXPECT_EQ(probe->get_Text(&result), ErrorNumber(0x80040335));
-    ScriptObject other(new Probe);
-    EXPECT_EQ(ErrorOf([&] { Told(other, L"memory"); }), ScriptError(0x8007000E, L"", L""));
+    EXPECT_STREQ(Seen([] { throw std::bad_alloc(); }).what(), ScriptError(0x8007000E).what());
 }
 
 TEST(Boundary, ObjectsOutliveTheCallThatTheirClientLeaves)
 {
+    int during = 0;
     const int alive = Probe::alive;
-    ComPtr<_Clipboard> probe(new Probe);
-    BSTR result = nullptr;
-    EXPECT_EQ(probe->put_Text(MakeBstr(L"release").get()), S_OK);
-    EXPECT_EQ(probe.Detach()->get_Text(&result), S_OK);
-    EXPECT_EQ(Taken(result), L"here");
+    auto* const probe = new Probe;
+    probe->AddRef();
+    probe->act = [&] { probe->Release(), during = Probe::alive; };
+    Bstr result;
+    EXPECT_EQ(probe->get_Text(Into(result)), S_OK);
+    EXPECT_EQ(during, alive + 1);
     EXPECT_EQ(Probe::alive, alive);
 }
 
@@ -138,13 +124,12 @@ TEST(Boundary, EveryClassSaysWhichItIs)
     Bstr name;
     for (const CatalogueRow& row : kCatalogue) {
         SCOPED_TRACE(Narrow(row.name));
-        ComPtr<IDispatch> object;
+        const ComPtr<IDispatch> object = Stage::Make(row.name);
         ComPtr<IProvideClassInfo2> provider;
         ComPtr<ISupportErrorInfo> errors;
         ComPtr<IConnectionPointContainer> events;
         ComPtr<ITypeInfo> info;
         GUID id;
-        Check(CreateHere(row, IID_PPV_ARGS(&object)));
         Check(object.As(&provider));
         Check(object.As(&errors));
         Check(provider->GetClassInfo(&info));
@@ -152,8 +137,6 @@ TEST(Boundary, EveryClassSaysWhichItIs)
         const HRESULT silent = SUCCEEDED(object.As(&events)) ? S_OK : E_UNEXPECTED;
         EXPECT_EQ(provider->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id), silent);
         EXPECT_EQ(id == GUID_NULL, silent != S_OK);
-        EXPECT_EQ(provider->GetGUID(0, &id), E_INVALIDARG);
-        EXPECT_EQ(object->GetTypeInfo(1, 0, &info), DISP_E_BADINDEX);
         Check(object->GetTypeInfo(0, 0, &info));
         Check(info->GetDocumentation(MEMBERID_NIL, Into(name), nullptr, nullptr, nullptr));
         EXPECT_EQ(name.get(), std::wstring(L"_") + row.name);
@@ -164,20 +147,39 @@ TEST(Boundary, EveryClassSaysWhichItIs)
     EXPECT_TRUE(std::wstring_view(name.get()).ends_with(L"quill.chm"));
 }
 
-TEST(Boundary, ClientsSeeTheirConnections)
+// A sink that fails does not keep the next from hearing; one that is gone is dropped.
+TEST(Boundary, SinksAreIndependentAndClientsSeeThem)
 {
-    Reaction sinks[]{Reaction([] {}), Reaction([] {}), Reaction([] {})};
-    ScriptObject clock = ScriptObject::Make(L"Clock");
-    for (Reaction& sink : sinks)
-        sink.Hear(clock.Dispatch());
-    ComPtr<IConnectionPoint> point = PointOf(clock.Dispatch());
+    constexpr HRESULT kAnswers[] = {E_FAIL,
+                                    RPC_E_DISCONNECTED,
+                                    RPC_E_SERVER_DIED,
+                                    RPC_E_SERVER_DIED_DNE,
+                                    CO_E_OBJNOTCONNECTED,
+                                    HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
+                                    S_OK};
+    ComPtr<IDispatch> clock = Stage::Make(L"Clock");
+    const Variant milliseconds(10L);
+    std::vector<ComPtr<Listener>> sinks;
+    for (const HRESULT answer : kAnswers) {
+        sinks.push_back(Listener::Of(clock.Get()));
+        sinks.back()->result = answer;
+    }
+    for (size_t round = 1; round <= 2; ++round) {
+        Invoke(clock.Get(), L"SetTimer", {&milliseconds, 1});
+        EXPECT_TRUE(PumpUntil([&] { return sinks.back()->heard.size() == round; }));
+    }
+    for (const auto& sink : sinks)
+        EXPECT_EQ(sink->heard.size(),
+                  sink->result == E_FAIL || sink.Get() == sinks.back().Get() ? 2u : 1u);
+
+    ComPtr<IConnectionPoint> point = PointOf(clock.Get());
     ComPtr<IConnectionPoint> other;
     ComPtr<IConnectionPointContainer> owner;
     ComPtr<IEnumConnections> all;
     ComPtr<IEnumConnections> rest;
+    IID events;
     Check(point->GetConnectionPointContainer(&owner));
     Check(point->EnumConnections(&all));
-    IID events;
     Check(point->GetConnectionInterface(&events));
     EXPECT_EQ(owner->FindConnectionPoint(events, &point), S_OK);
     EXPECT_EQ(owner->FindConnectionPoint(IID_IDispatch, &other), CONNECT_E_NOCONNECTION);
@@ -186,65 +188,64 @@ TEST(Boundary, ClientsSeeTheirConnections)
         if (connections->Next(1, &data, nullptr) == S_OK) data.pUnk->Release();
         return data.dwCookie;
     };
-    EXPECT_EQ(all->Skip(2), S_OK);
-    Check(all->Clone(&rest));
     EXPECT_EQ(all->Skip(1), S_OK);
-    EXPECT_EQ(all->Skip(1), S_FALSE);
+    Check(all->Clone(&rest));
+    EXPECT_EQ(next(rest), sinks.back()->cookie);
+    EXPECT_EQ(all->Skip(2), S_FALSE);
     EXPECT_EQ(next(all), 0u);
-    EXPECT_EQ(next(rest), sinks[2].cookie);
     Check(all->Reset());
-    EXPECT_EQ(next(all), sinks[0].cookie);
+    EXPECT_EQ(next(all), sinks[0]->cookie);
     DWORD cookie = 5;
     EXPECT_EQ(point->Advise(all.Get(), &cookie), CONNECT_E_CANNOTCONNECT);
     EXPECT_EQ(cookie, 0u);
-
-    for (const HRESULT gone : {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), RPC_E_SERVER_DIED,
-                               RPC_E_SERVER_DIED_DNE, CO_E_OBJNOTCONNECTED}) {
-        Reaction dead([] {});
-        dead.result = gone;
-        dead.Hear(clock.Dispatch());
-        for (int round = 1; round <= 2; ++round) {
-            const int heard = sinks[2].calls;
-            clock.Call(L"SetTimer", 1);
-            EXPECT_TRUE(PumpUntil([&] { return sinks[2].calls > heard; }));
-            EXPECT_EQ(dead.calls, 1) << gone;
-        }
-    }
+    for (const DWORD gone : {sinks[1]->cookie, DWORD{0}})
+        EXPECT_EQ(point->Unadvise(gone), CONNECT_E_NOCONNECTION);
     point.Reset();
-    clock.Release();
+    clock.Reset();
     EXPECT_EQ((owner->AddRef(), owner->Release()), 1u);
 }
 
-// Beyond the limit each gets a second one; then the one with fewer is the next.
-TEST(ApartmentPool, GivesEachObjectItsOwnUpToTheLimit)
+// The message of the old timer is out of the queue when the new one starts.
+TEST(Boundary, AnOldTimerDoesNotRingForTheNewOne)
+{
+    const ComPtr<IDispatch> clock = Stage::Make(L"Clock");
+    const Variant milliseconds[] = {Variant(10L), Variant(60'000L)};
+    Invoke(clock.Get(), L"SetTimer", {&milliseconds[0], 1});
+    MSG old{};
+    ASSERT_GT(GetMessageW(&old, nullptr, WM_TIMER, WM_TIMER), 0);
+    Invoke(clock.Get(), L"SetTimer", {&milliseconds[1], 1});
+    DispatchMessageW(&old);
+    const Variant running = Invoke(clock.Get(), L"Running");
+    EXPECT_EQ(V_BOOL(&running), VARIANT_TRUE);
+}
+
+// The clients of all classes but these may have to wait for a call. Message-only windows are those
+// of the apartments.
+TEST(ApartmentPool, GivesObjectsThatMayWaitTheirOwn)
 {
     ApartmentPool pool;
-    const auto create = [&pool] {
-        ComPtr<IDispatch> object;
-        Check(pool.Create(kProbe, IID_IDispatch, &object));
-        return ScriptObject(object.Get());
-    };
-    std::vector<ScriptObject> probes;
-    std::multiset<std::wstring> threads{std::to_wstring(GetCurrentThreadId())};
-    ScriptObject early = create();
-    const std::wstring first = Told(early, L"thread");
-    early.Release(); // is empty again
-    for (size_t index = 0; index < 2 * ApartmentPool::kLimit; ++index) {
-        probes.push_back(create());
-        const std::wstring thread = Told(probes.back(), L"thread");
-        threads.insert(thread);
-        EXPECT_EQ(threads.count(thread), index < ApartmentPool::kLimit ? 1u : 2u) << index;
+    std::vector<ComPtr<IDispatch>> objects(kCatalogue.end() - kCatalogue.begin());
+    std::set<HWND> apartments;
+    for (size_t index = 0; index < objects.size(); ++index) {
+        const CatalogueRow& row = kCatalogue.begin()[index];
+        const size_t before = apartments.size();
+        Check(pool.Create(row, IID_PPV_ARGS(&objects[index])));
+        HWND window = nullptr;
+        while ((window = FindWindowExW(HWND_MESSAGE, window, L"quill.Apartment", nullptr)))
+            apartments.insert(window);
+        const std::set<std::wstring> shared{L"OsVersion", L"DateTime"}; // with Me
+        EXPECT_EQ(apartments.size() - before, shared.contains(row.name) ? 0 : 1)
+            << Narrow(row.name);
     }
-    EXPECT_EQ(Told(probes.front(), L"thread"), first);
-    const std::wstring freed = Told(probes[7], L"thread");
-    probes.erase(probes.begin() + 7);
-    probes.push_back(create());
-    EXPECT_EQ(Told(probes.back(), L"thread"), freed);
 }
 
 // A class of this name that refuses to make windows stands in for a system that has none left.
 TEST(ApartmentPool, PassesFailuresOnAndTriesAnewTheNextTime)
 {
+    const CatalogueRow probe{CLSID_Clipboard, L"", Placement::Own,
+                             []() -> IDispatch* { return new Probe; }};
+    const CatalogueRow nothing{CLSID_Clipboard, L"", Placement::Own,
+                               []() -> IDispatch* { throw std::bad_alloc(); }};
     const HMODULE module = GetModuleHandleW(nullptr);
     UnregisterClassW(L"quill.Apartment", module);
     WNDCLASSEXW refusing{};
@@ -256,15 +257,15 @@ TEST(ApartmentPool, PassesFailuresOnAndTriesAnewTheNextTime)
     ApartmentPool pool;
     ComPtr<IDispatch> object;
     for (int count = 0; count < 2; ++count)
-        EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), E_OUTOFMEMORY);
+        EXPECT_EQ(pool.Create(probe, IID_IDispatch, &object), E_OUTOFMEMORY);
     EXPECT_TRUE(UnregisterClassW(L"quill.Apartment", module));
-    EXPECT_EQ(pool.Create(kNothing, IID_IDispatch, &object), E_OUTOFMEMORY);
-    EXPECT_EQ(pool.Create(kProbe, IID_IStream, &object), E_NOINTERFACE);
+    EXPECT_EQ(pool.Create(nothing, IID_IDispatch, &object), E_OUTOFMEMORY);
+    EXPECT_EQ(pool.Create(probe, IID_IStream, &object), E_NOINTERFACE);
     EXPECT_FALSE(object);
-    EXPECT_HRESULT_SUCCEEDED(pool.Create(kProbe, IID_IDispatch, &object));
+    EXPECT_HRESULT_SUCCEEDED(pool.Create(probe, IID_IDispatch, &object));
     object.Reset();
     pool.Close();
-    EXPECT_EQ(pool.Create(kProbe, IID_IDispatch, &object), CO_E_SERVER_STOPPING);
+    EXPECT_EQ(pool.Create(probe, IID_IDispatch, &object), CO_E_SERVER_STOPPING);
     EXPECT_EQ(Probe::alive, 0);
 }
 
@@ -279,6 +280,41 @@ TEST(Apartment, TriesAgainForAWhileWhenAClientIsBusy)
     EXPECT_EQ(filter->MessagePending(nullptr, 0, 0), DWORD{PENDINGMSG_WAITDEFPROCESS});
     EXPECT_EQ(filter->HandleInComingCall(CALLTYPE_NESTED, nullptr, 0, nullptr),
               DWORD{SERVERCALL_ISHANDLED});
+}
+
+struct Target : ExecutableObject {
+    PushParamThunk thunk{};
+    int more = 1'000;
+};
+
+int CALLBACK AddUp(Target* target, int first, int second, int third) noexcept
+{
+    return target->more + 100 * first + 10 * second + third;
+}
+
+DWORD ProtectionOf(const void* place)
+{
+    MEMORY_BASIC_INFORMATION memory{};
+    VirtualQuery(place, &memory, sizeof memory);
+    return memory.Protect;
+}
+
+// Called as the platform would: the object comes in front, the arguments keep their order, the
+// stack is as it was. Memory that is both writable and executable is there, and nowhere else.
+TEST(PushParamThunk, LeadsToItsObject)
+{
+    const auto target = std::make_unique<Target>();
+    void* entry = BuildPushParamThunk(target->thunk, target.get(), reinterpret_cast<void*>(AddUp));
+    const auto call = reinterpret_cast<int(CALLBACK*)(int, int, int)>(entry);
+    for (int round = 0; round < 3; ++round)
+        EXPECT_EQ(call(4, 3, 2), 1'432);
+    EXPECT_EQ(ProtectionOf(target.get()), DWORD{PAGE_EXECUTE_READWRITE});
+    EXPECT_EQ(ProtectionOf(std::make_unique<BYTE[]>(4096).get()), DWORD{PAGE_READWRITE});
+
+    std::set<void*> places; // the heap uses them again
+    for (int round = 0; round < 1'000; ++round)
+        places.insert(std::make_unique<Target>().get());
+    EXPECT_LT(places.size(), 1'000U);
 }
 
 } // namespace

@@ -48,7 +48,7 @@ bool IsServerRun()
 
 ComPtr<IDispatch> MakeObject(const std::wstring& name)
 {
-    return (IsServerRun() ? Remote(name) : ScriptObject::Make(name)).Dispatch();
+    return IsServerRun() ? Remote(name) : Stage::Make(name);
 }
 
 // The parts of an expression between these words, outside of quotation marks and brackets.

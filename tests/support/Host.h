@@ -1,9 +1,7 @@
 // What tables know besides the classes.
 #pragma once
 
-#include <memory>
-
-#include "support/EventListener.h"
+#include "support/Listener.h"
 #include "support/Members.h"
 #include "support/TemporaryFolder.h"
 
@@ -18,8 +16,8 @@ public:
     const TemporaryFolder folder;
 
 private:
-    std::unique_ptr<EventListener> listener_;
-    std::vector<Reaction> reactions_;
+    ComPtr<Listener> listener_;
+    ComPtr<Listener> reaction_; // the last one
 };
 
 } // namespace quill::test

@@ -3,18 +3,16 @@
 
 #include "core/Apartment.h"
 #include "core/Catalogue.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 
 namespace quill::test {
 
 // Set by the program `client` when it has what it was asked for.
 inline constexpr wchar_t kReady[] = L"quill.test.ready";
 
-bool OnWine();
-
 // A new object of a registered server. Throws ScriptError.
-ScriptObject ObjectOf(const std::wstring& progId);
-inline ScriptObject Remote(std::wstring_view className)
+ComPtr<IDispatch> ObjectOf(const std::wstring& progId);
+inline ComPtr<IDispatch> Remote(std::wstring_view className)
 {
     return ObjectOf(L"Quill." + std::wstring(className));
 }
@@ -24,8 +22,8 @@ inline std::wstring WithEachClass(const std::wstring& statements)
 {
     std::wstring names;
     for (const CatalogueRow& row : kCatalogue)
-        names += std::wstring(names.empty() ? L"\"" : L", \"") + row.name + L'"';
-    return L"For Each name In Array(" + names + L") : Set o = CreateObject(\"Quill.\" & name) : " +
+        names += (names.empty() ? L"Quill." : L" Quill.") + std::wstring(row.name);
+    return L"For Each name In Split(\"" + names + L"\") : Set o = CreateObject(name) : " +
            statements + L" : Next";
 }
 
