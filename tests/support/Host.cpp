@@ -532,6 +532,35 @@ Host::Host(Script script)
         return text;
     });
 
+    // The program `client` with a script; whether it has done the first part, what it ended with, 259
+    // before that.
+    Add(L"Start", [this](std::wstring text) {
+        clients_.emplace_back(text);
+        return clients_.size() - 1;
+    });
+    Add(L"Ready", [this](size_t client) { return clients_.at(client).Ready(); });
+    Add(L"Code", [this](size_t client) { return clients_.at(client).Wait(0); });
+    Add(L"Kill", [this](size_t client) { clients_.at(client).Kill(); });
+    // Tells or asks all windows of the server, as the system does; whether all agree. What it ended
+    // with then.
+    Add(L"Session", [this](UINT message, WPARAM wParam) {
+        DWORD server = 0;
+        GetWindowThreadProcessId(FindWindowW(L"quill.Server", nullptr), &server);
+        server_.reset(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, server));
+        bool agreed = true;
+        for (const HWND window : Listed(nullptr)) {
+            DWORD owner = 0;
+            DWORD_PTR answer = TRUE;
+            GetWindowThreadProcessId(window, &owner);
+            if (owner == server)
+                SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, 10'000, &answer);
+            agreed = agreed && answer;
+        }
+        return agreed;
+    });
+    Add(L"ServerCode", [this] { return ExitCode(server_, 10'000); });
+    Add(L"ThreadOf", [](HWND window) { return GetWindowThreadProcessId(window, nullptr); });
+
     Add(L"RegMake", [](std::wstring path) {
         const auto [root, below] = KeyOf(path);
         RegistryKey key;

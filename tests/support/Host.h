@@ -1,8 +1,11 @@
 // What tables know besides the classes.
 #pragma once
 
+#include <deque>
+
 #include "support/Listener.h"
 #include "support/Members.h"
+#include "support/Remote.h"
 #include "support/TemporaryFolder.h"
 
 namespace quill::test {
@@ -18,6 +21,8 @@ public:
 private:
     ComPtr<Listener> listener_;
     ComPtr<Listener> reaction_; // the last one
+    std::deque<Client> clients_;
+    Event server_;
 };
 
 } // namespace quill::test

@@ -1,10 +1,8 @@
 // Routines, as far as no script reaches what is tested here.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <regex>
 #include <stdexcept>
-#include <thread>
 
 #include <sddl.h>
 
@@ -14,9 +12,7 @@
 #include "core/Security.h"
 #include "core/Text.h"
 #include "core/quillfn.h"
-#include "services/Logging.h"
 #include "support/LateBound.h"
-#include "support/TemporaryFolder.h"
 #include "sysinfo/DateTime.h"
 
 namespace quill::test {
@@ -117,30 +113,6 @@ TEST(RunAside, ThreadsThatHangDoNotPileUp)
         EXPECT_EQ(WaitForSingleObject(thread.get(), 20'000), WAIT_OBJECT_0);
     EXPECT_EQ(*ran, kMostAside);
     EXPECT_TRUE(RunAside([] {})) << "there is room again";
-}
-
-// A lock belongs to a handle, so writers on threads meet as those in other processes do.
-TEST(Logging, WritersDoNotDisturbEachOther)
-{
-    const TemporaryFolder folder;
-    const std::wstring path = folder.Path(L"a.log");
-    {
-        std::vector<std::jthread> writers;
-        for (const wchar_t letter : {L'a', L'b', L'c', L'd'})
-            writers.emplace_back([=] {
-                const Logging service(path, LogMode::File);
-                for (int line = 0; line < 100; ++line)
-                    service.Log(std::wstring(500, letter), LogEventType::Information);
-            });
-    }
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    std::string line(3, ' ');
-    EXPECT_EQ((file.read(line.data(), 3), line), "\xEF\xBB\xBF"); // once, at the beginning
-    int count = 0;
-    for (; std::getline(file, line); ++count)
-        EXPECT_TRUE(line.size() == 543 && line.ends_with(std::string(500, line[541]) + '\r'))
-            << line;
-    EXPECT_EQ(count, 400);
 }
 
 TEST(DateTimeTest, NameAndBiasesFollowTheKind)
