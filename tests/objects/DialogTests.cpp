@@ -7,7 +7,6 @@
 #include "core/MessagePump.h"
 #include "dialogs/frmDTPick.h"
 #include "fuzz/Held.h"
-#include "gui/Controls.h"
 #include "gui/MessageHook.h"
 #include "gui/windowfn.h"
 #include "support/LateBound.h"
@@ -79,60 +78,37 @@ TEST(frmDTPick, HandlesTellWhetherThePickersAreThere)
     EXPECT_FALSE(frmDTPick::PickersMade(PickMode::Both, 4, 3));
 }
 
-class BareForm : public Form {
-public:
-    // Inlined, it makes this compiler see a dangling pointer.
-    [[gnu::noinline]] BareForm() : Form(L"A bare form", {3000, 1500}, kDialogStyle) {}
-
-private:
-    Button OKButton{*this,
-                    {100, 100, 1000, 380},
-                    L"OK",
-                    [] { RaiseRuntimeError(RuntimeError::Overflow); },
-                    Button::Kind::Default};
-};
-
-TEST(FormTest, ARefusedForegroundRaises)
+TEST(Foreground, ARefusedOneRaises)
 {
     const Stage stage;
     Stage::Record(L"foreground");
     Stage::Answer(L"foreground", L"0");
-    BareForm form;
-    BareForm other;
-    form.Show(true);
-    other.ShowModeless(false);
-    const auto isTopmost = [&] {
-        return (GetWindowLongW(form.Window(), GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+    const auto make = [] {
+        return CreateWindowExW(0, WC_STATICW, L"raised", WS_POPUP | WS_VISIBLE, 0, 0, 9, 9, nullptr,
+                               nullptr, nullptr, nullptr);
     };
-    const auto isAbove = [&] {
-        HWND window = form.Window();
-        while (window && window != other.Window())
-            window = GetWindow(window, GW_HWNDNEXT);
-        return window != nullptr;
-    };
-    ASSERT_FALSE(isAbove());
-    BringToFront(form.Window(), true);
-    EXPECT_TRUE(isAbove() && !isTopmost() && GetActiveWindow() == other.Window());
-    SetTopmost(form.Window(), true); // a message box may be so by its style
-    BringToFront(form.Window(), false);
+    const HWND window = make();
+    const HWND other = make();
+    SetActiveWindow(other);
+    ASSERT_EQ(FindWindowW(nullptr, L"raised"), other); // the upper one
+    BringToFront(window, true);
+    EXPECT_EQ(FindWindowW(nullptr, L"raised"), window);
+    EXPECT_EQ(GetActiveWindow(), other);
+    const auto isTopmost = [&] { return GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST; };
+    EXPECT_FALSE(isTopmost());
+    SetTopmost(window, true); // a message box may be so by its style
+    BringToFront(window, false);
     EXPECT_TRUE(isTopmost());
+    DestroyWindow(window);
+    DestroyWindow(other);
 }
 
-// What a handler throws reaches the one who waits. A thread that is to end ends its waits, and the
-// message is still there for the loop outside.
-TEST(FormTest, WaitsEndEarly)
+// The message is still there for the loop outside.
+TEST(Form, AThreadThatIsToEndEndsItsWaits)
 {
-    const auto never = [] { return false; };
-    BareForm form;
-    Robot robot([](Desk& desk) { desk.Act(L"\"A bare form\" Button:OK click"); });
-    form.Show(false);
-    EXPECT_THROW(form.WaitUntilClosed(never), AutomationError);
-    EXPECT_TRUE(form.Closed());
-    BareForm other;
-    other.Show(false);
+    const Variant lines[] = {Variant(L"a"), Variant(0L), Variant(L"b")};
     PostQuitMessage(7);
-    other.WaitUntilClosed(never);
-    EXPECT_TRUE(other.Closed());
+    Invoke(Stage::Make(L"List").Get(), L"Selection", lines);
     EXPECT_EQ(RunMessageLoop(), 7);
 }
 

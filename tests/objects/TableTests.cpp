@@ -21,7 +21,8 @@
 // can share a line, with " => " between them. A line that ends in " _" goes on, as do Sub and
 // Function to their End. Classes are objects by their name (Make("Me") for those
 // whose name the language has taken), and scripts know the members of support/Host.h. With
-// QUILL_SERVER set, objects come from the registered server, and its clients and the examples run too.
+// QUILL_SERVER set, objects come from the registered server, and its clients and the examples run
+// too.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -288,7 +289,8 @@ std::vector<std::string> TableNames()
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
-        if (IsServerRun() || (entry.path().stem() != "Clients" && entry.path().stem() != "Examples"))
+        if (IsServerRun() ||
+            (entry.path().stem() != "Clients" && entry.path().stem() != "Examples"))
             names.push_back(entry.path().stem().string());
     if (!IsServerRun()) names.push_back("Contract");
     return names;

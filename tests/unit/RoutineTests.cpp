@@ -11,7 +11,6 @@
 #include "core/RunAside.h"
 #include "core/Security.h"
 #include "core/Text.h"
-#include "core/quillfn.h"
 #include "support/LateBound.h"
 #include "sysinfo/DateTime.h"
 
@@ -63,18 +62,6 @@ TEST(MessagePump, TurnsKeysIntoCharacters)
     EXPECT_TRUE(DispatchPending());
     EXPECT_EQ(GetWindowTextLengthW(edit), 1);
     DestroyWindow(edit);
-}
-
-TEST(ElementCount, CountsZeroBasedArraysByTheirFirstDimension)
-{
-    const auto count = [](std::vector<SAFEARRAYBOUND> bounds) {
-        const auto dimensions = static_cast<UINT>(bounds.size());
-        return ElementCount(Variant(Array(SafeArrayCreate(VT_UI1, dimensions, bounds.data()))));
-    };
-    EXPECT_TRUE(count({{5, 1}}) == 0 && count({{3, 0}, {7, 1}}) == 3);
-    EXPECT_EQ(count({{32767, 0}}), 32767);
-    EXPECT_THROW(count({{32768, 0}}), AutomationError);
-    EXPECT_EQ(ElementCount(OfType(VT_BYREF | VT_ARRAY | VT_VARIANT)), 0);
 }
 
 // The user from this computer (1 and 2 of the rights, not 4), the system and administrators; no
