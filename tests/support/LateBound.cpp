@@ -4,15 +4,6 @@
 
 namespace quill::test {
 
-std::string Narrow(std::wstring_view text)
-{
-    const int units = static_cast<int>(text.size());
-    std::string narrow(3 * text.size(), '\0');
-    narrow.resize(static_cast<size_t>(WideCharToMultiByte(
-        CP_UTF8, 0, text.data(), units, narrow.data(), 3 * units, nullptr, nullptr)));
-    return narrow;
-}
-
 std::wstring Taken(BSTR text)
 {
     const Bstr owned(text);

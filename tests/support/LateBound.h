@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "core/Text.h"
 #include "core/Variant.h"
 
 namespace quill::test {
@@ -45,6 +46,9 @@ std::string Describe(const VARIANT& value);
 std::wstring Taken(BSTR text);
 
 // UTF-8, for messages.
-std::string Narrow(std::wstring_view text);
+inline std::string Narrow(std::wstring_view text)
+{
+    return Encode(text, CP_UTF8);
+}
 
 } // namespace quill::test

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/Apartment.h"
-#include "core/Catalogue.h"
 #include "support/LateBound.h"
 
 namespace quill::test {
@@ -15,16 +14,6 @@ ComPtr<IDispatch> ObjectOf(const std::wstring& progId);
 inline ComPtr<IDispatch> Remote(std::wstring_view className)
 {
     return ObjectOf(L"Quill." + std::wstring(className));
-}
-
-// A script that does this with an object o of each class.
-inline std::wstring WithEachClass(const std::wstring& statements)
-{
-    std::wstring names;
-    for (const CatalogueRow& row : kCatalogue)
-        names += (names.empty() ? L"Quill." : L" Quill.") + std::wstring(row.name);
-    return L"For Each name In Split(\"" + names + L"\") : Set o = CreateObject(name) : " +
-           statements + L" : Next";
 }
 
 // Of a process, once it has ended, or STILL_ACTIVE.
