@@ -532,8 +532,8 @@ Host::Host(Script script)
         return text;
     });
 
-    // The program `client` with a script; whether it has done the first part, what it ended with, 259
-    // before that.
+    // The program `client` with a script; whether it has done the first part, what it ended with,
+    // 259 before that.
     Add(L"Start", [this](std::wstring text) {
         clients_.emplace_back(text);
         return clients_.size() - 1;
