@@ -534,12 +534,12 @@ Host::Host(Script script)
 
     // The program `client` with a script; whether it has done the first part, what it ended with,
     // 259 before that.
-    Add(L"Start", [this](std::wstring text) {
+    Add(L"Launch", [this](std::wstring text) {
         clients_.emplace_back(text);
         return clients_.size() - 1;
     });
     Add(L"Ready", [this](size_t client) { return clients_.at(client).Ready(); });
-    Add(L"Code", [this](size_t client) { return clients_.at(client).Wait(0); });
+    Add(L"ExitOf", [this](size_t client) { return clients_.at(client).Wait(0); });
     Add(L"Kill", [this](size_t client) { clients_.at(client).Kill(); });
     // Tells or asks all windows of the server, as the system does; whether all agree. What it ended
     // with then.
