@@ -1,10 +1,15 @@
 // client SCRIPT [| WAIT]: a client that the tests end by force. It runs the script, sets an event,
 // runs the second part, and stays without a look at its messages; without a second part it ends.
 // An event of the script's Clock is ready too, and gets no answer.
+//
+// client /regserver, /unregserver: registers itself in place of quill.exe: the same server, but
+// without patience, which ends at the moment when clients come.
 #include <cstdio>
 
+#include "core/Registration.h"
+#include "core/Server.h"
 #include "support/Engine.h"
-#include "support/EventListener.h"
+#include "support/Listener.h"
 #include "support/Remote.h"
 
 namespace quill::test {
@@ -15,12 +20,11 @@ void TellReady()
     SetEvent(Event(OpenEventW(EVENT_MODIFY_STATE, FALSE, kReady)).get());
 }
 
-void Run(const std::wstring& script)
+void RunScript(const std::wstring& script)
 {
-    std::unique_ptr<EventListener> listener;
     Engine engine([&](const std::wstring& name) {
-        ComPtr<IDispatch> clock = Remote(name).Dispatch();
-        listener = std::make_unique<EventListener>(clock.Get(), [](const HeardEvent&) {
+        ComPtr<IDispatch> clock = Remote(name);
+        Listener::Of(clock.Get(), [](const HeardEvent&) {
             TellReady();
             Sleep(INFINITE);
         });
@@ -36,17 +40,28 @@ void Run(const std::wstring& script)
     Sleep(INFINITE);
 }
 
+int Run(const std::wstring& commandLine)
+{
+    const bool serves = commandLine.starts_with(L'/') || commandLine.starts_with(L'-');
+    const ApartmentRecord record(serves ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED);
+    if (commandLine == L"/regserver")
+        RegisterServer(DefaultRegistrationScope(), record.programPath);
+    else if (commandLine == L"/unregserver")
+        UnregisterServer(record.programPath);
+    else if (serves)
+        return RunServer({.linger = 20, .firstClient = 3'000, .lastCall = 1'000});
+    else
+        RunScript(commandLine);
+    return 0;
+}
+
 } // namespace
 } // namespace quill::test
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
-{
-    const quill::ApartmentRecord record;
-    try {
-        quill::test::Run(commandLine);
-    } catch (const std::exception& error) {
-        std::printf("client: %s\n", error.what());
-        return 2;
-    }
-    return 0;
+try {
+    return quill::test::Run(commandLine);
+} catch (const std::exception& error) {
+    std::printf("client: %s\n", error.what());
+    return 2;
 }

@@ -18,9 +18,9 @@
 #include "core/MessagePump.h"
 #include "core/TypeLibrary.h"
 #include "fuzz/Held.h"
-#include "support/Reaction.h"
+#include "support/LateBound.h"
+#include "support/Listener.h"
 #include "support/Robot.h"
-#include "support/ScriptObject.h"
 #include "support/TemporaryFolder.h"
 
 namespace quill::fuzz {

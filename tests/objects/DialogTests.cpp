@@ -1,125 +1,115 @@
-// What lines of a table cannot say of the selection dialogs: typed variables, and what stays in
-// memory.
+// What lines of a table cannot say of dialogs and their windows.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
-#include <tuple>
 
+#include "core/MessagePump.h"
 #include "dialogs/frmDTPick.h"
 #include "fuzz/Held.h"
 #include "gui/MessageHook.h"
+#include "gui/windowfn.h"
+#include "support/LateBound.h"
 #include "support/Robot.h"
-#include "support/ScriptObject.h"
+#include "support/Stage.h"
 
 namespace quill::test {
 namespace {
 
-constexpr wchar_t kTitle[] = L"About you";
+// A password with 1 added to each unit: nothing of the test holds it as it is. What was emptied has
+// lost its beginning only.
+constexpr std::wstring_view kMixed = L"dpssfdu!ipstf!cbuufsz";
+constexpr std::wstring_view kEnd = kMixed.substr(kMixed.size() / 2);
 
-// The units of a password that nothing of the test holds as a text.
-constexpr size_t kPasswordLength = 20;
-constexpr wchar_t PasswordUnit(size_t index)
+std::atomic<int> freed; // with a password inside
+
+void LookAtFreed(const void* block, size_t bytes)
 {
-    return static_cast<wchar_t>(L'a' + index * 7 % 26);
-}
-
-// True for its units from this one on.
-bool IsPassword(const wchar_t* text, size_t first)
-{
-    size_t index = first;
-    while (index < kPasswordLength && text[index - first] == PasswordUnit(index))
-        ++index;
-    return index == kPasswordLength;
-}
-
-// What is freed without being overwritten. The platform's own memory is not looked at then.
-std::atomic<int> freed;
-
-int PasswordsIn(const void* block, size_t bytes)
-{
-    int found = 0;
     const auto* begin = static_cast<const wchar_t*>(block);
     const auto* end = begin + bytes / sizeof *begin;
-    // What was freed or emptied has lost its beginning only.
-    for (; end - begin >= ptrdiff_t{kPasswordLength / 2}; ++begin)
-        found += IsPassword(begin, kPasswordLength / 2);
-    return found;
+    const auto same = [](int unit, int mixed) { return unit + 1 == mixed; };
+    freed += std::search(begin, end, kEnd.begin(), kEnd.end(), same) != end;
 }
 
-int PasswordsInUse()
-{
-    HANDLE heaps[64];
-    int found = 0;
-    for (DWORD heap = GetProcessHeaps(64, heaps); heap-- > 0;) {
-        PROCESS_HEAP_ENTRY block{};
-        HeapLock(heaps[heap]);
-        while (HeapWalk(heaps[heap], &block))
-            if (block.wFlags & PROCESS_HEAP_ENTRY_BUSY)
-                found += PasswordsIn(block.lpData, block.cbData);
-        HeapUnlock(heaps[heap]);
-    }
-    return found;
-}
-
-LRESULT CALLBACK LookAtEnd(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR result,
+LRESULT CALLBACK NoteTexts(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR noted,
                            DWORD_PTR)
 {
-    if (message == WM_DESTROY) *reinterpret_cast<int*>(result) = PasswordsInUse();
+    if (message == WM_SETTEXT)
+        *reinterpret_cast<std::wstring*>(noted) +=
+            reinterpret_cast<wchar_t*>(lParam) + std::wstring(L"|");
     return DefSubclassProc(edit, message, wParam, lParam);
 }
 
+// The memory that the platform holds for the text box is overwritten through its text.
 TEST(MInputBox, PasswordsDoNotStayInMemory)
 {
-    ScriptObject box = ScriptObject::Make(L"MInputBox");
-    box.Put(L"Title", kTitle);
-    box.Put(L"InputFlags", 1);
+    ComPtr<IDispatch> box = Stage::Make(L"MInputBox");
+    auto* const input = static_cast<_MInputBox*>(box.Get());
+    Check(input->put_Title(MakeBstr(L"About you").get()));
+    Check(input->put_InputFlags(1));
     fuzz::CountTaskBlocks();
-    fuzz::onFree = [](const void* block, size_t bytes) { freed += PasswordsIn(block, bytes); };
-    for (const WORD key : {WORD{VK_ESCAPE}, WORD{VK_RETURN}}) {
-        Variant texts;
-        int atEnd = -1; // of the text box
-        Robot robot([&](Desk& desk) {
-            const HWND edit = desk.Control(kTitle, L"Edit");
-            desk.Do([&] { InstallHook(edit, &atEnd, LookAtEnd); });
-            for (size_t index = 0; index < kPasswordLength; ++index)
-                desk.Press(0, 0, PasswordUnit(index));
-            desk.Press(key);
-        });
-        const bool accepted{box.Call(L"InputM", &texts)};
-        EXPECT_EQ(accepted, key == VK_RETURN);
-        // The result is on its way to the script, and is the script's then.
-        EXPECT_EQ(atEnd, accepted);
-        EXPECT_EQ(PasswordsInUse(), accepted);
-        EXPECT_EQ(freed, 0);
-        if (!accepted) continue;
-        Variant values; // not by name, for which the platform makes copies
-        ASSERT_HRESULT_SUCCEEDED(static_cast<_MInputBox*>(box.Dispatch())->get_Values(&values));
-        EXPECT_TRUE(IsPassword(V_BSTR(&DataOf<Variant>(*V_ARRAY(&values))[0]), 0));
-        EXPECT_EQ(freed, 0);
-        fuzz::onFree = nullptr; // the script's own strings
-    }
-}
-
-TEST(DTPick, TakesTypedVariables)
-{
-    constexpr DATE kStart = 43890.5;
-    DATE typed = kStart;
-    ScriptObject picker = ScriptObject::Make(L"DTPick");
-    for (const Variant& date : {Reference(VT_DATE, &typed), Variant::OfDate(kStart)}) {
-        Robot robot([](Desk& desk) { desk.Act(L"SysDateTimePick32 {RIGHT}{UP}{ENTER}"); });
-        EXPECT_TRUE(picker.Call(L"Selection", date));
-    }
-    EXPECT_GT(typed, kStart + 0.5);
+    fuzz::onFree = LookAtFreed;
+    std::wstring noted;
+    Robot robot([&](Desk& desk) {
+        const HWND edit = desk.Control(L"About you", L"Edit");
+        desk.Do([&] { InstallHook(edit, &noted, NoteTexts); });
+        for (const wchar_t mixed : kMixed)
+            desk.Press(0, 0, static_cast<wchar_t>(mixed - 1));
+        desk.Press(VK_RETURN);
+    });
+    Variant texts;
+    Variant values;
+    VARIANT_BOOL accepted = VARIANT_FALSE;
+    Check(input->InputM(&texts, &accepted));
+    Check(input->get_Values(&values));
+    box.Reset();
+    fuzz::onFree = nullptr; // what is left is the script's
+    EXPECT_EQ(freed, 0);
+    EXPECT_EQ(noted, std::wstring(kMixed.size(), L'*') + L"||");
+    EXPECT_EQ(V_BSTR(&DataOf<Variant>(*V_ARRAY(&values))[0])[0], kMixed[0] - 1);
 }
 
 TEST(frmDTPick, HandlesTellWhetherThePickersAreThere)
 {
-    for (const auto& [mode, date, time, made] : {std::tuple{PickMode::Date, 4U, 0U, true},
-                                                 {PickMode::Time, 0U, 4U, true},
-                                                 {PickMode::Time, 4U, 0U, false},
-                                                 {PickMode::Both, 6U, 3U, true},
-                                                 {PickMode::Both, 4U, 3U, false}})
-        EXPECT_EQ(frmDTPick::PickersMade(mode, date, time), made) << date << ' ' << time;
+    EXPECT_TRUE(frmDTPick::PickersMade(PickMode::Date, 4, 0));
+    EXPECT_TRUE(frmDTPick::PickersMade(PickMode::Time, 0, 4));
+    EXPECT_FALSE(frmDTPick::PickersMade(PickMode::Time, 4, 0));
+    EXPECT_TRUE(frmDTPick::PickersMade(PickMode::Both, 6, 3));
+    EXPECT_FALSE(frmDTPick::PickersMade(PickMode::Both, 4, 3));
+}
+
+TEST(Foreground, ARefusedOneRaises)
+{
+    const Stage stage;
+    Stage::Record(L"foreground");
+    Stage::Answer(L"foreground", L"0");
+    const auto make = [] {
+        return CreateWindowExW(0, WC_STATICW, L"raised", WS_POPUP | WS_VISIBLE, 0, 0, 9, 9, nullptr,
+                               nullptr, nullptr, nullptr);
+    };
+    const HWND window = make();
+    const HWND other = make();
+    SetActiveWindow(other);
+    ASSERT_EQ(FindWindowW(nullptr, L"raised"), other); // the upper one
+    BringToFront(window, true);
+    EXPECT_EQ(FindWindowW(nullptr, L"raised"), window);
+    EXPECT_EQ(GetActiveWindow(), other);
+    const auto isTopmost = [&] { return GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST; };
+    EXPECT_FALSE(isTopmost());
+    SetTopmost(window, true); // a message box may be so by its style
+    BringToFront(window, false);
+    EXPECT_TRUE(isTopmost());
+    DestroyWindow(window);
+    DestroyWindow(other);
+}
+
+// The message is still there for the loop outside.
+TEST(Form, AThreadThatIsToEndEndsItsWaits)
+{
+    const Variant lines[] = {Variant(L"a"), Variant(0L), Variant(L"b")};
+    PostQuitMessage(7);
+    Invoke(Stage::Make(L"List").Get(), L"Selection", lines);
+    EXPECT_EQ(RunMessageLoop(), 7);
 }
 
 } // namespace

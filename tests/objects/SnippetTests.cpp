@@ -10,7 +10,7 @@
 #include "core/Text.h"
 #include "services/Bytes.h"
 #include "support/Engine.h"
-#include "support/EventListener.h"
+#include "support/Listener.h"
 #include "support/Members.h"
 #include "support/Remote.h"
 #include "support/Robot.h"
@@ -48,7 +48,6 @@ TEST_P(SnippetTest, ComesToItsEnd)
         for (const std::wstring& answer : answers)
             desk.Act(answer);
     });
-    std::vector<std::unique_ptr<EventListener>> listeners;
     const ComPtr<Members> host(new Members);
     Engine engine([&](const std::wstring&) { return ComPtr<IDispatch>(host.Get()); },
                   GetParam().ends_with(".js") ? L"JScript" : L"VBScript");
@@ -65,15 +64,13 @@ TEST_P(SnippetTest, ComesToItsEnd)
             WaitForMessages(static_cast<DWORD>(end - now));
     });
     host->Add(L"CreateObject", [&](std::wstring progId, std::wstring prefix) {
-        const ScriptObject object = ObjectOf(progId);
-        listeners.push_back(std::make_unique<EventListener>(
-            object.Dispatch(), [&engine, prefix](const HeardEvent& event) {
-                engine.Call(prefix + event.name, event.arguments);
-            }));
-        return Variant(object.Dispatch());
+        const ComPtr<IDispatch> object = ObjectOf(progId);
+        Listener::Of(object.Get(), [&engine, prefix](const HeardEvent& event) {
+            engine.Call(prefix + event.name, event.arguments);
+        });
+        return Variant(object.Get());
     });
     const ScriptError error = engine.Run(text).error;
-    listeners.clear();
     EXPECT_TRUE(robot.Finish() && error.number == 0) << error.what() << "\nprinted: " << printed;
 }
 

@@ -21,7 +21,8 @@
 // can share a line, with " => " between them. A line that ends in " _" goes on, as do Sub and
 // Function to their End. Classes are objects by their name (Make("Me") for those
 // whose name the language has taken), and scripts know the members of support/Host.h. With
-// QUILL_SERVER set, objects come from the registered server, and the examples are run too.
+// QUILL_SERVER set, objects come from the registered server, and its clients and the examples run
+// too.
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -50,7 +51,7 @@ bool IsServerRun()
 
 ComPtr<IDispatch> MakeObject(const std::wstring& name)
 {
-    return (IsServerRun() ? Remote(name) : ScriptObject::Make(name)).Dispatch();
+    return IsServerRun() ? Remote(name) : Stage::Make(name);
 }
 
 // The parts of an expression between these words, outside of quotation marks and brackets.
@@ -290,7 +291,8 @@ std::vector<std::string> TableNames()
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
-        if (IsServerRun() || entry.path().stem() != "Examples")
+        if (IsServerRun() ||
+            (entry.path().stem() != "Clients" && entry.path().stem() != "Examples"))
             names.push_back(entry.path().stem().string());
     if (!IsServerRun()) names.push_back("Contract");
     return names;

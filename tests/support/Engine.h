@@ -8,7 +8,7 @@
 
 #include <functional>
 
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 
 #include <activscp.h>
 

@@ -2,14 +2,14 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <sstream>
 #include <thread>
 
 #include "core/Paths.h"
 #include "core/Text.h"
+#include "support/LateBound.h"
 #include "support/Robot.h"
-#include "support/ScriptObject.h"
-#include "support/Values.h"
 
 namespace quill::test {
 
@@ -258,18 +258,21 @@ Host::Host(Script script)
 
     // Hears the events of an object from now on; how many of a name came in, and the argument of
     // one. On runs a statement at each.
-    Add(L"Listen",
-        [this](IDispatch* object) { listener_ = std::make_unique<EventListener>(object); });
-    Add(L"Heard", [this](std::wstring event) { return listener_->Count(event); });
+    Add(L"Listen", [this](IDispatch* object) { listener_ = Listener::Of(object); });
+    Add(L"Heard", [this](std::wstring event) {
+        return std::ranges::count(listener_->heard, event, &HeardEvent::name);
+    });
     Add(L"Told", [this](std::wstring name, size_t occurrence) {
-        const HeardEvent* event = listener_->Find(name, occurrence);
-        return event ? Variant::Dereferenced(event->arguments.at(0)) : Variant();
+        for (const HeardEvent& event : listener_->heard)
+            if (event.name == name && occurrence-- == 0)
+                return Variant::Dereferenced(event.arguments.at(0));
+        return Variant();
     });
     Add(L"OnEvent", [this, script](IDispatch* object, std::wstring statement) {
-        reactions_.emplace_back([=] { script(statement); }).Hear(object);
+        reaction_ = Listener::Of(object, [=](const HeardEvent&) { script(statement); });
     });
-    // What the handlers answer from now on.
-    Add(L"Busy", [this](HRESULT result) { reactions_.back().result = result; });
+    // What the last handler answers from now on.
+    Add(L"Busy", [this](HRESULT result) { reaction_->result = result; });
     // The object's clients die, as the platform reports it.
     Add(L"Orphan", [](IDispatch* object) { LastClient(object).Die(); });
 
@@ -343,10 +346,7 @@ Host::Host(Script script)
         std::vector<Variant> passed = ElementsOf(*ArrayOf(arguments), SIZE_MAX);
         for (Variant& argument : passed)
             if (V_VT(&argument) == VT_EMPTY) argument = Reference(type, &V_I4(&variable));
-        if (passed.size() == 2)
-            ScriptObject(object).Call(method.c_str(), passed[0], passed[1]);
-        else
-            ScriptObject(object).Call(method.c_str(), passed.at(0), passed.at(1), passed.at(2));
+        test::Invoke(object, method.c_str(), passed);
         return variable;
     });
     // What these properties of an object are: its state.
@@ -354,9 +354,38 @@ Host::Host(Script script)
         std::wstring shot;
         std::wistringstream rest(names);
         for (std::wstring name; rest >> name;)
-            shot += name + L'=' + TextOf(ScriptObject(object).Get(name.c_str())) + L' ';
+            shot += name + L'=' + TextOf(test::Invoke(object, name.c_str())) + L' ';
         return shot;
     });
+
+    // The program `client` with a script; whether it has done the first part, what it ended with,
+    // 259 before that.
+    Add(L"Launch", [this](std::wstring text) {
+        clients_.emplace_back(text);
+        return clients_.size() - 1;
+    });
+    Add(L"Ready", [this](size_t client) { return clients_.at(client).Ready(); });
+    Add(L"ExitOf", [this](size_t client) { return clients_.at(client).Wait(0); });
+    Add(L"Kill", [this](size_t client) { clients_.at(client).Kill(); });
+    // Tells or asks all windows of the server, as the system does; whether all agree. What it ended
+    // with then.
+    Add(L"Session", [this](UINT message, WPARAM wParam) {
+        DWORD server = 0;
+        GetWindowThreadProcessId(FindWindowW(L"quill.Server", nullptr), &server);
+        server_.reset(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, server));
+        bool agreed = true;
+        for (const HWND window : Listed(nullptr)) {
+            DWORD owner = 0;
+            DWORD_PTR answer = TRUE;
+            GetWindowThreadProcessId(window, &owner);
+            if (owner == server)
+                SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, 10'000, &answer);
+            agreed = agreed && answer;
+        }
+        return agreed;
+    });
+    Add(L"ServerCode", [this] { return ExitCode(server_, 10'000); });
+    Add(L"ThreadOf", [](HWND window) { return GetWindowThreadProcessId(window, nullptr); });
 }
 
 } // namespace quill::test

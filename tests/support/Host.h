@@ -6,10 +6,11 @@
 //     place = Aux.TypedArray(Array(0, 0, 0, 0), 3) : GetWindowRect "Report>Edit#2", place
 #pragma once
 
-#include <memory>
+#include <deque>
 
-#include "support/EventListener.h"
+#include "support/Listener.h"
 #include "support/Members.h"
+#include "support/Remote.h"
 #include "support/TemporaryFolder.h"
 
 namespace quill::test {
@@ -28,8 +29,10 @@ public:
     const TemporaryFolder folder;
 
 private:
-    std::unique_ptr<EventListener> listener_;
-    std::vector<Reaction> reactions_;
+    ComPtr<Listener> listener_;
+    ComPtr<Listener> reaction_; // the last one
+    std::deque<Client> clients_;
+    Event server_;
     std::vector<FARPROC> functions_; // that were asked for
 };
 

@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "core/Apartment.h"
-#include "support/Robot.h"
 
 namespace {
 
@@ -18,15 +17,6 @@ LONG WINAPI ReportCrash(EXCEPTION_POINTERS* pointers)
 }
 
 } // namespace
-
-namespace quill::test {
-
-void ReportToGoogleTest(const std::string& failure)
-{
-    ADD_FAILURE() << failure;
-}
-
-} // namespace quill::test
 
 int wmain(int count, wchar_t** arguments)
 {

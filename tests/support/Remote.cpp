@@ -1,13 +1,10 @@
 #include "support/Remote.h"
 
+#include <process.h>
+
 namespace quill::test {
 
-bool OnWine()
-{
-    return FindSystemFunction<const char*()>(L"ntdll.dll", "wine_get_version") != nullptr;
-}
-
-ScriptObject ObjectOf(const std::wstring& progId)
+ComPtr<IDispatch> ObjectOf(const std::wstring& progId)
 {
     CLSID id;
     ComPtr<IDispatch> object;
@@ -16,22 +13,16 @@ ScriptObject ObjectOf(const std::wstring& progId)
         result = CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&object));
     if (FAILED(result))
         throw ScriptError(static_cast<unsigned>(result), progId, L"the object was not made");
-    return ScriptObject(object.Get());
+    return object;
 }
 
 Program::Program(const std::wstring& name, const std::wstring& arguments)
 {
     const std::wstring& here = ThisApartment().programPath;
-    std::wstring line = L'"' + here.substr(0, here.find_last_of(L'\\') + 1) + name + L'"' +
-                        (arguments.empty() ? L"" : L" ") + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &started))
-        RaiseLastError();
-    CloseHandle(started.hThread);
-    process_.reset(started.hProcess);
+    const std::wstring path = here.substr(0, here.find_last_of(L'\\') + 1) + name;
+    process_.reset(reinterpret_cast<HANDLE>(
+        _wspawnl(_P_NOWAIT, path.c_str(), name.c_str(),
+                 arguments.empty() ? nullptr : arguments.c_str(), nullptr)));
 }
 
 DWORD ExitCode(const Event& process, DWORD milliseconds)

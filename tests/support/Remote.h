@@ -2,31 +2,18 @@
 #pragma once
 
 #include "core/Apartment.h"
-#include "core/Catalogue.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 
 namespace quill::test {
 
 // Set by the program `client` when it has what it was asked for.
 inline constexpr wchar_t kReady[] = L"quill.test.ready";
 
-bool OnWine();
-
 // A new object of a registered server. Throws ScriptError.
-ScriptObject ObjectOf(const std::wstring& progId);
-inline ScriptObject Remote(std::wstring_view className)
+ComPtr<IDispatch> ObjectOf(const std::wstring& progId);
+inline ComPtr<IDispatch> Remote(std::wstring_view className)
 {
     return ObjectOf(L"Quill." + std::wstring(className));
-}
-
-// A script that does this with an object o of each class.
-inline std::wstring WithEachClass(const std::wstring& statements)
-{
-    std::wstring names;
-    for (const CatalogueRow& row : kCatalogue)
-        names += std::wstring(names.empty() ? L"\"" : L", \"") + row.name + L'"';
-    return L"For Each name In Array(" + names + L") : Set o = CreateObject(\"Quill.\" & name) : " +
-           statements + L" : Next";
 }
 
 // Of a process, once it has ended, or STILL_ACTIVE.

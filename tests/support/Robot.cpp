@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "core/MessagePump.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 
 namespace quill::test {
 

@@ -20,7 +20,7 @@
 #include "gui/windowfn.h"
 #include "services/Logging.h"
 #include "support/CountedDispatch.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
 #include "sysinfo/Me.h"
 #include "sysinfo/Noise.h"
 #include "sysinfo/System.h"
@@ -451,13 +451,13 @@ std::vector<std::wstring> Stage::Classes()
     return names;
 }
 
-ScriptObject ScriptObject::Make(std::wstring_view className)
+ComPtr<IDispatch> Stage::Make(std::wstring_view className)
 {
     for (const CatalogueRow& row : kCatalogue) {
         if (className != row.name) continue;
         ComPtr<IDispatch> object;
         Check(CreateHere(row, IID_PPV_ARGS(&object)));
-        return ScriptObject(object.Get());
+        return object;
     }
     throw std::logic_error("no class " + Narrow(className));
 }

@@ -4,7 +4,7 @@
 //     const Stage stage;
 //     Stage::Record(L"box");             // the seams behind this name, for the calling thread
 //     Stage::Answer(L"box", L"7");       // what the next calls return
-//     ScriptObject::Make(L"MessageBox") ...
+//     Stage::Make(L"MessageBox") ...
 //     Stage::Told();                     // "box 24 QUILL MessageBox: Save the changes?"
 #pragma once
 
@@ -22,8 +22,9 @@ public:
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
 
-    // The names of the classes.
+    // The names of the classes; a new object of one, made on the calling thread.
     static std::vector<std::wstring> Classes();
+    static ComPtr<IDispatch> Make(std::wstring_view className);
 
     // The server in the registry, for the current user or for all.
     static void Register(bool currentUser, const std::wstring& program);

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 #include <string>
 
 #include "core/Platform.h"
@@ -33,8 +32,7 @@ public:
     // Writes a file of these bytes and returns its path.
     std::wstring Write(const std::wstring& name, std::string_view bytes) const
     {
-        std::ofstream file(std::filesystem::path(Path(name)), std::ios::binary);
-        if (!(file << bytes << std::flush)) throw std::runtime_error("no file can be written");
+        std::ofstream(std::filesystem::path(Path(name)), std::ios::binary) << bytes;
         return Path(name);
     }
 

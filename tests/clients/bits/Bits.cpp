@@ -2,8 +2,8 @@
 // process, and a compiled client calls early-bound.
 #include <gtest/gtest.h>
 
-#include "support/Reaction.h"
-#include "support/ScriptObject.h"
+#include "support/LateBound.h"
+#include "support/Listener.h"
 #include "support/Stage.h"
 
 #include "quill.h"
@@ -12,7 +12,7 @@ static_assert(sizeof(void*) == 8);
 
 namespace quill::test {
 
-ScriptObject ScriptObject::Make(std::wstring_view)
+ComPtr<IDispatch> Stage::Make(std::wstring_view)
 {
     throw std::logic_error("objects come from the server");
 }
@@ -53,11 +53,10 @@ ComPtr<Interface> Make(const CLSID& id)
 TEST(EarlyBound, HearsAnEvent)
 {
     const auto clock = Make<_Clock>(CLSID_Clock);
-    Reaction buzz([] {});
-    buzz.Hear(clock.Get());
+    const auto listener = Listener::Of(clock.Get());
     VARIANT_BOOL answer = VARIANT_FALSE;
     ASSERT_HRESULT_SUCCEEDED(clock->SetTimer(50, &answer));
-    EXPECT_TRUE(PumpUntil([&] { return buzz.calls == 1; }, 20'000));
+    EXPECT_TRUE(PumpUntil([&] { return listener->heard.size() == 1; }, 20'000));
     ASSERT_HRESULT_SUCCEEDED(clock->get_Running(&answer));
     EXPECT_EQ(answer, VARIANT_FALSE);
 }
