@@ -5,7 +5,8 @@
 # differ become lines that fail), and for each property of the reference its type, its default and what
 # becomes of values at the ends of its range, beyond them and elsewhere; no other one may move.
 #
-# snippets/page_line.vb or .js: each snippet, below what the user does meanwhile, as in tables.
+# Snippets.txt, a table that runs each snippet, in snippets/page_line.vb or .js, and what the user does
+# meanwhile.
 #
 # pages.py FOLDER
 import hashlib
@@ -25,6 +26,7 @@ TYPES = {'SHORT': 'Integer', 'LONG': 'Long', 'VARIANT_BOOL': 'Boolean', 'CURRENC
          'BSTR': 'String', 'VARIANT': 'Variant', 'void': ''}
 CODES = {'Integer': 2, 'Long': 3, 'Currency': 6, 'Date': 7, 'String': 8, 'Boolean': 11}
 lines = []
+snippets = []
 
 
 def fault(text):
@@ -88,7 +90,8 @@ for page in sorted((ROOT / 'docs').glob('*.md')):
         answers = re.sub(r'^ *(\S)', r'< \1', (snippet[1] or '').strip(), flags=re.M)
         line = text[:snippet.start(3)].count('\n')
         name = f'{page.stem.replace("-", "")}_{line}.{snippet[2]}'
-        (OUT / 'snippets' / name).write_text(f'{answers}\n{snippet[3]}'.lstrip())
+        (OUT / 'snippets' / name).write_text(snippet[3])
+        snippets += [answers, f'? Snippet("{name}") = ""']
 unused = set(rows.values())
 
 
@@ -192,4 +195,5 @@ for owner, members in published.items():
             f'`{other}`' not in row_of(owner, name)[4] and f'`{name}`' not in row_of(owner, other)[4]))
 for row in unused:
     fault(f'not published: {row}')
-(OUT / 'Contract.txt').write_text('\n'.join(lines + ['end', '']))
+for name, table in ('Contract', lines), ('Snippets', snippets):
+    (OUT / f'{name}.txt').write_text('\n'.join(table + ['end', '']))

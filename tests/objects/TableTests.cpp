@@ -21,8 +21,8 @@
 // can share a line, with " => " between them. A line that ends in " _" goes on, as do Sub and
 // Function to their End. Classes are objects by their name (Make("Me") for those
 // whose name the language has taken), and scripts know the members of support/Host.h. With
-// QUILL_SERVER set, objects come from the registered server, and its clients and the examples run
-// too.
+// QUILL_SERVER set, objects come from the registered server, and its clients, the examples and the
+// snippets of the pages run too.
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -280,8 +280,8 @@ std::vector<Failure> RunTable(const std::string& name, std::istream& lines)
 
 void RunFile(const std::string& name)
 {
-    const std::string path =
-        (name == "Contract" ? QUILL_PAGES : QUILL_TABLES) + ("/" + name) + ".txt";
+    const bool isMade = name == "Contract" || name == "Snippets"; // of the pages
+    const std::string path = (isMade ? QUILL_PAGES : QUILL_TABLES) + ("/" + name) + ".txt";
     std::ifstream file(path);
     for (const auto& [line, failure] : RunTable(name, file))
         ADD_FAILURE_AT(path.c_str(), line) << failure;
@@ -289,12 +289,11 @@ void RunFile(const std::string& name)
 
 std::vector<std::string> TableNames()
 {
-    std::vector<std::string> names;
+    std::vector<std::string> names{IsServerRun() ? "Snippets" : "Contract"};
     for (const auto& entry : std::filesystem::directory_iterator(QUILL_TABLES))
-        if (IsServerRun() ||
-            (entry.path().stem() != "Clients" && entry.path().stem() != "Examples"))
-            names.push_back(entry.path().stem().string());
-    if (!IsServerRun()) names.push_back("Contract");
+        if (const std::string name = entry.path().stem().string();
+            IsServerRun() || (name != "Clients" && name != "Examples"))
+            names.push_back(name);
     return names;
 }
 

@@ -8,6 +8,7 @@
 
 #include "core/Paths.h"
 #include "core/Text.h"
+#include "support/Engine.h"
 #include "support/LateBound.h"
 #include "support/Robot.h"
 
@@ -146,6 +147,39 @@ LONG_PTR WordOf(const VARIANT& given)
 }
 
 constexpr DISPID kFirstFunction = 10'000;
+constexpr DWORD kSleepDeadline = 60'000; // milliseconds in which a snippet may sleep
+
+// Runs a snippet of the pages in an engine of its own, whose WScript object also connects events.
+// What it raised, with all that it printed before.
+std::wstring RunSnippet(const std::wstring& name)
+{
+    std::wstring printed;
+    const ComPtr<Members> host(new Members);
+    Engine engine([&](const std::wstring&) { return ComPtr<IDispatch>(host.Get()); },
+                  name.ends_with(L".js") ? L"JScript" : L"VBScript");
+    engine.Add(L"WScript");
+    host->Add(L"Echo", [&](std::vector<Variant> given) {
+        for (const Variant& value : given)
+            printed += TextOf(value) + L' ';
+        printed += L"| ";
+    });
+    host->Add(L"Sleep", [started = GetTickCount64()](DWORD milliseconds) {
+        const ULONGLONG end = GetTickCount64() + milliseconds;
+        if (end > started + kSleepDeadline) Check(E_ABORT); // a loop without an end
+        for (ULONGLONG now; (now = GetTickCount64()) < end;)
+            WaitForMessages(static_cast<DWORD>(end - now));
+    });
+    host->Add(L"CreateObject", [&](std::wstring progId, std::wstring prefix) {
+        const ComPtr<IDispatch> object = ObjectOf(progId);
+        Listener::Of(object.Get(), [&engine, prefix](const HeardEvent& event) {
+            engine.Call(prefix + event.name, event.arguments);
+        });
+        return Variant(object.Get());
+    });
+    const std::wstring path = Decode(QUILL_PAGES "/snippets/", CP_UTF8) + name;
+    const ScriptError error = engine.Run(Decode(Narrowed(Contents(path)), CP_UTF8)).error;
+    return error.number ? Decode(error.what(), CP_UTF8) + L", printed: " + printed : L"";
+}
 
 } // namespace
 
@@ -255,6 +289,8 @@ Host::Host(Script script)
     });
     Add(L"Read", Contents);
     Add(L"Env", [](std::wstring name) { return ExpandEnvironment(L'%' + name + L'%'); });
+
+    Add(L"Snippet", RunSnippet);
 
     // Hears the events of an object from now on; how many of a name came in, and the argument of
     // one. On runs a statement at each.
