@@ -39,7 +39,7 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD kPatience = 10'000;  // milliseconds
+constexpr DWORD kPatience = 60'000;  // milliseconds
 const std::regex kName(R"(\{it\})"); // the word of "each"
 
 using Failure = std::pair<int, std::string>; // the line, and what is wrong

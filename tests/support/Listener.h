@@ -14,7 +14,7 @@
 namespace quill::test {
 
 // Pumps until the condition holds; false after the time is over.
-inline bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds = 5000)
+inline bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds = 30'000)
 {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     while (!condition()) {

@@ -43,7 +43,7 @@ class Client : public Program {
 public:
     explicit Client(const std::wstring& script) : Program(L"client.exe", script) {}
 
-    bool Ready() const { return WaitForSingleObject(ready_.get(), 20'000) == WAIT_OBJECT_0; }
+    bool Ready() const { return WaitForSingleObject(ready_.get(), 60'000) == WAIT_OBJECT_0; }
 
 private:
     Event ready_{CreateEventW(nullptr, FALSE, FALSE, kReady)};

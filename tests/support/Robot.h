@@ -28,7 +28,7 @@ std::vector<HWND> Listed(HWND parent);
 // script by an exception that says what it was waiting for. Points are in client pixels.
 class Desk {
 public:
-    static constexpr DWORD kDeadline = 10'000; // milliseconds
+    static constexpr DWORD kDeadline = 30'000; // milliseconds
 
     Desk();
 
