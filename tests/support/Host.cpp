@@ -331,6 +331,9 @@ Host::Host(Script script)
     // From another thread, as the shell does, to be dealt with by the next line.
     Add(L"SendAside", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         std::thread([=] { SendMessageW(window, message, wParam, lParam); }).detach();
+        const ULONGLONG end = GetTickCount64() + 30'000;
+        while (!HIWORD(GetQueueStatus(QS_SENDMESSAGE)) && GetTickCount64() < end)
+            Sleep(1);
     });
     // Notes messages of this number on this thread from now on; what they carried so far.
     Add(L"Watch", [](UINT message) {
