@@ -260,8 +260,10 @@ private:
     // With {folder} and {crlf} replaced.
     std::wstring Replaced(std::wstring text) const
     {
-        text = std::regex_replace(text, std::wregex(LR"(\{crlf\})"), L"\r\n");
-        return std::regex_replace(text, std::wregex(LR"(\{folder\})"), host_->folder.Path(L""));
+        static const std::wregex lineBreak(LR"(\{crlf\})");
+        static const std::wregex path(LR"(\{folder\})");
+        text = std::regex_replace(text, lineBreak, L"\r\n");
+        return std::regex_replace(text, path, host_->folder.Path(L""));
     }
 
     static std::string Raised(const ScriptError& error) { return error.number ? error.what() : ""; }

@@ -20,9 +20,10 @@ Program::Program(const std::wstring& name, const std::wstring& arguments)
 {
     const std::wstring& here = ThisApartment().programPath;
     const std::wstring path = here.substr(0, here.find_last_of(L'\\') + 1) + name;
-    process_.reset(reinterpret_cast<HANDLE>(
-        _wspawnl(_P_NOWAIT, path.c_str(), name.c_str(),
-                 arguments.empty() ? nullptr : arguments.c_str(), nullptr)));
+    const intptr_t process = _wspawnl(_P_NOWAIT, path.c_str(), name.c_str(),
+                                      arguments.empty() ? nullptr : arguments.c_str(), nullptr);
+    if (process == -1) throw std::runtime_error("cannot start " + Narrow(path)); // not a handle
+    process_.reset(reinterpret_cast<HANDLE>(process));
 }
 
 DWORD ExitCode(const Event& process, DWORD milliseconds)

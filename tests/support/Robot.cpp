@@ -182,9 +182,9 @@ void Desk::ClickAt(HWND window, POINT point, Button button, int times)
     HWND front = nullptr;
     Settle(root, L"lie on top", kStillLooks, [&] {
         const POINT last = std::exchange(screen, point);
+        const HWND lastFront = std::exchange(front, GetForegroundWindow());
         ClientToScreen(window, &screen);
-        return screen.x == last.x && screen.y == last.y &&
-               std::exchange(front, GetForegroundWindow()) == GetForegroundWindow() &&
+        return screen.x == last.x && screen.y == last.y && front == lastFront &&
                GetAncestor(WindowFromPoint(screen), GA_ROOT) == root;
     });
     const bool left = button == Button::Left;
@@ -321,12 +321,13 @@ void Desk::AwaitStarted()
 
 void Desk::Do(const std::function<void()>& action)
 {
-    std::promise<void> done;
-    Start([&] {
+    // Both sides keep it: this one may go on before the other has come back from telling.
+    const auto done = std::make_shared<std::promise<void>>();
+    Start([&action, done] {
         action();
-        done.set_value();
+        done->set_value();
     });
-    done.get_future().wait();
+    done->get_future().wait();
 }
 
 std::wstring Desk::TextOf(HWND window)
